@@ -1,0 +1,257 @@
+// TFolderTrek: a cursor that stands on one folder of the shell namespace and on
+// one object in it.
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "oak/base/PatternMatch.h"
+#include "oak/framework/Cancellation.h"
+#include "oak/framework/Component.h"
+#include "oak/namespace/FolderTrek.Paths.h"
+#include "oak/namespace/Oak.Shell.Types.Interfaces.h"
+#include "oak/platform/shell_api.h"
+
+namespace oak {
+
+class TFolderTrek;
+
+/// What fetching the next object led to.
+enum TEnumResult : std::uint8_t {
+  sbnNoMoreItems,
+  sbnOK,
+  sbnAsync  ///< The objects will come through the notifier.
+};
+
+/// Which objects a view shows.
+enum TOakShellShowOption : std::uint8_t {
+  soShowNethood,
+  soShowRecycleBin,
+  soShowErrorMessages,
+  soShowHidden,
+  soShowFiles,
+  soShowContextMenuOnTop,
+  soColorCompressed,
+  soColorEncrypted,
+  soFileSystemOnly,
+  soNoFillOnStartup,
+  soShowShellNames
+};
+using TOakShellShowOptions = TSet<TOakShellShowOption>;
+
+struct TShowOptionsHelper {
+  /// Whether a view with these options shows the object. Raises as
+  /// SetAbsoluteItemIdList does.
+  static bool IsValid(TOakShellShowOptions pOptions, const Ref<IItemIdList>& pItemIdList);
+};
+
+/// What a cursor needs of a change notifier.
+class IFolderTrekNotifier {
+ public:
+  virtual void Add(const Ref<IItemIdListCollection>& pItems) = 0;
+  virtual void AddItemIdList(const Ref<IItemIdList>& pItemIdList) = 0;
+  /// Tells whether the notifier's owner still wants results; may be nil.
+  virtual Ref<ICancellationIndicator> GetCancellationIndicator() = 0;
+  /// Enumerates the cursor's folder elsewhere and reports to this notifier. The
+  /// cursor is to be copied. Nil if it can't be done.
+  virtual Ref<ITerminable> EnumerateInBackground(const TFolderTrek& pFolderTrek) = 0;
+
+ protected:
+  ~IFolderTrekNotifier() = default;
+};
+
+using TOnContextMenuSelectEvent = std::function<void(TStringView Command, bool& Execute)>;
+using TOnBeforeShellCommand =
+    std::function<void(TObject* Sender, TStringView Command, bool& Execute, TCommandSource Source)>;
+class TBeforeCommandEventArgs;
+using TOnBeforeCommand = std::function<void(TObject* Sender, TBeforeCommandEventArgs& pEventArgs)>;
+
+/// The cursor. Used by one thread at a time; making one costs next to nothing.
+///
+/// Three states: no folder; a folder and no current object (after every change
+/// of the folder); a folder and an object in it. Objects come in the order of
+/// the shell. An enumeration lives from the first Next until the folder is set
+/// again, be it to the same one; Next after the end does not begin anew.
+class TFolderTrek : public TComponent {
+ public:
+  explicit TFolderTrek(TComponent* AOwner = nullptr);
+  explicit TFolderTrek(std::nullptr_t) : TFolderTrek(static_cast<TComponent*>(nullptr)) {}
+  /// Copies properties, filter, folder and events, not the current object.
+  explicit TFolderTrek(const TFolderTrek* pCopyFrom);
+  /// Stands on the object that the text names. Raises EFolderTrekError.
+  explicit TFolderTrek(TStringView aObjectPath);
+  /// Stands on the object. Raises as SetAbsoluteItemIdList does.
+  explicit TFolderTrek(const Ref<IItemIdList>& pAbsoluteItemIdList);
+  ~TFolderTrek() override;
+
+  // --- properties ----------------------------------------------------------
+  /// Wildcard patterns joined by ";", "*" for none. Folders always pass.
+  TString GetFilter() const;
+  void SetFilter(TStringView pFilter);
+  /// Path of the active folder, empty without one.
+  TString GetFolder() const { return GetDirectory(); }
+  void SetFolder(TStringView pFolder) { SetDirectory(pFolder); }
+  /// Leaves out objects that are not of the file system; archives are then no
+  /// folders. Default false.
+  bool GetFileSystemOnly() const { return FFileSystemOnly; }
+  void SetFileSystemOnly(bool pValue) { FFileSystemOnly = pValue; }
+  /// Several objects of this folder as one selection; made at first read.
+  Ref<IItemIdListCollection> GetMultiObjects();
+  /// Lets the system show its error and logon dialogs. Default true.
+  bool GetShowErrorMessages() const { return fShowErrorMessages; }
+  void SetShowErrorMessages(bool pValue) { fShowErrorMessages = pValue; }
+  bool GetShowContextMenuOnTop() const { return fShowContextMenuOnTop; }
+  void SetShowContextMenuOnTop(bool pValue) { fShowContextMenuOnTop = pValue; }
+  /// Asks for the objects that a navigation pane shows. Default false.
+  bool GetForNavigation() const { return fForNavigation; }
+  void SetForNavigation(bool pValue) { fForNavigation = pValue; }
+  /// Which special folder the active one is; SF_INVALID without a folder.
+  TOakShellFolder GetSpecialFolder() const;
+  void SetSpecialFolder(TOakShellFolder pValue);
+  TString GetVersion() const;
+  bool GetReadOnly() const { return fReadOnly; }
+  void SetReadOnly(bool pValue) { fReadOnly = pValue; }
+  /// Lets the results of a search be entered. Default false.
+  bool GetAcceptSearchFolderPaths() const { return fAcceptSearchFolderPaths; }
+  void SetAcceptSearchFolderPaths(bool pValue) { fAcceptSearchFolderPaths = pValue; }
+  bool GetAsyncContextMenuOperations() const { return fAsyncContextMenuOperations; }
+  void SetAsyncContextMenuOperations(bool pValue) { fAsyncContextMenuOperations = pValue; }
+
+  TNotifyEvent OnRename;
+  TOnContextMenuSelectEvent OnContextMenuSelect;
+  TOnBeforeCommand OnBeforeCommand;
+  TOnBeforeShellCommand OnBeforeShellCommand;
+
+  // --- the active folder ---------------------------------------------------
+  Ref<IItemIdList> GetFolderIdList() const { return FFolderIdList; }
+  /// Nil leaves no folder. Raises EFolderTrekError for an invalid one. The same
+  /// reference as now starts the enumeration over.
+  void SetFolderIdList(const Ref<IItemIdList>& pItemIdList);
+  /// Bound when first needed. Raises EFolderTrekError.
+  Ref<IShellFolder> GetShellFolder();
+  void SetShellfolder(const Ref<IShellFolder>& pShellFolder);
+  TString GetDirectory() const;
+  void SetDirectory(TStringView pDirectory);
+  /// The active folder becomes the current object of its parent.
+  void SelectParent();
+  /// Enters the current object if it is a folder; true if one is bound.
+  bool BrowseObject();
+
+  // --- the current object --------------------------------------------------
+  /// Relative to the folder; NullItemIdList or nil without one.
+  Ref<IItemIdList> GetItemIdList() const { return FItemIDList; }
+  void SetItemIdList(const Ref<IItemIdList>& pItemIdList);
+  /// The folder followed by the object; the folder without one.
+  Ref<IItemIdList> GetAbsoluteItemIdList();
+  /// Sets folder and object together. Raises EInvalidArgument for nil and
+  /// EFolderTrekError for an invalid item.
+  void SetAbsoluteItemIdList(const Ref<IItemIdList>& pItemIdList);
+  /// File name of the object.
+  TString GetObjectName();
+  /// Looks a name up in the folder; a text with "\" sets folder and object.
+  /// Raises EFolderTrekError.
+  void SetObjectName(TStringView pName);
+  TString GetFullPath();
+  void SetFullPath(TStringView pPath) { SetObjectName(pPath); }
+  /// Which special folder the object is.
+  TOakShellFolder IsSpecialObject();
+  TOakShellFolder GetSpecialObject() { return IsSpecialObject(); }
+  void SetSpecialObject(TOakShellFolder pValue);
+  /// Fetches the next object that the filter lets pass. Raises EFolderTrekError
+  /// for the failures that a user can act on; others end the enumeration.
+  bool Next();
+  /// As Next, but a slow folder is enumerated in the background through the
+  /// notifier.
+  TEnumResult Next(IFolderTrekNotifier* pChangeNotifier);
+
+  // --- questions about the current object ----------------------------------
+  bool IsFolder();
+  bool IsBrowsable();
+  /// About the active folder: whether it is a directory.
+  bool IsFileSystemFolder();
+  /// Raises EInvalidOperation without object, unless the folder is the desktop.
+  bool HasSubFolders();
+  bool IsHidden() { return GetAttributes(SFGAO_HIDDEN) != 0; }
+  bool IsLink() { return GetAttributes(SFGAO_LINK) != 0; }
+  bool IsDrive() { return oak::IsDrive(GetFullPath()); }
+  /// Raises EInvalidOperation without object.
+  bool CanRename();
+  /// Those of the asked SFGAO_ bits that are set. Asks the shell each time.
+  DWORD GetAttributes(DWORD pAttributes);
+  /// Name as the shell shows it, in the folder or alone. Raises
+  /// EInvalidOperation without object.
+  TString GetShellObjectName(bool pInFolderName);
+  TString GetDomain();
+  std::int64_t GetFileSize();
+  /// Local time of the last change, 0 if unknown.
+  double GetLastChangeDate();
+  TString GetInfoTip(bool pUseSlowInfoTip);
+  /// Index into the system's image list, -1 if unknown.
+  int GetIconNumber();
+  int GetSelectedIconNumber();
+  int GetOverlayIndex();
+  int GetDesktopIconIndex();
+  TString GetDesktopName();
+  /// Paths of the multi-objects, else of the current object.
+  TStringArray GetListOfPaths();
+  /// Raises EInvalidOperation without object and EFolderTrekError on failure.
+  Ref<IUnknown> GetUIObject(REFIID pInterfaceID);
+  bool CheckIfValid(bool pFolderOnly);
+  /// Window that the shell may put dialogs on; nil if it is to stay silent.
+  HWND GetWindowHandle(bool pForce);
+  bool FilterMatch();
+  bool ShowObjectAccordingShowOptions(TOakShellShowOptions pShowOptions);
+
+  // --- actions -------------------------------------------------------------
+  /// Renames the object; NewName becomes the name that it has afterwards. The
+  /// shell reports its own errors; nothing is raised for them.
+  void RenameObject(TString& NewName);
+  Ref<IItemIdList> AddLinkTo(TStringView pDestinationFolder, TStringView pLinkName);
+  void CopyTo(IFolderTrekNotifier& pChangeNotifier);
+  bool ShowNetConnectionDialog();
+  /// Replaces the source of thumbnails for the whole process. Raises
+  /// EInvalidOperation in a program without thumbnails.
+  static void SetThumbnailProvider(const Ref<IUnknown>& pProvider);
+
+ private:
+  enum THasSubFolders : std::uint8_t { hsfUnknown, hsfYes, hsfNo };
+  /// Folders in which the filter has rules of its own.
+  enum TFolderKind : std::uint8_t { fkUnknown, fkLinks, fkRecent, fkOther };
+
+  void InvalidateCaches() { fHasSubFolders = hsfUnknown; }
+  bool BeginEnumeration(bool& pResult);
+  bool EndEnumeration(HRESULT pResult) const;
+  bool PassesFileSystemOnly();
+  bool UnlockDrive();
+  bool HasObject() const;
+  bool FilterMatchName(TStringView pName) const;
+  TString NameForFilter(bool& pIsFolder);
+  bool PassesFileSystemOptions(TOakShellShowOptions pShowOptions);
+  void FindObjectByName(TStringView pName);
+  [[noreturn]] void RaiseNoObject() const;
+  int GetImageIndex(bool pOpen);
+
+  Ref<IItemIdList> FFolderIdList;
+  Ref<IShellFolder> FShellFolder;
+  Ref<IItemIdList> FItemIDList;
+  Ref<IItemIdList> FAbsoluteIdList;
+  Ref<IEnumIDList> FObjects;
+  bool FFileSystemOnly = false;
+  Ref<IItemIdListCollection> FMultiObjects;
+  TStringArray FFilter;
+  TPatternList fPatterns;        ///< FFilter, compiled.
+  bool fMatchesDotless = false;  ///< FFilter holds "*.".
+  TFolderKind fFolderKind = fkUnknown;
+  Ref<IShellFolder2> fShellFolder2;
+  bool FTriedIshd = false;
+  bool fReadOnly = false;
+  THasSubFolders fHasSubFolders = hsfUnknown;
+  bool fShowErrorMessages = true;
+  bool fShowContextMenuOnTop = false;
+  bool fForNavigation = false;
+  bool fAsyncContextMenuOperations = true;
+  bool fAcceptSearchFolderPaths = false;
+  Ref<ITerminable> fShellFolderEnumeratorWorkItem;
+};
+
+}  // namespace oak

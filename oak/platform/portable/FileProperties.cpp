@@ -1,0 +1,256 @@
+#include "oak/platform/portable/FileProperties.h"
+
+#include <pwd.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <array>
+#include <climits>
+#include <unordered_map>
+
+#include "oak/base/Guid.h"
+#include "oak/base/Variant.h"
+#include "oak/platform/Api.h"
+#include "oak/platform/portable/FileAttributeStore.h"
+#include "oak/platform/portable/FileKinds.h"
+#include "oak/platform/portable/PortableConfig.h"
+#include "oak/platform/portable/PortableFiles.h"
+#include "oak/platform/portable/PropertyTable.h"
+
+namespace oak {
+namespace {
+
+constexpr PROPERTYKEY kOwnerOfOldViews{FMTID_Displaced, 4};
+constexpr PROPERTYKEY kNameWithoutExtension{FMTID_Storage, 24};
+constexpr PROPERTYKEY kIsRoot{FMTID_Volume, 10};
+constexpr PROPERTYKEY kIsMappedDrive{
+    detail::GuidOf("149C0B69-2C2D-48FC-808F-D318D78C4636"), 2};
+
+std::optional<TFileInfo> InfoOf(const TFileObject& object, DWORD& error) {
+  auto info = GetFileInfo(object.Native, true, &error);
+  // A link that leads nowhere still has dates and a size of its own.
+  return info ? info : GetFileInfo(object.Native, false, &error);
+}
+
+HRESULT FromInfo(const TFileObject& object, TPropVariant& value,
+                 TPropVariant (*get)(const TFileInfo&)) {
+  DWORD error = 0;
+  const auto info = InfoOf(object, error);
+  if (!info) return HRESULT_FROM_WIN32(error);
+  value = get(*info);
+  return S_OK;
+}
+
+// --- what stat tells -----------------------------------------------------------
+
+HRESULT GetSize(const TFileObject& object, TPropVariant& value) {
+  if (object.IsFolder) return S_OK;
+  return FromInfo(object, value, [](const TFileInfo& info) { return TPropVariant::From(info.Size); });
+}
+HRESULT GetAllocation(const TFileObject& object, TPropVariant& value) {
+  if (object.IsFolder) return S_OK;
+  return FromInfo(object, value,
+                  [](const TFileInfo& info) { return TPropVariant::From(info.AllocationSize); });
+}
+HRESULT GetModified(const TFileObject& object, TPropVariant& value) {
+  return FromInfo(object, value, [](const TFileInfo& info) { return TPropVariant::From(info.Written); });
+}
+HRESULT GetCreated(const TFileObject& object, TPropVariant& value) {
+  return FromInfo(object, value, [](const TFileInfo& info) { return TPropVariant::From(info.Created); });
+}
+HRESULT GetAccessed(const TFileObject& object, TPropVariant& value) {
+  return FromInfo(object, value,
+                  [](const TFileInfo& info) { return TPropVariant::From(info.Accessed); });
+}
+HRESULT GetAttributeBits(const TFileObject& object, TPropVariant& value) {
+  return FromInfo(object, value, [](const TFileInfo& info) {
+    return TPropVariant::From(info.Attributes ? info.Attributes : DWORD{FILE_ATTRIBUTE_NORMAL});
+  });
+}
+
+TString OwnerName(std::uint32_t user) {
+  std::array<char, 4096> buffer;
+  passwd entry{}, *found = nullptr;
+  if (getpwuid_r(user, &entry, buffer.data(), buffer.size(), &found) == 0 && found)
+    return FromUtf8(found->pw_name);
+  return IntToStr(user);
+}
+HRESULT GetOwner(const TFileObject& object, TPropVariant& value) {
+  return FromInfo(object, value,
+                  [](const TFileInfo& info) { return TPropVariant::From(OwnerName(info.Owner)); });
+}
+
+// --- what the name tells ---------------------------------------------------------
+
+TString ExtensionOf(const TFileObject& object) {
+  return object.IsFolder ? TString() : ExtractFileExt(object.Name);
+}
+HRESULT GetExtension(const TFileObject& object, TPropVariant& value) {
+  const TString extension = ExtensionOf(object);
+  if (!extension.empty()) value = TPropVariant::From(extension);
+  return S_OK;
+}
+HRESULT GetStem(const TFileObject& object, TPropVariant& value) {
+  const TStringView name = object.Name;
+  value = TPropVariant::From(name.substr(0, name.size() - ExtensionOf(object).size()));
+  return S_OK;
+}
+HRESULT GetItemType(const TFileObject& object, TPropVariant& value) {
+  const TString extension = ExtensionOf(object);
+  if (object.IsFolder || !extension.empty())
+    value = TPropVariant::From(object.IsFolder ? TString(u"Directory") : extension);
+  return S_OK;
+}
+HRESULT GetTypeText(const TFileObject& object, TPropVariant& value) {
+  value = TPropVariant::From(FileTypeName(object.Name, object.IsFolder));
+  return S_OK;
+}
+HRESULT GetKind(const TFileObject& object, TPropVariant& value) {
+  const TFileKind kind = FileKindOf(object.Name, object.IsFolder);
+  if (*kind.Kind) value = TPropVariant::From(TStringArray{kind.Kind});
+  return S_OK;
+}
+HRESULT GetKindText(const TFileObject& object, TPropVariant& value) {
+  const TFileKind kind = FileKindOf(object.Name, object.IsFolder);
+  if (*kind.Label) value = TPropVariant::From(kind.Label);
+  return S_OK;
+}
+HRESULT GetPerceived(const TFileObject& object, TPropVariant& value) {
+  const PERCEIVED type = FileKindOf(object.Name, object.IsFolder).Perceived;
+  value = TPropVariant::From(static_cast<LONG>(type));
+  return S_OK;
+}
+HRESULT GetComputer(const TFileObject&, TPropVariant& value) {
+  value = TPropVariant::From(PortableConfig()->ComputerName);
+  return S_OK;
+}
+HRESULT GetShared(const TFileObject& object, TPropVariant& value) {
+  bool shared = false;
+  for (const TPortableShare& share : PortableConfig()->Shares)
+    shared = shared || share.Directory == object.Native;
+  value = TPropVariant::From(shared);
+  return S_OK;
+}
+
+// Where a symbolic link leads, as it is written.
+HRESULT GetLinkTarget(const TFileObject& object, TPropVariant& value) {
+  std::string target(PATH_MAX, 0);
+  const ssize_t length = ::readlink(object.Native.c_str(), target.data(), target.size());
+  if (length <= 0) return S_OK;
+  target.resize(static_cast<std::size_t>(length));
+  if (target.front() != '/')
+    target = JoinNative(object.Native.substr(0, object.Native.find_last_of('/') + 1), target);
+  const TString path = WindowsPath(target);
+  if (!path.empty()) value = TPropVariant::From(path);
+  return S_OK;
+}
+
+// --- volumes ---------------------------------------------------------------------
+
+HRESULT FromVolume(const TFileObject& object, TPropVariant& value,
+                   TPropVariant (*get)(const struct statvfs&, std::uint64_t unit)) {
+  if (!object.IsRoot) return S_OK;
+  struct statvfs info {};
+  if (::statvfs(object.Native.c_str(), &info) != 0) return S_OK;  // no medium: no value
+  value = get(info, info.f_frsize ? info.f_frsize : info.f_bsize);
+  return S_OK;
+}
+HRESULT GetCapacity(const TFileObject& object, TPropVariant& value) {
+  return FromVolume(object, value, [](const struct statvfs& info, std::uint64_t unit) {
+    return TPropVariant::From(unit * info.f_blocks);
+  });
+}
+HRESULT GetFreeSpace(const TFileObject& object, TPropVariant& value) {
+  return FromVolume(object, value, [](const struct statvfs& info, std::uint64_t unit) {
+    return TPropVariant::From(unit * info.f_bavail);
+  });
+}
+HRESULT GetPercentFull(const TFileObject& object, TPropVariant& value) {
+  return FromVolume(object, value, [](const struct statvfs& info, std::uint64_t) {
+    if (info.f_blocks == 0) return TPropVariant();
+    const auto used = static_cast<double>(info.f_blocks - info.f_bfree);
+    return TPropVariant::From(static_cast<ULONG>(used * 100 / static_cast<double>(info.f_blocks)));
+  });
+}
+HRESULT GetFileSystem(const TFileObject& object, TPropVariant& value) {
+  TString name(64, u'\0');
+  const TString root = IncludeTrailingPathDelimiter(object.Path);
+  if (object.IsRoot && Api().GetVolumeInformationW(W(root), nullptr, 0, nullptr, nullptr, nullptr,
+                                                   WBuffer(name), 64))
+    value = TPropVariant::From(TStringView(name.c_str()));
+  return S_OK;
+}
+HRESULT GetIsRoot(const TFileObject& object, TPropVariant& value) {
+  value = TPropVariant::From(object.IsRoot);
+  return S_OK;
+}
+HRESULT GetIsMapped(const TFileObject& object, TPropVariant& value) {
+  const TPortableDrive* drive =
+      object.IsRoot && !object.Path.empty() ? PortableConfig()->FindDrive(object.Path[0]) : nullptr;
+  value = TPropVariant::From(drive && drive->Kind == TPortableDriveKind::Network);
+  return S_OK;
+}
+
+// --- the table ---------------------------------------------------------------------
+
+using TGetter = HRESULT (*)(const TFileObject& object, TPropVariant& value);
+using TGetters =
+    std::unordered_map<PROPERTYKEY, TGetter, TPropertyKeyHash, TPropertyKeyEqual>;
+
+const TGetters& Getters() {
+  static const TGetters getters{
+      {PKEY_Size, GetSize},
+      {PKEY_FileAllocationSize, GetAllocation},
+      {PKEY_DateModified, GetModified},
+      {PKEY_DateCreated, GetCreated},
+      {PKEY_DateAccessed, GetAccessed},
+      {PKEY_ItemDate, GetModified},
+      {PKEY_FileAttributes, GetAttributeBits},
+      {PKEY_FileOwner, GetOwner},
+      {kOwnerOfOldViews, GetOwner},
+      {PKEY_FileExtension, GetExtension},
+      {kNameWithoutExtension, GetStem},
+      {PKEY_ItemType, GetItemType},
+      {PKEY_ItemTypeText, GetTypeText},
+      {PKEY_Kind, GetKind},
+      {PKEY_KindText, GetKindText},
+      {PKEY_PerceivedType, GetPerceived},
+      {PKEY_ComputerName, GetComputer},
+      {PKEY_IsShared, GetShared},
+      {PKEY_Link_TargetParsingPath, GetLinkTarget},
+      {PKEY_Capacity, GetCapacity},
+      {PKEY_FreeSpace, GetFreeSpace},
+      {PKEY_PercentFull, GetPercentFull},
+      {PKEY_Volume_FileSystem, GetFileSystem},
+      {kIsRoot, GetIsRoot},
+      {kIsMappedDrive, GetIsMapped},
+  };
+  return getters;
+}
+
+}  // namespace
+
+HRESULT GetFileProperty(const TFileObject& object, REFPROPERTYKEY key, PROPVARIANT* value) {
+  TPropVariant result;
+  HRESULT code = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+  const auto getter = Getters().find(key);
+  if (getter != Getters().end())
+    code = getter->second(object, result);
+  else if (IsStoredProperty(key))
+    code = ReadStoredProperty(object.Native, key, result);
+  if (SUCCEEDED(code)) *value = result.Detach();
+  return code;
+}
+
+std::vector<PROPERTYKEY> FilePropertyKeys(const TFileObject& object) {
+  std::vector<PROPERTYKEY> keys;
+  for (const TPropertyInfo& info : PropertyTable()) {
+    const bool answered = Getters().contains(info.Key) || IsStoredProperty(info.Key);
+    const bool volume = info.Key.fmtid == FMTID_Volume || TPropertyKeyEqual{}(info.Key, kIsMappedDrive);
+    if (answered && (object.IsRoot || !volume) && !HasFlag(info.Flags, TPropertyFlags::Alias))
+      keys.push_back(info.Key);
+  }
+  return keys;
+}
+
+}  // namespace oak

@@ -1,0 +1,334 @@
+// Enumerations in the signatures of the Windows shell, with the published values.
+#pragma once
+
+#if defined(_WIN32)
+#include "oak/platform/windows/WindowsHeaders.h"
+#else
+
+#include "oak/base/abi.h"
+
+// Lets the values of a flag enumeration be combined.
+#define OAK_FLAG_OPERATORS(E)                                             \
+  constexpr E operator|(E a, E b) {                                       \
+    return static_cast<E>(static_cast<int>(a) | static_cast<int>(b));     \
+  }                                                                       \
+  constexpr E operator&(E a, E b) {                                       \
+    return static_cast<E>(static_cast<int>(a) & static_cast<int>(b));     \
+  }                                                                       \
+  constexpr E operator~(E a) { return static_cast<E>(~static_cast<int>(a)); } \
+  inline E& operator|=(E& a, E b) { return a = a | b; }                   \
+  inline E& operator&=(E& a, E b) { return a = a & b; }
+
+// Forms of names (IShellItem).
+enum SIGDN : int {
+  SIGDN_NORMALDISPLAY = 0,
+  SIGDN_PARENTRELATIVEPARSING = static_cast<int>(0x80018001u),
+  SIGDN_DESKTOPABSOLUTEPARSING = static_cast<int>(0x80028000u),
+  SIGDN_PARENTRELATIVEEDITING = static_cast<int>(0x80031001u),
+  SIGDN_DESKTOPABSOLUTEEDITING = static_cast<int>(0x8004c000u),
+  SIGDN_FILESYSPATH = static_cast<int>(0x80058000u),
+  SIGDN_URL = static_cast<int>(0x80068000u),
+  SIGDN_PARENTRELATIVEFORADDRESSBAR = static_cast<int>(0x8007c001u),
+  SIGDN_PARENTRELATIVE = static_cast<int>(0x80080001u),
+  SIGDN_PARENTRELATIVEFORUI = static_cast<int>(0x80094001u)
+};
+
+// How a property store is opened.
+enum GETPROPERTYSTOREFLAGS : int {
+  GPS_DEFAULT = 0,
+  GPS_HANDLERPROPERTIESONLY = 1,
+  GPS_READWRITE = 2,
+  GPS_TEMPORARY = 4,
+  GPS_FASTPROPERTIESONLY = 8,
+  GPS_OPENSLOWITEM = 0x10,
+  GPS_DELAYCREATION = 0x20,
+  GPS_BESTEFFORT = 0x40,
+  GPS_NO_OPLOCK = 0x80,
+  GPS_PREFERQUERYPROPERTIES = 0x100,
+  GPS_MASK_VALID = 0x1ff
+};
+OAK_FLAG_OPERATORS(GETPROPERTYSTOREFLAGS)
+
+// How attributes of several items combine.
+enum SIATTRIBFLAGS : int {
+  SIATTRIBFLAGS_AND = 1,
+  SIATTRIBFLAGS_OR = 2,
+  SIATTRIBFLAGS_APPCOMPAT = 3,
+  SIATTRIBFLAGS_MASK = 3,
+  SIATTRIBFLAGS_ALLITEMS = 0x4000
+};
+OAK_FLAG_OPERATORS(SIATTRIBFLAGS)
+
+// Kinds of known folders.
+enum KF_CATEGORY : int {
+  KF_CATEGORY_VIRTUAL = 1,
+  KF_CATEGORY_FIXED = 2,
+  KF_CATEGORY_COMMON = 3,
+  KF_CATEGORY_PERUSER = 4
+};
+
+// Finding a known folder from a path.
+enum FFFP_MODE : int {
+  FFFP_EXACTMATCH = 0,
+  FFFP_NEARESTPARENTMATCH = 1
+};
+
+// What a property is.
+enum PROPDESC_TYPE_FLAGS : DWORD {
+  PDTF_DEFAULT = 0,
+  PDTF_MULTIPLEVALUES = 1,
+  PDTF_ISINNATE = 2,
+  PDTF_ISGROUP = 4,
+  PDTF_CANGROUPBY = 8,
+  PDTF_CANSTACKBY = 0x10,
+  PDTF_ISTREEPROPERTY = 0x20,
+  PDTF_INCLUDEINFULLTEXTQUERY = 0x40,
+  PDTF_ISVIEWABLE = 0x80,
+  PDTF_ISQUERYABLE = 0x100,
+  PDTF_CANBEPURGED = 0x200,
+  PDTF_SEARCHRAWVALUE = 0x400,
+  PDTF_ISSYSTEMPROPERTY = 0x80000000,
+  PDTF_MASK_ALL = 0x800007ff
+};
+OAK_FLAG_OPERATORS(PROPDESC_TYPE_FLAGS)
+
+// How a property is shown in views.
+enum PROPDESC_VIEW_FLAGS : int {
+  PDVF_DEFAULT = 0,
+  PDVF_CENTERALIGN = 1,
+  PDVF_RIGHTALIGN = 2,
+  PDVF_BEGINNEWGROUP = 4,
+  PDVF_FILLAREA = 8,
+  PDVF_SORTDESCENDING = 0x10,
+  PDVF_SHOWONLYIFPRESENT = 0x20,
+  PDVF_SHOWBYDEFAULT = 0x40,
+  PDVF_SHOWINPRIMARYLIST = 0x80,
+  PDVF_SHOWINSECONDARYLIST = 0x100,
+  PDVF_HIDELABEL = 0x200,
+  PDVF_HIDDEN = 0x800,
+  PDVF_CANWRAP = 0x1000,
+  PDVF_MASK_ALL = 0x1bff
+};
+OAK_FLAG_OPERATORS(PROPDESC_VIEW_FLAGS)
+
+// How a value is formatted.
+enum PROPDESC_FORMAT_FLAGS : int {
+  PDFF_DEFAULT = 0,
+  PDFF_PREFIXNAME = 1,
+  PDFF_FILENAME = 2,
+  PDFF_ALWAYSKB = 4,
+  PDFF_RESERVED_RIGHTTOLEFT = 8,
+  PDFF_SHORTTIME = 0x10,
+  PDFF_LONGTIME = 0x20,
+  PDFF_HIDETIME = 0x40,
+  PDFF_SHORTDATE = 0x80,
+  PDFF_LONGDATE = 0x100,
+  PDFF_HIDEDATE = 0x200,
+  PDFF_RELATIVEDATE = 0x400,
+  PDFF_USEEDITINVITATION = 0x800,
+  PDFF_READONLY = 0x1000,
+  PDFF_NOAUTOREADINGORDER = 0x2000
+};
+OAK_FLAG_OPERATORS(PROPDESC_FORMAT_FLAGS)
+
+// What a property's text looks like.
+enum PROPDESC_DISPLAYTYPE : int {
+  PDDT_STRING = 0,
+  PDDT_NUMBER = 1,
+  PDDT_BOOLEAN = 2,
+  PDDT_DATETIME = 3,
+  PDDT_ENUMERATED = 4
+};
+enum PROPDESC_GROUPING_RANGE : int {
+  PDGR_DISCRETE = 0,
+  PDGR_ALPHANUMERIC = 1,
+  PDGR_SIZE = 2,
+  PDGR_DYNAMIC = 3,
+  PDGR_DATE = 4,
+  PDGR_PERCENT = 5,
+  PDGR_ENUMERATED = 6
+};
+enum PROPDESC_RELATIVEDESCRIPTION_TYPE : int {
+  PDRDT_GENERAL = 0,
+  PDRDT_DATE = 1,
+  PDRDT_SIZE = 2,
+  PDRDT_COUNT = 3,
+  PDRDT_REVISION = 4,
+  PDRDT_LENGTH = 5,
+  PDRDT_DURATION = 6,
+  PDRDT_SPEED = 7,
+  PDRDT_RATE = 8,
+  PDRDT_RATING = 9,
+  PDRDT_PRIORITY = 0xa
+};
+enum PROPDESC_SORTDESCRIPTION : int {
+  PDSD_GENERAL = 0,
+  PDSD_A_Z = 1,
+  PDSD_LOWEST_HIGHEST = 2,
+  PDSD_SMALLEST_BIGGEST = 3,
+  PDSD_OLDEST_NEWEST = 4
+};
+enum PROPDESC_AGGREGATION_TYPE : int {
+  PDAT_DEFAULT = 0,
+  PDAT_FIRST = 1,
+  PDAT_SUM = 2,
+  PDAT_AVERAGE = 3,
+  PDAT_DATERANGE = 4,
+  PDAT_UNION = 5,
+  PDAT_MAX = 6,
+  PDAT_MIN = 7
+};
+enum PROPDESC_CONDITION_TYPE : int {
+  PDCOT_NONE = 0,
+  PDCOT_STRING = 1,
+  PDCOT_SIZE = 2,
+  PDCOT_DATETIME = 3,
+  PDCOT_BOOLEAN = 4,
+  PDCOT_NUMBER = 5
+};
+
+// Which properties an enumeration returns.
+enum PROPDESC_ENUMFILTER : int {
+  PDEF_ALL = 0,
+  PDEF_SYSTEM = 1,
+  PDEF_NONSYSTEM = 2,
+  PDEF_VIEWABLE = 3,
+  PDEF_QUERYABLE = 4,
+  PDEF_INFULLTEXTQUERY = 5,
+  PDEF_COLUMN = 6
+};
+enum PROPENUMTYPE : int {
+  PET_DISCRETEVALUE = 0,
+  PET_RANGEDVALUE = 1,
+  PET_DEFAULTVALUE = 2,
+  PET_ENDRANGE = 3
+};
+
+// Converting and comparing values.
+enum PROPVAR_CHANGE_FLAGS : int {
+  PVCHF_DEFAULT = 0,
+  PVCHF_NOVALUEPROP = 1,
+  PVCHF_ALPHABOOL = 2,
+  PVCHF_NOUSEROVERRIDE = 4,
+  PVCHF_LOCALBOOL = 8,
+  PVCHF_NOHEXSTRING = 0x10
+};
+enum PROPVAR_COMPARE_UNIT : int {
+  PVCU_DEFAULT = 0,
+  PVCU_SECOND = 1,
+  PVCU_MINUTE = 2,
+  PVCU_HOUR = 3,
+  PVCU_DAY = 4,
+  PVCU_MONTH = 5,
+  PVCU_YEAR = 6
+};
+enum PROPVAR_COMPARE_FLAGS : int {
+  PVCF_DEFAULT = 0,
+  PVCF_TREATEMPTYASGREATERTHAN = 1,
+  PVCF_USESTRCMP = 2,
+  PVCF_USESTRCMPC = 4,
+  PVCF_USESTRCMPI = 8,
+  PVCF_USESTRCMPIC = 0x10
+};
+
+// Conditions of a search.
+enum CONDITION_TYPE : int {
+  CT_AND_CONDITION = 0,
+  CT_OR_CONDITION = 1,
+  CT_NOT_CONDITION = 2,
+  CT_LEAF_CONDITION = 3
+};
+enum CONDITION_OPERATION : int {
+  COP_IMPLICIT = 0,
+  COP_EQUAL = 1,
+  COP_NOTEQUAL = 2,
+  COP_LESSTHAN = 3,
+  COP_GREATERTHAN = 4,
+  COP_LESSTHANOREQUAL = 5,
+  COP_GREATERTHANOREQUAL = 6,
+  COP_VALUE_STARTSWITH = 7,
+  COP_VALUE_ENDSWITH = 8,
+  COP_VALUE_CONTAINS = 9,
+  COP_VALUE_NOTCONTAINS = 0xa,
+  COP_DOSWILDCARDS = 0xb,
+  COP_WORD_EQUAL = 0xc,
+  COP_WORD_STARTSWITH = 0xd,
+  COP_APPLICATION_SPECIFIC = 0xe
+};
+
+// View of a search folder.
+enum FOLDERLOGICALVIEWMODE : int {
+  FLVM_UNSPECIFIED = static_cast<int>(0xffffffffu),
+  FLVM_FIRST = 1,
+  FLVM_DETAILS = 1,
+  FLVM_TILES = 2,
+  FLVM_ICONS = 3,
+  FLVM_LIST = 4,
+  FLVM_CONTENT = 5,
+  FLVM_LAST = 5
+};
+enum SORTDIRECTION : int {
+  SORT_DESCENDING = static_cast<int>(0xffffffffu),
+  SORT_ASCENDING = 1
+};
+
+// Libraries.
+enum LIBRARYFOLDERFILTER : int {
+  LFF_FORCEFILESYSTEM = 1,
+  LFF_STORAGEITEMS = 2,
+  LFF_ALLITEMS = 3
+};
+enum LIBRARYOPTIONFLAGS : int {
+  LOF_DEFAULT = 0,
+  LOF_PINNEDTONAVPANE = 1,
+  LOF_MASK_ALL = 1
+};
+OAK_FLAG_OPERATORS(LIBRARYOPTIONFLAGS)
+enum DEFAULTSAVEFOLDERTYPE : int {
+  DSFT_DETECT = 1,
+  DSFT_PRIVATE = 2,
+  DSFT_PUBLIC = 3
+};
+enum LIBRARYSAVEFLAGS : int {
+  LSF_FAILIFTHERE = 0,
+  LSF_OVERRIDEEXISTING = 1,
+  LSF_MAKEUNIQUENAME = 2
+};
+OAK_FLAG_OPERATORS(LIBRARYSAVEFLAGS)
+enum PERCEIVED : int {
+  PERCEIVED_TYPE_FIRST = static_cast<int>(0xfffffffdu),
+  PERCEIVED_TYPE_CUSTOM = static_cast<int>(0xfffffffdu),
+  PERCEIVED_TYPE_UNSPECIFIED = static_cast<int>(0xfffffffeu),
+  PERCEIVED_TYPE_FOLDER = static_cast<int>(0xffffffffu),
+  PERCEIVED_TYPE_UNKNOWN = 0,
+  PERCEIVED_TYPE_TEXT = 1,
+  PERCEIVED_TYPE_IMAGE = 2,
+  PERCEIVED_TYPE_AUDIO = 3,
+  PERCEIVED_TYPE_VIDEO = 4,
+  PERCEIVED_TYPE_COMPRESSED = 5,
+  PERCEIVED_TYPE_DOCUMENT = 6,
+  PERCEIVED_TYPE_SYSTEM = 7,
+  PERCEIVED_TYPE_APPLICATION = 8,
+  PERCEIVED_TYPE_GAMEMEDIA = 9,
+  PERCEIVED_TYPE_CONTACTS = 0xa,
+  PERCEIVED_TYPE_LAST = 0xa
+};
+
+// Pixel density.
+enum DPI_AWARENESS : int {
+  DPI_AWARENESS_INVALID = static_cast<int>(0xffffffffu),
+  DPI_AWARENESS_UNAWARE = 0,
+  DPI_AWARENESS_SYSTEM_AWARE = 1,
+  DPI_AWARENESS_PER_MONITOR_AWARE = 2
+};
+
+enum PROCESS_DPI_AWARENESS : int {
+  PROCESS_DPI_UNAWARE = 0,
+  PROCESS_SYSTEM_DPI_AWARE = 1,
+  PROCESS_PER_MONITOR_DPI_AWARE = 2
+};
+
+// How a change of a property is applied.
+enum PKA_FLAGS : int { PKA_SET = 0, PKA_APPEND = 1, PKA_DELETE = 2 };
+
+#endif

@@ -1,0 +1,293 @@
+// Constants of the operating system: files, error codes, registry, messages.
+#pragma once
+
+#if defined(_WIN32)
+#include "oak/platform/windows/WindowsHeaders.h"
+#else
+
+#include "oak/platform/shell_api_types.h"
+
+// --- files and drives ------------------------------------------------------------
+inline constexpr DWORD FILE_ATTRIBUTE_ARCHIVE = 0x20u;
+inline constexpr DWORD FILE_ATTRIBUTE_COMPRESSED = 0x800u;
+inline constexpr DWORD FILE_ATTRIBUTE_DEVICE = 0x40u;
+inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10u;
+inline constexpr DWORD FILE_ATTRIBUTE_ENCRYPTED = 0x4000u;
+inline constexpr DWORD FILE_ATTRIBUTE_HIDDEN = 2;
+inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80u;
+inline constexpr DWORD FILE_ATTRIBUTE_NOT_CONTENT_INDEXED = 0x2000u;
+inline constexpr DWORD FILE_ATTRIBUTE_OFFLINE = 0x1000u;
+inline constexpr DWORD FILE_ATTRIBUTE_READONLY = 1;
+inline constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400u;
+inline constexpr DWORD FILE_ATTRIBUTE_SPARSE_FILE = 0x200u;
+inline constexpr DWORD FILE_ATTRIBUTE_SYSTEM = 4;
+inline constexpr DWORD FILE_ATTRIBUTE_TEMPORARY = 0x100u;
+inline constexpr DWORD FILE_ATTRIBUTE_VIRTUAL = 0x10000u;
+inline constexpr DWORD FILE_ATTRIBUTE_RECALL_ON_OPEN = 0x40000u;
+inline constexpr DWORD FILE_ATTRIBUTE_RECALL_ON_DATA_ACCESS = 0x400000u;
+inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xffffffffu;
+inline constexpr DWORD MOVEFILE_COPY_ALLOWED = 2;
+inline constexpr DWORD MOVEFILE_CREATE_HARDLINK = 0x10u;
+inline constexpr DWORD MOVEFILE_DELAY_UNTIL_REBOOT = 4;
+inline constexpr DWORD MOVEFILE_FAIL_IF_NOT_TRACKABLE = 0x20u;
+inline constexpr DWORD MOVEFILE_REPLACE_EXISTING = 1;
+inline constexpr DWORD MOVEFILE_WRITE_THROUGH = 8;
+inline constexpr DWORD FIND_FIRST_EX_CASE_SENSITIVE = 1;
+inline constexpr DWORD FIND_FIRST_EX_LARGE_FETCH = 2;
+inline constexpr UINT DRIVE_CDROM = 5;
+inline constexpr UINT DRIVE_FIXED = 3;
+inline constexpr UINT DRIVE_NO_ROOT_DIR = 1;
+inline constexpr UINT DRIVE_RAMDISK = 6;
+inline constexpr UINT DRIVE_REMOTE = 4;
+inline constexpr UINT DRIVE_REMOVABLE = 2;
+inline constexpr UINT DRIVE_UNKNOWN = 0;
+inline constexpr UINT SEM_FAILCRITICALERRORS = 1;
+inline constexpr UINT SEM_NOALIGNMENTFAULTEXCEPT = 4;
+inline constexpr UINT SEM_NOGPFAULTERRORBOX = 2;
+inline constexpr UINT SEM_NOOPENFILEERRORBOX = 0x8000u;
+inline constexpr DWORD GENERIC_READ = 0x80000000u;
+inline constexpr DWORD GENERIC_WRITE = 0x40000000u;
+inline constexpr DWORD FILE_SHARE_DELETE = 4;
+inline constexpr DWORD FILE_SHARE_READ = 1;
+inline constexpr DWORD FILE_SHARE_VALID_FLAGS = 7;
+inline constexpr DWORD FILE_SHARE_WRITE = 2;
+inline constexpr DWORD OPEN_EXISTING = 3;
+inline constexpr DWORD CREATE_NEW = 1;
+inline constexpr DWORD CREATE_ALWAYS = 2;
+inline constexpr DWORD OPEN_ALWAYS = 4;
+inline constexpr DWORD FILE_FLAG_BACKUP_SEMANTICS = 0x2000000u;
+inline constexpr DWORD FILE_FLAG_OPEN_REPARSE_POINT = 0x200000u;
+inline constexpr DWORD IO_REPARSE_TAG_SYMLINK = 0xa000000cu;
+inline constexpr DWORD IO_REPARSE_TAG_MOUNT_POINT = 0xa0000003u;
+inline constexpr DWORD IO_REPARSE_TAG_APPEXECLINK = 0x8000001bu;
+inline constexpr DWORD IO_REPARSE_TAG_AF_UNIX = 0x80000023u;
+inline constexpr DWORD IO_REPARSE_TAG_ONEDRIVE = 0x80000021u;
+inline constexpr DWORD IO_REPARSE_TAG_CLOUD = 0x9000001au;
+inline constexpr DWORD IO_REPARSE_TAG_WOF = 0x80000017u;
+inline constexpr DWORD FSCTL_GET_REPARSE_POINT = 0x900a8u;
+inline constexpr DWORD MAXIMUM_REPARSE_DATA_BUFFER_SIZE = 0x4000u;
+
+// --- error codes -----------------------------------------------------------------
+inline constexpr DWORD ERROR_SUCCESS = 0;
+inline constexpr DWORD NO_ERROR = 0;
+inline constexpr DWORD ERROR_INVALID_FUNCTION = 1;
+inline constexpr DWORD ERROR_FILE_NOT_FOUND = 2;
+inline constexpr DWORD ERROR_PATH_NOT_FOUND = 3;
+inline constexpr DWORD ERROR_TOO_MANY_OPEN_FILES = 4;
+inline constexpr DWORD ERROR_ACCESS_DENIED = 5;
+inline constexpr DWORD ERROR_BAD_FORMAT = 11;
+inline constexpr DWORD ERROR_INVALID_HANDLE = 6;
+inline constexpr DWORD ERROR_NOT_ENOUGH_MEMORY = 8;
+inline constexpr DWORD ERROR_INVALID_DATA = 0xdu;
+inline constexpr DWORD ERROR_OUTOFMEMORY = 0xeu;
+inline constexpr DWORD ERROR_INVALID_DRIVE = 0xfu;
+inline constexpr DWORD ERROR_CURRENT_DIRECTORY = 0x10u;
+inline constexpr DWORD ERROR_NOT_SAME_DEVICE = 0x11u;
+inline constexpr DWORD ERROR_NO_MORE_FILES = 0x12u;
+inline constexpr DWORD ERROR_WRITE_PROTECT = 0x13u;
+inline constexpr DWORD ERROR_BAD_UNIT = 0x14u;
+inline constexpr DWORD ERROR_NOT_READY = 0x15u;
+inline constexpr DWORD ERROR_SEEK = 0x19u;
+inline constexpr DWORD ERROR_WRITE_FAULT = 0x1du;
+inline constexpr DWORD ERROR_READ_FAULT = 0x1eu;
+inline constexpr DWORD ERROR_GEN_FAILURE = 0x1fu;
+inline constexpr DWORD ERROR_SHARING_VIOLATION = 0x20u;
+inline constexpr DWORD ERROR_LOCK_VIOLATION = 0x21u;
+inline constexpr DWORD ERROR_HANDLE_EOF = 0x26u;
+inline constexpr DWORD ERROR_HANDLE_DISK_FULL = 0x27u;
+inline constexpr DWORD ERROR_NOT_SUPPORTED = 0x32u;
+inline constexpr DWORD ERROR_REM_NOT_LIST = 0x33u;
+inline constexpr DWORD ERROR_BAD_NETPATH = 0x35u;
+inline constexpr DWORD ERROR_NETWORK_BUSY = 0x36u;
+inline constexpr DWORD ERROR_NETNAME_DELETED = 0x40u;
+inline constexpr DWORD ERROR_NETWORK_ACCESS_DENIED = 0x41u;
+inline constexpr DWORD ERROR_BAD_NET_NAME = 0x43u;
+inline constexpr DWORD ERROR_FILE_EXISTS = 0x50u;
+inline constexpr DWORD ERROR_CANNOT_MAKE = 0x52u;
+inline constexpr DWORD ERROR_INVALID_PASSWORD = 0x56u;
+inline constexpr DWORD ERROR_INVALID_PARAMETER = 0x57u;
+inline constexpr DWORD ERROR_BROKEN_PIPE = 0x6du;
+inline constexpr DWORD ERROR_DISK_FULL = 0x70u;
+inline constexpr DWORD ERROR_CALL_NOT_IMPLEMENTED = 0x78u;
+inline constexpr DWORD ERROR_INSUFFICIENT_BUFFER = 0x7au;
+inline constexpr DWORD ERROR_INVALID_NAME = 0x7bu;
+inline constexpr DWORD ERROR_INVALID_LEVEL = 0x7cu;
+inline constexpr DWORD ERROR_MOD_NOT_FOUND = 0x7eu;
+inline constexpr DWORD ERROR_PROC_NOT_FOUND = 0x7fu;
+inline constexpr DWORD ERROR_NEGATIVE_SEEK = 0x83u;
+inline constexpr DWORD ERROR_DIR_NOT_EMPTY = 0x91u;
+inline constexpr DWORD ERROR_BAD_PATHNAME = 0xa1u;
+inline constexpr DWORD ERROR_BUSY = 0xaau;
+inline constexpr DWORD ERROR_ALREADY_EXISTS = 0xb7u;
+inline constexpr DWORD ERROR_ENVVAR_NOT_FOUND = 0xcbu;
+inline constexpr DWORD ERROR_FILENAME_EXCED_RANGE = 0xceu;
+inline constexpr DWORD ERROR_META_EXPANSION_TOO_LONG = 0xd0u;
+inline constexpr DWORD ERROR_DIRECTORY = 0x10bu;
+inline constexpr DWORD ERROR_MORE_DATA = 0xeau;
+inline constexpr DWORD ERROR_NO_MORE_ITEMS = 0x103u;
+inline constexpr DWORD ERROR_INVALID_ADDRESS = 0x1e7u;
+inline constexpr DWORD ERROR_ARITHMETIC_OVERFLOW = 0x216u;
+inline constexpr DWORD ERROR_OPERATION_ABORTED = 0x3e3u;
+inline constexpr DWORD ERROR_IO_PENDING = 0x3e5u;
+inline constexpr DWORD ERROR_NOACCESS = 0x3e6u;
+inline constexpr DWORD ERROR_UNRECOGNIZED_VOLUME = 0x3edu;
+inline constexpr DWORD ERROR_INVALID_FLAGS = 0x3ecu;
+inline constexpr DWORD ERROR_BAD_DEVICE = 0x4b0u;
+inline constexpr DWORD ERROR_CONNECTION_UNAVAIL = 0x4b1u;
+inline constexpr DWORD ERROR_DEVICE_ALREADY_REMEMBERED = 0x4b2u;
+inline constexpr DWORD ERROR_NO_NET_OR_BAD_PATH = 0x4b3u;
+inline constexpr DWORD ERROR_EXTENDED_ERROR = 0x4b8u;
+inline constexpr DWORD ERROR_NO_NETWORK = 0x4c6u;
+inline constexpr DWORD ERROR_CANCELLED = 0x4c7u;
+inline constexpr DWORD ERROR_LOGON_FAILURE = 0x52eu;
+inline constexpr DWORD ERROR_BAD_USERNAME = 0x89au;
+inline constexpr DWORD ERROR_NOT_CONNECTED = 0x8cau;
+inline constexpr DWORD ERROR_NOT_FOUND = 0x490u;
+inline constexpr DWORD ERROR_NO_MATCH = 0x491u;
+inline constexpr DWORD ERROR_SET_NOT_FOUND = 0x492u;
+inline constexpr DWORD ERROR_NO_MEDIA_IN_DRIVE = 0x458u;
+inline constexpr DWORD ERROR_DEVICE_NOT_CONNECTED = 0x48fu;
+inline constexpr DWORD ERROR_TIMEOUT = 0x5b4u;
+inline constexpr DWORD ERROR_NO_UNICODE_TRANSLATION = 0x459u;
+inline constexpr DWORD ERROR_RESOURCE_TYPE_NOT_FOUND = 0x715u;
+inline constexpr DWORD ERROR_RESOURCE_NAME_NOT_FOUND = 0x716u;
+inline constexpr DWORD ERROR_UNRECOGNIZED_MEDIA = 0x6f9u;
+inline constexpr DWORD ERROR_CANT_RESOLVE_FILENAME = 0x781u;
+inline constexpr DWORD ERROR_SYMLINK_NOT_SUPPORTED = 0x5b8u;
+inline constexpr DWORD ERROR_NOT_A_REPARSE_POINT = 0x1126u;
+inline constexpr DWORD ERROR_INVALID_REPARSE_DATA = 0x1128u;
+inline constexpr DWORD ERROR_NO_ASSOCIATION = 0x483u;
+
+// --- registry --------------------------------------------------------------------
+inline constexpr REGSAM KEY_READ = 0x20019u;
+inline constexpr REGSAM KEY_WRITE = 0x20006u;
+inline constexpr REGSAM KEY_QUERY_VALUE = 1;
+inline constexpr REGSAM KEY_SET_VALUE = 2;
+inline constexpr REGSAM KEY_ENUMERATE_SUB_KEYS = 8;
+inline constexpr REGSAM KEY_ALL_ACCESS = 0xf003fu;
+inline constexpr REGSAM KEY_WOW64_64KEY = 0x100u;
+inline constexpr REGSAM KEY_WOW64_32KEY = 0x200u;
+inline constexpr DWORD REG_NONE = 0;
+inline constexpr DWORD REG_SZ = 1;
+inline constexpr DWORD REG_EXPAND_SZ = 2;
+inline constexpr DWORD REG_BINARY = 3;
+inline constexpr DWORD REG_DWORD = 4;
+inline constexpr DWORD REG_LINK = 6;
+inline constexpr DWORD REG_MULTI_SZ = 7;
+inline constexpr DWORD REG_QWORD = 0xbu;
+
+inline const HKEY HKEY_CLASSES_ROOT = reinterpret_cast<HKEY>(std::intptr_t{-0x80000000LL});
+inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(std::intptr_t{-0x7FFFFFFFLL});
+inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::intptr_t{-0x7FFFFFFELL});
+inline const HKEY HKEY_USERS = reinterpret_cast<HKEY>(std::intptr_t{-0x7FFFFFFDLL});
+
+// --- messages, libraries, threads ------------------------------------------------
+inline constexpr DWORD FORMAT_MESSAGE_ALLOCATE_BUFFER = 0x100u;
+inline constexpr DWORD FORMAT_MESSAGE_ARGUMENT_ARRAY = 0x2000u;
+inline constexpr DWORD FORMAT_MESSAGE_FROM_HMODULE = 0x800u;
+inline constexpr DWORD FORMAT_MESSAGE_FROM_STRING = 0x400u;
+inline constexpr DWORD FORMAT_MESSAGE_FROM_SYSTEM = 0x1000u;
+inline constexpr DWORD FORMAT_MESSAGE_IGNORE_INSERTS = 0x200u;
+inline constexpr DWORD FORMAT_MESSAGE_MAX_WIDTH_MASK = 0xffu;
+inline constexpr DWORD LOAD_LIBRARY_AS_DATAFILE = 2;
+inline constexpr DWORD LOAD_LIBRARY_AS_DATAFILE_EXCLUSIVE = 0x40u;
+inline constexpr DWORD LOAD_LIBRARY_AS_IMAGE_RESOURCE = 0x20u;
+inline constexpr DWORD LOAD_LIBRARY_REQUIRE_SIGNED_TARGET = 0x80u;
+inline constexpr DWORD LOAD_LIBRARY_SEARCH_APPLICATION_DIR = 0x200u;
+inline constexpr DWORD LOAD_LIBRARY_SEARCH_DEFAULT_DIRS = 0x1000u;
+inline constexpr DWORD LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR = 0x100u;
+inline constexpr DWORD LOAD_LIBRARY_SEARCH_SYSTEM32 = 0x800u;
+inline constexpr DWORD LOAD_LIBRARY_SEARCH_SYSTEM32_NO_FORWARDER = 0x800u;
+inline constexpr DWORD LOAD_LIBRARY_SEARCH_USER_DIRS = 0x400u;
+inline constexpr DWORD COINIT_APARTMENTTHREADED = 2;
+inline constexpr DWORD COINIT_MULTITHREADED = 0;
+inline constexpr DWORD COINIT_DISABLE_OLE1DDE = 4;
+inline constexpr DWORD COINIT_SPEED_OVER_MEMORY = 8;
+inline constexpr DWORD CLSCTX_INPROC_SERVER = 1;
+inline constexpr DWORD CLSCTX_INPROC_HANDLER = 2;
+inline constexpr DWORD CLSCTX_LOCAL_SERVER = 4;
+inline constexpr DWORD CLSCTX_REMOTE_SERVER = 0x10u;
+inline constexpr DWORD CLSCTX_INPROC = 3;
+inline constexpr DWORD CLSCTX_SERVER = 0x15u;
+inline constexpr DWORD CLSCTX_ALL = 0x17u;
+inline constexpr UINT WM_NULL = 0;
+inline constexpr UINT WM_KEYDOWN = 0x100u;
+inline constexpr UINT WM_KEYUP = 0x101u;
+inline constexpr UINT WM_CHAR = 0x102u;
+inline constexpr UINT WM_SYSKEYDOWN = 0x104u;
+inline constexpr UINT WM_SYSKEYUP = 0x105u;
+inline constexpr UINT WM_USER = 0x400u;
+inline constexpr UINT WM_APP = 0x8000u;
+inline constexpr UINT WM_INITMENUPOPUP = 0x117u;
+inline constexpr UINT WM_MEASUREITEM = 0x2cu;
+inline constexpr UINT WM_DRAWITEM = 0x2bu;
+inline constexpr UINT WM_MENUCHAR = 0x120u;
+inline constexpr BYTE VK_SHIFT = 0x10u;
+inline constexpr BYTE VK_CONTROL = 0x11u;
+inline constexpr BYTE VK_MENU = 0x12u;
+inline constexpr BYTE VK_RETURN = 0xdu;
+inline constexpr BYTE VK_ESCAPE = 0x1bu;
+inline constexpr BYTE VK_TAB = 9;
+inline constexpr BYTE VK_F2 = 0x71u;
+inline constexpr BYTE VK_F5 = 0x74u;
+inline constexpr BYTE VK_DELETE = 0x2eu;
+inline constexpr DWORD KEYEVENTF_EXTENDEDKEY = 1;
+inline constexpr DWORD KEYEVENTF_KEYUP = 2;
+
+
+// --- locale ----------------------------------------------------------------------
+inline constexpr LCID LOCALE_USER_DEFAULT = 0x400u;
+inline constexpr LCID LOCALE_SYSTEM_DEFAULT = 0x800u;
+inline constexpr LCID LOCALE_INVARIANT = 0x7fu;
+inline constexpr DWORD DATE_SHORTDATE = 1;
+inline constexpr DWORD DATE_LONGDATE = 2;
+inline constexpr DWORD TIME_ZONE_ID_UNKNOWN = 0;
+inline constexpr DWORD TIME_ZONE_ID_STANDARD = 1;
+inline constexpr DWORD TIME_ZONE_ID_DAYLIGHT = 2;
+inline constexpr DWORD TIME_ZONE_ID_INVALID = 0xffffffffu;
+inline constexpr DWORD TIME_NOSECONDS = 2;
+
+
+// --- processes -------------------------------------------------------------------
+inline constexpr DWORD STILL_ACTIVE = 0x103u;
+inline constexpr DWORD INFINITE = 0xffffffffu;
+inline constexpr DWORD WAIT_OBJECT_0 = 0;
+inline constexpr DWORD WAIT_TIMEOUT = 0x102u;
+inline constexpr DWORD WAIT_FAILED = 0xffffffffu;
+
+
+// --- more failures --------------------------------------------------------------
+OAK_HRESULT(OLE_E_ADVISENOTSUPPORTED, 0x80040003u);
+OAK_HRESULT(DV_E_FORMATETC, 0x80040064u);
+OAK_HRESULT(DV_E_TYMED, 0x80040069u);
+OAK_HRESULT(DV_E_DVASPECT, 0x8004006bu);
+OAK_HRESULT(DV_E_LINDEX, 0x80040068u);
+OAK_HRESULT(DV_E_CLIPFORMAT, 0x8004006au);
+OAK_HRESULT(DATA_S_SAMEFORMATETC, 0x40130u);
+OAK_HRESULT(DRAGDROP_S_DROP, 0x40100u);
+OAK_HRESULT(DRAGDROP_S_CANCEL, 0x40101u);
+OAK_HRESULT(DRAGDROP_S_USEDEFAULTCURSORS, 0x40102u);
+OAK_HRESULT(DISP_E_PARAMNOTFOUND, 0x80020004u);
+OAK_HRESULT(CO_E_NOTINITIALIZED, 0x800401f0u);
+OAK_HRESULT(CO_E_CLASSSTRING, 0x800401f3u);
+OAK_HRESULT(CO_E_APPNOTFOUND, 0x800401f5u);
+OAK_HRESULT(RPC_E_CHANGED_MODE, 0x80010106u);
+OAK_HRESULT(RPC_E_WRONG_THREAD, 0x8001010eu);
+OAK_HRESULT(MK_E_NOOBJECT, 0x800401e5u);
+OAK_HRESULT(MK_E_UNAVAILABLE, 0x800401e3u);
+OAK_HRESULT(MK_E_SYNTAX, 0x800401e4u);
+OAK_HRESULT(STG_E_INVALIDHANDLE, 0x80030006u);
+OAK_HRESULT(STG_E_INSUFFICIENTMEMORY, 0x80030008u);
+OAK_HRESULT(STG_E_SHAREVIOLATION, 0x80030020u);
+OAK_HRESULT(STG_E_LOCKVIOLATION, 0x80030021u);
+OAK_HRESULT(STG_E_SEEKERROR, 0x80030019u);
+OAK_HRESULT(STG_E_INVALIDFLAG, 0x800300ffu);
+OAK_HRESULT(STG_E_INVALIDHEADER, 0x800300fbu);
+OAK_HRESULT(STG_E_REVERTED, 0x80030102u);
+OAK_HRESULT(STG_E_CANTSAVE, 0x80030103u);
+OAK_HRESULT(STG_E_NOTCURRENT, 0x80030101u);
+OAK_HRESULT(STG_E_UNIMPLEMENTEDFUNCTION, 0x800300feu);
+OAK_HRESULT(STG_E_UNKNOWN, 0x800300fdu);
+OAK_HRESULT(INPLACE_E_NOTUNDOABLE, 0x800401a0u);
+
+#endif

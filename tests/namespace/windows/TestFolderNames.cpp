@@ -1,0 +1,9 @@
+#include "tests/namespace/TestFolder.h"
+
+namespace oak::testing {
+
+std::filesystem::path NativeName(TStringView name) { return ToWString(name); }
+
+TString LibraryPath(const std::filesystem::path& native) { return FromWString(native.wstring()); }
+
+}  // namespace oak::testing
