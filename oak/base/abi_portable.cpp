@@ -7,12 +7,11 @@
 
 namespace {
 
-// A BSTR is preceded by its length in bytes; eight bytes keep the text aligned as the heap gives it.
+// A BSTR is preceded by its length in bytes; eight bytes keep the text aligned as the heap gives
+// it.
 constexpr std::size_t BstrHeader = 8;
 
-std::uint32_t* BstrLength(BSTR text) {
-  return reinterpret_cast<std::uint32_t*>(text) - 1;
-}
+std::uint32_t* BstrLength(BSTR text) { return reinterpret_cast<std::uint32_t*>(text) - 1; }
 
 std::size_t TextLength(const OLECHAR* text) {
   std::size_t length = 0;
@@ -142,16 +141,16 @@ HRESULT CopyTarget(PROPVARIANT& value) {
       keep(value.bstrVal, value.bstrVal ? CopyBstr(value.bstrVal) : nullptr);
       break;
     case VT_LPSTR:
-      keep(value.pszVal, value.pszVal ? static_cast<LPSTR>(CopyBlock(
-                                            value.pszVal, std::strlen(value.pszVal) + 1))
-                                      : nullptr);
+      keep(value.pszVal,
+           value.pszVal ? static_cast<LPSTR>(CopyBlock(value.pszVal, std::strlen(value.pszVal) + 1))
+                        : nullptr);
       break;
     case VT_LPWSTR:
       keep(value.pwszVal, value.pwszVal ? CopyWide(value.pwszVal) : nullptr);
       break;
     case VT_CLSID:
-      keep(value.puuid, value.puuid ? static_cast<CLSID*>(CopyBlock(value.puuid, sizeof(CLSID)))
-                                    : nullptr);
+      keep(value.puuid,
+           value.puuid ? static_cast<CLSID*>(CopyBlock(value.puuid, sizeof(CLSID))) : nullptr);
       break;
     case VT_BLOB:
       keep(value.blob.pBlobData,

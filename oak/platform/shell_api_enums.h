@@ -8,15 +8,15 @@
 #include "oak/base/abi.h"
 
 // Lets the values of a flag enumeration be combined.
-#define OAK_FLAG_OPERATORS(E)                                             \
-  constexpr E operator|(E a, E b) {                                       \
-    return static_cast<E>(static_cast<int>(a) | static_cast<int>(b));     \
-  }                                                                       \
-  constexpr E operator&(E a, E b) {                                       \
-    return static_cast<E>(static_cast<int>(a) & static_cast<int>(b));     \
-  }                                                                       \
+#define OAK_FLAG_OPERATORS(E)                                                 \
+  constexpr E operator|(E a, E b) {                                           \
+    return static_cast<E>(static_cast<int>(a) | static_cast<int>(b));         \
+  }                                                                           \
+  constexpr E operator&(E a, E b) {                                           \
+    return static_cast<E>(static_cast<int>(a) & static_cast<int>(b));         \
+  }                                                                           \
   constexpr E operator~(E a) { return static_cast<E>(~static_cast<int>(a)); } \
-  inline E& operator|=(E& a, E b) { return a = a | b; }                   \
+  inline E& operator|=(E& a, E b) { return a = a | b; }                       \
   inline E& operator&=(E& a, E b) { return a = a & b; }
 
 // Forms of names (IShellItem).
@@ -68,10 +68,7 @@ enum KF_CATEGORY : int {
 };
 
 // Finding a known folder from a path.
-enum FFFP_MODE : int {
-  FFFP_EXACTMATCH = 0,
-  FFFP_NEARESTPARENTMATCH = 1
-};
+enum FFFP_MODE : int { FFFP_EXACTMATCH = 0, FFFP_NEARESTPARENTMATCH = 1 };
 
 // What a property is.
 enum PROPDESC_TYPE_FLAGS : DWORD {
@@ -267,28 +264,13 @@ enum FOLDERLOGICALVIEWMODE : int {
   FLVM_CONTENT = 5,
   FLVM_LAST = 5
 };
-enum SORTDIRECTION : int {
-  SORT_DESCENDING = static_cast<int>(0xffffffffu),
-  SORT_ASCENDING = 1
-};
+enum SORTDIRECTION : int { SORT_DESCENDING = static_cast<int>(0xffffffffu), SORT_ASCENDING = 1 };
 
 // Libraries.
-enum LIBRARYFOLDERFILTER : int {
-  LFF_FORCEFILESYSTEM = 1,
-  LFF_STORAGEITEMS = 2,
-  LFF_ALLITEMS = 3
-};
-enum LIBRARYOPTIONFLAGS : int {
-  LOF_DEFAULT = 0,
-  LOF_PINNEDTONAVPANE = 1,
-  LOF_MASK_ALL = 1
-};
+enum LIBRARYFOLDERFILTER : int { LFF_FORCEFILESYSTEM = 1, LFF_STORAGEITEMS = 2, LFF_ALLITEMS = 3 };
+enum LIBRARYOPTIONFLAGS : int { LOF_DEFAULT = 0, LOF_PINNEDTONAVPANE = 1, LOF_MASK_ALL = 1 };
 OAK_FLAG_OPERATORS(LIBRARYOPTIONFLAGS)
-enum DEFAULTSAVEFOLDERTYPE : int {
-  DSFT_DETECT = 1,
-  DSFT_PRIVATE = 2,
-  DSFT_PUBLIC = 3
-};
+enum DEFAULTSAVEFOLDERTYPE : int { DSFT_DETECT = 1, DSFT_PRIVATE = 2, DSFT_PUBLIC = 3 };
 enum LIBRARYSAVEFLAGS : int {
   LSF_FAILIFTHERE = 0,
   LSF_OVERRIDEEXISTING = 1,

@@ -173,5 +173,4 @@ OAK_PKEY(PKEY_PropList_ExtendedTileInfo, "C9944A21-A406-48FE-8225-AEC7E24C211B",
 
 // Where an object of the recycle bin came from and when it was deleted; no SDK names them.
 
-
 #undef OAK_PKEY

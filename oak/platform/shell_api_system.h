@@ -234,7 +234,6 @@ inline constexpr BYTE VK_DELETE = 0x2eu;
 inline constexpr DWORD KEYEVENTF_EXTENDEDKEY = 1;
 inline constexpr DWORD KEYEVENTF_KEYUP = 2;
 
-
 // --- locale ----------------------------------------------------------------------
 inline constexpr LCID LOCALE_USER_DEFAULT = 0x400u;
 inline constexpr LCID LOCALE_SYSTEM_DEFAULT = 0x800u;
@@ -247,14 +246,12 @@ inline constexpr DWORD TIME_ZONE_ID_DAYLIGHT = 2;
 inline constexpr DWORD TIME_ZONE_ID_INVALID = 0xffffffffu;
 inline constexpr DWORD TIME_NOSECONDS = 2;
 
-
 // --- processes -------------------------------------------------------------------
 inline constexpr DWORD STILL_ACTIVE = 0x103u;
 inline constexpr DWORD INFINITE = 0xffffffffu;
 inline constexpr DWORD WAIT_OBJECT_0 = 0;
 inline constexpr DWORD WAIT_TIMEOUT = 0x102u;
 inline constexpr DWORD WAIT_FAILED = 0xffffffffu;
-
 
 // --- more failures --------------------------------------------------------------
 OAK_HRESULT(OLE_E_ADVISENOTSUPPORTED, 0x80040003u);

@@ -112,10 +112,3 @@ class TFakeShellItem : public TInterfacedObject<IShellItem2> {
 };
 
 }  // namespace oak::testing
-
-namespace oak {
-template <>
-struct TInterfaceAncestors<IShellItem2> {
-  using Types = TInterfaceList<IShellItem>;
-};
-}  // namespace oak

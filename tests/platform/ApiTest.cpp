@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <set>
 #include <string>
 #include <thread>
@@ -47,15 +48,30 @@ template <class TEntry, class TBody>
 TReplaced(TEntry&, TBody) -> TReplaced<TEntry>;
 
 // Functions that a supported system may lack; callers test each of them.
-const std::set<std::string> MayBeMissing = {
-    "StrFormatByteSizeEx", "SHCreateItemWithParent", "PSGetNameFromPropertyKey",
-    "PSFormatForDisplayAlloc", "PSCreatePropertyChangeArray", "PropVariantToVariant",
-    "VariantToPropVariant", "VariantCompare", "AllowDarkModeForWindow", "ShouldAppsUseDarkMode",
-    "SHGetImageList", "FileIconInit", "CDefFolderMenu_Create2", "CIDLData_CreateFromIDArray",
-    "SHDoDragDrop", "SHChangeNotification_Lock", "SHCreateDataObject", "GetProcessDpiAwareness",
-    "GetThreadDpiAwarenessContext", "GetAwarenessFromDpiAwarenessContext",
-    "AreDpiAwarenessContextsEqual", "Wow64DisableWow64FsRedirection",
-    "Wow64RevertWow64FsRedirection", "IsWow64Process"};
+const std::set<std::string> MayBeMissing = {"StrFormatByteSizeEx",
+                                            "SHCreateItemWithParent",
+                                            "PSGetNameFromPropertyKey",
+                                            "PSFormatForDisplayAlloc",
+                                            "PSCreatePropertyChangeArray",
+                                            "PropVariantToVariant",
+                                            "VariantToPropVariant",
+                                            "VariantCompare",
+                                            "AllowDarkModeForWindow",
+                                            "ShouldAppsUseDarkMode",
+                                            "SHGetImageList",
+                                            "FileIconInit",
+                                            "CDefFolderMenu_Create2",
+                                            "CIDLData_CreateFromIDArray",
+                                            "SHDoDragDrop",
+                                            "SHChangeNotification_Lock",
+                                            "SHCreateDataObject",
+                                            "GetProcessDpiAwareness",
+                                            "GetThreadDpiAwarenessContext",
+                                            "GetAwarenessFromDpiAwarenessContext",
+                                            "AreDpiAwarenessContextsEqual",
+                                            "Wow64DisableWow64FsRedirection",
+                                            "Wow64RevertWow64FsRedirection",
+                                            "IsWow64Process"};
 
 TEST(ApiTable, EveryFunctionThatCallersRelyOnIsBound) {
   std::set<std::string> missing;
@@ -74,7 +90,8 @@ TEST(ApiTable, EntriesKnowTheirNames) {
 
 TEST(ApiTable, FailedCallIsNotMadeAndAnswersAsTheFunctionWould) {
   int made = 0;
-  const TReplaced attributes(Api().GetFileAttributesW, [&](LPCWSTR) { return ++made, DWORD{0x20}; });
+  const TReplaced attributes(Api().GetFileAttributesW,
+                             [&](LPCWSTR) { return ++made, DWORD{0x20}; });
   const TReplaced find(Api().FindFirstFileW,
                        [&](LPCWSTR, WIN32_FIND_DATAW*) { return ++made, HANDLE{}; });
   const TReplaced parse(Api().SHParseDisplayName,
@@ -86,8 +103,8 @@ TEST(ApiTable, FailedCallIsNotMadeAndAnswersAsTheFunctionWould) {
   });
   const TReplaced clone(Api().ILClone,
                         [&](PCUIDLIST_RELATIVE) { return ++made, PIDLIST_RELATIVE{}; });
-  TNotingObserver observer({"GetFileAttributesW", "FindFirstFileW", "SHParseDisplayName",
-                            "RegOpenKeyExW", "ILClone"});
+  TNotingObserver observer(
+      {"GetFileAttributesW", "FindFirstFileW", "SHParseDisplayName", "RegOpenKeyExW", "ILClone"});
 
   EXPECT_EQ(Api().GetFileAttributesW(nullptr), INVALID_FILE_ATTRIBUTES);
   EXPECT_EQ(detail::GetLastErrorDirect(), DWORD{ERROR_ACCESS_DENIED});
@@ -135,11 +152,22 @@ TEST(ApiTable, DepthIsEachThreadsOwn) {
 }
 
 TEST(ApiTable, LastErrorBelongsToTheThread) {
-  detail::SetLastErrorDirect(ERROR_SHARING_VIOLATION);
-  std::thread([] { detail::SetLastErrorDirect(ERROR_FILE_NOT_FOUND); }).join();
-  EXPECT_EQ(Api().GetLastError(), DWORD{ERROR_SHARING_VIOLATION});
-  Api().SetLastError(ERROR_BUSY);
-  EXPECT_EQ(detail::GetLastErrorDirect(), DWORD{ERROR_BUSY});
+  std::atomic<bool> other{false};
+  std::atomic<bool> done{false};
+  DWORD seenByOther = 0;
+  std::thread thread([&] {
+    detail::SetLastErrorDirect(ERROR_FILE_NOT_FOUND);
+    other = true;
+    while (!done) std::this_thread::yield();
+    seenByOther = detail::GetLastErrorDirect();
+  });
+  while (!other) std::this_thread::yield();
+  Api().SetLastError(ERROR_SHARING_VIOLATION);
+  const DWORD seenHere = Api().GetLastError();
+  done = true;
+  thread.join();
+  EXPECT_EQ(seenHere, DWORD{ERROR_SHARING_VIOLATION});
+  EXPECT_EQ(seenByOther, DWORD{ERROR_FILE_NOT_FOUND});
 }
 
 }  // namespace

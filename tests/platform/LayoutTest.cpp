@@ -66,8 +66,8 @@ SIZE_OF(VARIANT, 24);
 
 namespace {
 
-// The place of a virtual method in its table, as the compilers in use here keep it in a pointer to a
-// member.
+// The place of a virtual method in its table, as the compilers in use here keep it in a pointer to
+// a member.
 template <class TMethod>
 std::ptrdiff_t SlotOf(TMethod method) {
   std::ptrdiff_t words[sizeof(TMethod) / sizeof(std::ptrdiff_t)];
@@ -82,7 +82,8 @@ struct TSlot {
   std::ptrdiff_t published;
 };
 
-#define SLOT(Interface, Method, place) {#Interface "::" #Method, SlotOf(&Interface::Method), place}
+#define SLOT(Interface, Method, place) \
+  { #Interface "::" #Method, SlotOf(&Interface::Method), place }
 
 // For each interface a method in the middle and the last one.
 const TSlot Slots[] = {

@@ -56,9 +56,9 @@ TString ExtensionOf(TStringView name) {
 
 TFileKind FileKindOf(TStringView name, bool isFolder) {
   if (isFolder) return kFolder;
-  static const TKinds kinds = MakeKinds();
-  const auto found = kinds.find(ExtensionOf(name));
-  return found == kinds.end() ? TFileKind() : *found->second;
+  static const auto* kinds = new TKinds(MakeKinds());
+  const auto found = kinds->find(ExtensionOf(name));
+  return found == kinds->end() ? TFileKind() : *found->second;
 }
 
 TString FileTypeName(TStringView name, bool isFolder) {

@@ -198,7 +198,7 @@ using TGetters =
     std::unordered_map<PROPERTYKEY, TGetter, TPropertyKeyHash, TPropertyKeyEqual>;
 
 const TGetters& Getters() {
-  static const TGetters getters{
+  static const auto* getters = new TGetters{  // used by threads that outlive static destructors
       {PKEY_Size, GetSize},
       {PKEY_FileAllocationSize, GetAllocation},
       {PKEY_DateModified, GetModified},
@@ -225,7 +225,7 @@ const TGetters& Getters() {
       {kIsRoot, GetIsRoot},
       {kIsMappedDrive, GetIsMapped},
   };
-  return getters;
+  return *getters;
 }
 
 }  // namespace

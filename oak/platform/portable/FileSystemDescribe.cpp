@@ -127,8 +127,8 @@ HRESULT TFileSystemFolder::GetOverlayIndex(PCUITEMID_CHILD element, int& index) 
 }
 
 std::span<const TFolderColumn> TFileSystemFolder::GetColumns() {
-  static const std::vector<TFolderColumn> columns = MakeColumns();
-  return columns;
+  static const auto* columns = new std::vector<TFolderColumn>(MakeColumns());
+  return *columns;
 }
 
 // --- links -----------------------------------------------------------------------

@@ -149,8 +149,8 @@ int TKnownFolderPlaces::FindFolded(TStringView path) const {
 }
 
 std::shared_ptr<const TKnownFolderPlaces> TKnownFolderPlaces::Current() {
-  static std::mutex lock;
-  static std::shared_ptr<const TKnownFolderPlaces> current;
+  static auto& lock = *new std::mutex;  // used by threads that outlive static destructors
+  static auto& current = *new std::shared_ptr<const TKnownFolderPlaces>;
   std::shared_ptr<const TPortableConfig> config = PortableConfig();
   {
     const std::lock_guard guard(lock);

@@ -1,8 +1,12 @@
+#include "oak/platform/portable/LibrariesFolder.h"
 #include "oak/platform/portable/LinkObject.h"
 #include "oak/platform/portable/PortableBinding.h"
 
 namespace oak {
 
-void BindPortableLinks(TApi&) { RegisterShellLinkClass(); }
+void BindPortableLinks(TApi&) {
+  RegisterShellLinkClass();
+  RegisterShellLibraryClass();
+}
 
 }  // namespace oak

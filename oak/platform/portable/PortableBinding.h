@@ -9,7 +9,7 @@ struct TApi;
 void BindPortableSystem(TApi& api);
 /// The namespace: desktop folder, parsing, binding, shell items.
 void BindPortableShell(TApi& api);
-/// The property system.
+/// The property system and the known folder manager.
 void BindPortableProperties(TApi& api);
 /// Links, libraries, recycle bin, searching, commands.
 void BindPortableLinks(TApi& api);

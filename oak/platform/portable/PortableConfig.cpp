@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <mutex>
 
@@ -14,6 +15,7 @@ namespace {
 struct TConfigSlot {
   std::mutex Lock;
   std::shared_ptr<const TPortableConfig> Config;
+  std::atomic<std::uint64_t> Generation{1};
 };
 
 TConfigSlot& ConfigSlot() {
@@ -92,6 +94,7 @@ bool ChangeConfig(TChange&& change) {
   auto changed = std::make_shared<TPortableConfig>(slot.Config ? *slot.Config : *present);
   if (!change(*changed)) return false;
   slot.Config = std::move(changed);
+  slot.Generation.fetch_add(1, std::memory_order_acq_rel);
   return true;
 }
 
@@ -146,6 +149,11 @@ void SetPortableConfig(std::shared_ptr<const TPortableConfig> config) {
   TConfigSlot& slot = ConfigSlot();
   const std::lock_guard lock(slot.Lock);
   slot.Config.swap(config);
+  slot.Generation.fetch_add(1, std::memory_order_acq_rel);
+}
+
+std::uint64_t PortableConfigGeneration() noexcept {
+  return ConfigSlot().Generation.load(std::memory_order_acquire);
 }
 
 void SetPortableConfig(TPortableConfig config) {

@@ -65,6 +65,10 @@ struct TPortableConfig {
 /// nil. Any thread; the snapshot stays as it is while the caller holds it.
 std::shared_ptr<const TPortableConfig> PortableConfig();
 
+/// Grows with every change of the configuration: what was found in an older
+/// generation may be out of date. Any thread, no lock.
+std::uint64_t PortableConfigGeneration() noexcept;
+
 /// Replaces the configuration for the whole process. Nil: back to the one that
 /// the environment gives. Any thread.
 void SetPortableConfig(std::shared_ptr<const TPortableConfig> config);

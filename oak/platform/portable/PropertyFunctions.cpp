@@ -5,6 +5,7 @@
 #include "oak/platform/Api.h"
 #include "oak/platform/portable/PortableBinding.h"
 #include "oak/platform/portable/PortableCall.h"
+#include "oak/platform/portable/PortableKnownFolders.h"
 #include "oak/platform/portable/PropertySystem.h"
 #include "oak/platform/portable/ShellFolder.h"
 
@@ -185,6 +186,7 @@ void BindPortableProperties(TApi& api) {
   BIND(VariantToPropVariant);
   BIND(VariantCompare);
   BIND(VariantChangeType);
+  RegisterKnownFolderManager();
 }
 #undef BIND
 

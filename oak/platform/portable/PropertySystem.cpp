@@ -13,22 +13,23 @@ namespace {
 using TByKey = std::unordered_map<PROPERTYKEY, const TPropertyInfo*, TPropertyKeyHash, TPropertyKeyEqual>;
 using TByName = std::unordered_map<TString, const TPropertyInfo*>;  // upper-cased names
 
+// Tables of threads that may outlive static destructors are never freed.
 const TByKey& PropertiesByKey() {
-  static const TByKey map = [] {
-    TByKey made;
-    for (const TPropertyInfo& info : PropertyTable()) made.emplace(info.Key, &info);
+  static const auto* map = [] {
+    auto* made = new TByKey;
+    for (const TPropertyInfo& info : PropertyTable()) made->emplace(info.Key, &info);
     return made;
   }();
-  return map;
+  return *map;
 }
 
 const TByName& PropertiesByName() {
-  static const TByName map = [] {
-    TByName made;
-    for (const TPropertyInfo& info : PropertyTable()) made.emplace(UpperCase(info.Name), &info);
+  static const auto* map = [] {
+    auto* made = new TByName;
+    for (const TPropertyInfo& info : PropertyTable()) made->emplace(UpperCase(info.Name), &info);
     return made;
   }();
-  return map;
+  return *map;
 }
 
 HRESULT GiveText(TStringView text, LPWSTR* out) {
@@ -344,7 +345,7 @@ HRESULT MakePropertyDescription(const TPropertyInfo* info, REFIID iid, void** de
 HRESULT GetPortablePropertySystem(REFIID iid, void** system) {
   if (!system) return E_POINTER;
   *system = nullptr;
-  static const Ref<TPropertySystem> shared = MakeRef<TPropertySystem>();
+  static TPropertySystem* const shared = new TPropertySystem;  // lives as long as the process
   return shared->QueryInterface(iid, system);
 }
 

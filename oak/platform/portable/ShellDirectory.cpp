@@ -26,17 +26,20 @@ class TEmptySource : public TFolderSource {
 Ref<IFolderSource> MakeEmptySource(GUID classId) { return MakeRef<TEmptySource>(classId); }
 
 Ref<IFolderSource> TDirectorySource::Inner(bool ask) {
-  std::shared_ptr<const TPortableConfig> config = PortableConfig();
+  const std::uint64_t config = PortableConfigGeneration();
   {
     const std::lock_guard lock(fLock);
     if (fInner && !ask && fConfig == config) return fInner;
   }
   TString path = fPlace();
+  Ref<IFolderSource> former;  // released without the lock
   const std::lock_guard lock(fLock);
-  if (!fInner || path != fPath)
+  if (!fInner || path != fPath || fConfig != config) {
+    former = fInner;
     fInner = path.empty() ? MakeEmptySource(fClassId) : MakeFileSystemFolder(path);
+  }
   fPath = std::move(path);
-  fConfig = std::move(config);
+  fConfig = config;
   return fInner;
 }
 

@@ -2,14 +2,11 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <mutex>
 
 #include "oak/platform/portable/PortableShell.h"
 
 namespace oak {
-
-struct TPortableConfig;
 
 /// Passes everything on to the file-system source of the directory that `place`
 /// names now; an empty place has no objects. Listing, parsing and creating ask for
@@ -49,7 +46,7 @@ class TDirectorySource : public TFolderSource {
   const TPlace fPlace;
   const GUID fClassId;
   std::mutex fLock;
-  std::shared_ptr<const TPortableConfig> fConfig;
+  std::uint64_t fConfig = 0;
   TString fPath;
   Ref<IFolderSource> fInner;
 };

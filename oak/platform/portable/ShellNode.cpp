@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "oak/platform/portable/PortableConfig.h"
 #include "oak/platform/portable/ShellMounts.h"
 #include "oak/platform/portable/ShellPidl.h"
 
@@ -12,17 +13,19 @@ namespace {
 // The folders that this thread bound last. Saves the walk from the desktop for
 // every object of a listing without a lock.
 struct TNodeCache {
-  std::uint64_t Generation = 0;
+  std::uint64_t Mounts = 0;  // generations that the nodes belong to
+  std::uint64_t Config = 0;
   std::array<Ref<TFolderNode>, 8> Nodes;
   unsigned Next = 0;
 };
 thread_local TNodeCache tCache;
 
 TNodeCache& Cache() {
-  const std::uint64_t generation = MountGeneration();
-  if (tCache.Generation != generation) {
+  const std::uint64_t mounts = MountGeneration(), config = PortableConfigGeneration();
+  if (tCache.Mounts != mounts || tCache.Config != config) {
     tCache = {};
-    tCache.Generation = generation;
+    tCache.Mounts = mounts;
+    tCache.Config = config;
   }
   return tCache;
 }

@@ -6,10 +6,6 @@
 
 namespace oak {
 
-// Not in every build of the portable shell.
-[[gnu::weak]] void MountRecycleBin();
-[[gnu::weak]] void MountLibraries();
-
 namespace {
 
 constexpr DWORD kVirtual = SFGAO_FOLDER | SFGAO_HASSUBFOLDER | SFGAO_CANLINK;
@@ -72,8 +68,8 @@ void MountStandardFolders() {
   control.InfoTip = u"The settings of this computer";
   MountFolder(std::move(control));
 
-  if (MountLibraries) MountLibraries();
-  if (MountRecycleBin) MountRecycleBin();
+  MountLibraries();
+  MountRecycleBin();
 }
 
 }  // namespace oak

@@ -36,7 +36,7 @@ void BindPortableSystem(TApi& api) {
   BindSystemModules(api);
   BindSystemMemory(api);
   BindSystemCom(api);
-  BindSystemDisplay(api);
+  BindSystemDesktop(api);
 }
 
 }  // namespace oak

@@ -23,7 +23,7 @@ void BindSystemRegistry(TApi& api);
 void BindSystemModules(TApi& api);
 void BindSystemMemory(TApi& api);
 void BindSystemCom(TApi& api);
-void BindSystemDisplay(TApi& api);
+void BindSystemDesktop(TApi& api);
 
 /// Copies a text with its end into a caller's buffer. False, with nothing
 /// written, if the buffer is nil or too small.

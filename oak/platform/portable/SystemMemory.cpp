@@ -1,0 +1,223 @@
+// Memory with handles, dropped files, and the clipboard of the process.
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+#include <vector>
+
+#include "oak/platform/portable/PortableMemory.h"
+#include "oak/platform/portable/SystemBinding.h"
+#include "oak/platform/portable/SystemHandles.h"
+
+namespace oak {
+namespace {
+
+struct TBlock : TSystemObject {
+  explicit TBlock(SIZE_T count) : Bytes(count), Size(count) {
+    if (count == 0) Bytes.resize(1);  // an empty block has an address, too
+  }
+  std::vector<BYTE> Bytes;
+  SIZE_T Size;
+};
+
+std::shared_ptr<TBlock> BlockOf(HANDLE handle) {
+  return TSystemHandles::Instance().Find<TBlock>(handle);
+}
+
+LPVOID STDAPICALLTYPE GlobalLock(HGLOBAL handle) {
+  return SystemCall<LPVOID>(nullptr, [&]() -> LPVOID {
+    const auto block = BlockOf(handle);
+    return block ? block->Bytes.data() : FailWith<BYTE*>(ERROR_INVALID_HANDLE, nullptr);
+  });
+}
+
+// Blocks never move, so there is nothing to count.
+BOOL STDAPICALLTYPE GlobalUnlock(HGLOBAL handle) {
+  return SystemCall<BOOL>(FALSE, [&] {
+    return FailWith(BlockOf(handle) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE, FALSE);
+  });
+}
+
+SIZE_T STDAPICALLTYPE GlobalSize(HGLOBAL handle) {
+  return SystemCall<SIZE_T>(0, [&] {
+    const auto block = BlockOf(handle);
+    return block ? block->Size : FailWith<SIZE_T>(ERROR_INVALID_HANDLE, 0);
+  });
+}
+
+void STDAPICALLTYPE ReleaseStgMedium(STGMEDIUM* medium) {
+  if (!medium) return;
+  IUnknown* owner = medium->pUnkForRelease;
+  const bool isFile = medium->tymed == TYMED_FILE;
+  if (medium->tymed == TYMED_ISTREAM && medium->pstm) {
+    medium->pstm->Release();
+  } else if (medium->tymed == TYMED_ISTORAGE && medium->pstg) {
+    reinterpret_cast<IUnknown*>(medium->pstg)->Release();
+  } else if (!owner && medium->tymed == TYMED_HGLOBAL) {
+    PortableGlobalFree(medium->hGlobal);
+  }
+  if (isFile) CoTaskMemFree(medium->lpszFileName);
+  *medium = STGMEDIUM{};
+  if (owner) owner->Release();  // it owns the block
+}
+
+// --- dropped files -----------------------------------------------------------
+
+// The names of a CF_HDROP block. A block that ends too early gives those that
+// are whole.
+TStringArray DroppedFiles(const TBlock& block) {
+  TStringArray names;
+  DROPFILES header;
+  if (block.Size < sizeof header) return names;
+  std::memcpy(&header, block.Bytes.data(), sizeof header);
+  const std::size_t unit = header.fWide ? sizeof(char16_t) : 1;
+  std::size_t at = header.pFiles;
+  TString wide;
+  std::string narrow;
+  for (; at <= block.Size && block.Size - at >= unit; at += unit) {
+    char16_t c = block.Bytes[at];
+    if (header.fWide) std::memcpy(&c, &block.Bytes[at], sizeof c);
+    if (c != 0) {
+      header.fWide ? wide.push_back(c) : narrow.push_back(static_cast<char>(c));
+      continue;
+    }
+    if (wide.empty() && narrow.empty()) break;
+    names.push_back(header.fWide ? wide : FromUtf8(narrow));
+    wide.clear();
+    narrow.clear();
+  }
+  return names;
+}
+
+// Index -1 asks for the number of files; without a buffer for a name's length.
+UINT STDAPICALLTYPE DragQueryFileW(HDROP drop, UINT index, LPWSTR buffer, UINT capacity) {
+  return SystemCall<UINT>(0, [&]() -> UINT {
+    const auto block = BlockOf(drop);
+    if (!block) return FailWith<UINT>(ERROR_INVALID_HANDLE, 0);
+    const TStringArray names = DroppedFiles(*block);
+    if (index == 0xFFFFFFFFu) return static_cast<UINT>(names.size());
+    if (index >= names.size()) return 0;
+    const TStringView name = names[index];
+    if (!buffer) return static_cast<UINT>(name.size());
+    if (capacity == 0) return 0;
+    const std::size_t length = std::min<std::size_t>(name.size(), capacity - 1);
+    CopyText(name.substr(0, length), buffer, capacity);
+    return static_cast<UINT>(length);
+  });
+}
+
+// --- clipboard ---------------------------------------------------------------
+
+constexpr UINT FirstRegisteredFormat = 0xC000;
+constexpr std::size_t MostFormats = 0x4000;
+
+struct TClipboard {
+  std::mutex Lock;
+  Ref<IDataObject> Data;
+  TStringArray Formats;  // registered, from FirstRegisteredFormat on
+};
+
+TClipboard& Clipboard() {
+  static auto* clipboard = new TClipboard;  // holds objects that static destructors may use
+  return *clipboard;
+}
+
+UINT STDAPICALLTYPE RegisterClipboardFormatW(LPCWSTR name) {
+  return SystemCall<UINT>(0, [&]() -> UINT {
+    const TStringView text = ViewOf(name);
+    if (text.empty() || text.size() > 255) return FailWith<UINT>(ERROR_INVALID_NAME, 0);
+    TClipboard& clipboard = Clipboard();
+    const std::lock_guard lock(clipboard.Lock);
+    const auto found = std::find_if(clipboard.Formats.begin(), clipboard.Formats.end(),
+                                    [&](const TString& other) { return SameText(other, text); });
+    const auto index = static_cast<std::size_t>(found - clipboard.Formats.begin());
+    if (index >= MostFormats) return FailWith<UINT>(ERROR_NOT_ENOUGH_MEMORY, 0);
+    if (found == clipboard.Formats.end()) clipboard.Formats.emplace_back(text);
+    return FirstRegisteredFormat + static_cast<UINT>(index);
+  });
+}
+
+BOOL STDAPICALLTYPE IsClipboardFormatAvailable(UINT format) {
+  const Ref<IDataObject> data = PortableClipboard();
+  if (!data || format > 0xFFFF) return FALSE;
+  FORMATETC wanted{};
+  wanted.cfFormat = static_cast<CLIPFORMAT>(format);
+  wanted.dwAspect = 1;  // DVASPECT_CONTENT
+  wanted.lindex = -1;
+  wanted.tymed = TYMED_HGLOBAL | TYMED_ISTREAM | TYMED_FILE;
+  return data->QueryGetData(&wanted) == S_OK ? TRUE : FALSE;
+}
+
+HRESULT STDAPICALLTYPE OleGetClipboard(IDataObject** data) {
+  if (!data) return E_INVALIDARG;
+  *data = PortableClipboard().Detach();
+  return *data ? S_OK : static_cast<HRESULT>(0x800401D3u);  // CLIPBRD_E_BAD_DATA
+}
+
+}  // namespace
+
+// --- PortableMemory.h --------------------------------------------------------
+
+HGLOBAL PortableGlobalAlloc(SIZE_T bytes) noexcept {
+  return SystemCall<HGLOBAL>(nullptr, [&] {
+    return TSystemHandles::Instance().Add(std::make_shared<TBlock>(bytes));
+  });
+}
+
+void PortableGlobalFree(HGLOBAL block) noexcept {
+  SystemCall<bool>(false, [&] { return TSystemHandles::Instance().Close<TBlock>(block); });
+}
+
+HGLOBAL PortableGlobalCopy(const void* bytes, SIZE_T count) noexcept {
+  const HGLOBAL block = PortableGlobalAlloc(count);
+  if (block && count > 0) std::memcpy(GlobalLock(block), bytes, count);
+  return block;
+}
+
+HGLOBAL PortableDropFiles(const TStringArray& paths) {
+  DROPFILES header{};
+  header.pFiles = sizeof header;
+  header.fWide = TRUE;
+  TString names;
+  for (const TString& path : paths) (names += path) += u'\0';
+  names += u'\0';
+  std::vector<BYTE> bytes(sizeof header + names.size() * sizeof(char16_t));
+  std::memcpy(bytes.data(), &header, sizeof header);
+  std::memcpy(bytes.data() + sizeof header, names.data(), names.size() * sizeof(char16_t));
+  return PortableGlobalCopy(bytes.data(), bytes.size());
+}
+
+void SetPortableClipboard(Ref<IDataObject> data) {
+  TClipboard& clipboard = Clipboard();
+  const std::lock_guard lock(clipboard.Lock);
+  clipboard.Data.Swap(data);
+}
+
+Ref<IDataObject> PortableClipboard() {
+  TClipboard& clipboard = Clipboard();
+  const std::lock_guard lock(clipboard.Lock);
+  return clipboard.Data;
+}
+
+TString PortableClipboardFormatName(UINT format) {
+  TClipboard& clipboard = Clipboard();
+  const std::lock_guard lock(clipboard.Lock);
+  const std::size_t index = format - FirstRegisteredFormat;
+  return format >= FirstRegisteredFormat && index < clipboard.Formats.size()
+             ? clipboard.Formats[index]
+             : TString();
+}
+
+#define BIND(Name) api.Name.SetFunction(&Name)
+void BindSystemMemory(TApi& api) {
+  BIND(GlobalLock);
+  BIND(GlobalUnlock);
+  BIND(GlobalSize);
+  BIND(ReleaseStgMedium);
+  BIND(DragQueryFileW);
+  BIND(RegisterClipboardFormatW);
+  BIND(IsClipboardFormatAvailable);
+  BIND(OleGetClipboard);
+}
+#undef BIND
+
+}  // namespace oak

@@ -1,0 +1,277 @@
+// Find functions, attributes, and operations on real files.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <set>
+
+#include "oak/base/DateTime.h"
+#include "oak/platform/portable/SystemFiles.h"
+#include "tests/platform/portable/SystemTest.h"
+
+namespace oak::test {
+namespace {
+
+using SystemFiles = TSystemTest;
+
+std::set<TString> Found(TStringView pattern) {
+  std::set<TString> names;
+  WIN32_FIND_DATAW data{};
+  const HANDLE find = Api().FindFirstFileW(W(TString(pattern)), &data);
+  if (find == INVALID_HANDLE_VALUE) return names;
+  do {
+    names.insert(FromW(data.cFileName));
+  } while (Api().FindNextFileW(find, &data));
+  EXPECT_EQ(Api().GetLastError(), ERROR_NO_MORE_FILES);
+  EXPECT_TRUE(Api().FindClose(find));
+  return names;
+}
+
+TEST_F(SystemFiles, FindByWildcard) {
+  MakeDirectory("d/sub");
+  for (const char* name : {"a.txt", "B.TXT", "ab.txt", "noext", "x.tar.gz", ".hidden"})
+    WriteFile(std::string("d/") + name);
+  using TNames = std::set<TString>;
+  struct {
+    TStringView Pattern;
+    TNames Names;
+  } const cases[] = {
+      {u"T:\\d\\*.txt", {u"a.txt", u"B.TXT", u"ab.txt"}},
+      {u"T:\\D\\?.TXT", {u"a.txt", u"B.TXT"}},
+      {u"T:\\d\\??.txt", {u"a.txt", u"B.TXT", u"ab.txt"}},  // "?" before a dot may be nothing
+      {u"T:\\d\\*.", {u"noext", u"sub"}},
+      {u"T:\\d\\*.gz", {u"x.tar.gz"}},
+      {u"T:\\d\\x.*", {u"x.tar.gz"}},
+      {u"T:\\d\\noext.*", {u"noext"}},
+      {u"T:\\d\\*.*",
+       {u".", u"..", u"a.txt", u"B.TXT", u"ab.txt", u"noext", u"x.tar.gz", u".hidden", u"sub"}},
+      {u"T:\\*", {u"d"}},  // no "." and ".." in the root of a drive
+      {u"T:\\d\\*zzz", {}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Found(c.Pattern), c.Names) << Show(c.Pattern);
+}
+
+TEST_F(SystemFiles, FindPatternIsNotSlow) {
+  const TString name(200, u'a');
+  TString pattern;
+  for (int i = 0; i < 100; ++i) pattern += u"*a";
+  EXPECT_TRUE(MatchesFindPattern(name, pattern));
+  EXPECT_FALSE(MatchesFindPattern(name, pattern + u"b"));
+}
+
+TEST_F(SystemFiles, FindOneGivesTheSpellingOnDisk) {
+  WriteFile("Report.Doc", std::string(70000, 'x'));
+  WIN32_FIND_DATAW data{};
+  const HANDLE find = Api().FindFirstFileW(W(u"T:\\REPORT.DOC"), &data);
+  ASSERT_NE(find, INVALID_HANDLE_VALUE);
+  EXPECT_EQ(FromW(data.cFileName), u"Report.Doc");
+  EXPECT_EQ(data.nFileSizeLow, 70000u);
+  EXPECT_EQ(ErrorAfter([&] { Api().FindNextFileW(find, &data); }), ERROR_NO_MORE_FILES);
+  EXPECT_TRUE(Api().FindClose(find));
+  EXPECT_EQ(ErrorAfter([&] { Api().FindClose(find); }), ERROR_INVALID_HANDLE);
+  EXPECT_EQ(ErrorAfter([&] { Api().FindNextFileW(find, &data); }), ERROR_INVALID_HANDLE);
+}
+
+TEST_F(SystemFiles, LookUpErrors) {
+  WriteFile("file");
+  MakeDirectory("dir");
+  MapDrive(u'E', Root() + "/absent", TPortableDriveKind::CdRom);
+  struct {
+    LPCWSTR Path;
+    DWORD Find;
+    DWORD Attributes;
+  } const cases[] = {
+      {nullptr, ERROR_PATH_NOT_FOUND, ERROR_PATH_NOT_FOUND},
+      {u"", ERROR_PATH_NOT_FOUND, ERROR_PATH_NOT_FOUND},
+      {u"T:\\missing", ERROR_FILE_NOT_FOUND, ERROR_FILE_NOT_FOUND},
+      {u"T:\\missing\\x", ERROR_PATH_NOT_FOUND, ERROR_PATH_NOT_FOUND},
+      {u"T:\\file\\x", ERROR_PATH_NOT_FOUND, ERROR_PATH_NOT_FOUND},
+      {u"T:\\dir\\", ERROR_FILE_NOT_FOUND, ERROR_SUCCESS},
+      {u"T:\\file\\", ERROR_FILE_NOT_FOUND, ERROR_INVALID_NAME},
+      {u"T:\\missing\\*", ERROR_PATH_NOT_FOUND, ERROR_INVALID_NAME},
+      {u"T:\\file\\*", ERROR_DIRECTORY, ERROR_INVALID_NAME},
+      {u"T:\\d*\\x*", ERROR_INVALID_NAME, ERROR_INVALID_NAME},
+      {u"T:\\a<b", ERROR_INVALID_NAME, ERROR_INVALID_NAME},
+      {u"Q:\\x", ERROR_PATH_NOT_FOUND, ERROR_PATH_NOT_FOUND},
+      {u"E:\\x", ERROR_NOT_READY, ERROR_NOT_READY},
+      {u"\\\\nowhere\\share\\x", ERROR_BAD_NETPATH, ERROR_BAD_NETPATH},
+  };
+  for (const auto& c : cases) {
+    WIN32_FIND_DATAW data{};
+    EXPECT_EQ(ErrorAfter([&] { Api().FindFirstFileW(c.Path, &data); }), c.Find) << Show(FromW(c.Path));
+    EXPECT_EQ(ErrorAfter([&] { Api().GetFileAttributesW(c.Path); }), c.Attributes)
+        << Show(FromW(c.Path));
+  }
+  EXPECT_EQ(ErrorAfter([] { Api().FindFirstFileW(W(u"T:\\*"), nullptr); }), ERROR_INVALID_PARAMETER);
+  WIN32_FIND_DATAW data{};
+  EXPECT_EQ(ErrorAfter([&] { Api().FindNextFileW(INVALID_HANDLE_VALUE, &data); }),
+            ERROR_INVALID_HANDLE);
+}
+
+TEST_F(SystemFiles, Attributes) {
+  WriteFile("plain");
+  WriteFile(".dot");
+  WriteFile("locked");
+  chmod(Native("locked").c_str(), 0444);
+  MakeDirectory("dir");
+  MakeDirectory(".git");
+  symlink("plain", Native("link").c_str());
+  symlink("dir", Native("dirlink").c_str());
+  symlink("nowhere", Native("dangling").c_str());
+  mkfifo(Native("pipe").c_str(), 0600);
+  struct {
+    LPCWSTR Path;
+    DWORD Attributes;
+  } const cases[] = {
+      {u"T:\\plain", FILE_ATTRIBUTE_ARCHIVE},
+      {u"T:\\.dot", FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN},
+      {u"T:\\locked", FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_READONLY},
+      {u"T:\\dir", FILE_ATTRIBUTE_DIRECTORY},
+      {u"T:\\.git", FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_HIDDEN},
+      {u"T:\\link", FILE_ATTRIBUTE_REPARSE_POINT},
+      {u"T:\\dirlink", FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY},
+      {u"T:\\dangling", FILE_ATTRIBUTE_REPARSE_POINT},
+      {u"T:\\pipe", FILE_ATTRIBUTE_SYSTEM},
+      {u"T:\\", FILE_ATTRIBUTE_DIRECTORY},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(Api().GetFileAttributesW(c.Path), c.Attributes) << Show(FromW(c.Path));
+
+  EXPECT_TRUE(Api().SetFileAttributesW(W(u"T:\\plain"), FILE_ATTRIBUTE_READONLY));
+  EXPECT_TRUE(Api().GetFileAttributesW(W(u"T:\\plain")) & FILE_ATTRIBUTE_READONLY);
+  EXPECT_EQ(ErrorAfter([] { Api().DeleteFileW(W(u"T:\\plain")); }), ERROR_ACCESS_DENIED);
+  EXPECT_TRUE(Api().SetFileAttributesW(W(u"T:\\plain"), FILE_ATTRIBUTE_NORMAL));
+  EXPECT_TRUE(Api().DeleteFileW(W(u"T:\\plain")));
+}
+
+TEST_F(SystemFiles, SizesAndTimes) {
+  WriteFile("f", "12345");
+  const timespec times[2] = {{1000000000, 0}, {1234567890, 123456700}};
+  utimensat(AT_FDCWD, Native("f").c_str(), times, 0);
+  WIN32_FILE_ATTRIBUTE_DATA data{};
+  ASSERT_TRUE(Api().GetFileAttributesExW(W(u"T:\\f"), GetFileExInfoStandard, &data));
+  EXPECT_EQ(data.nFileSizeLow, 5u);
+  EXPECT_EQ(FileTimeToTicks(data.ftLastWriteTime), 128790414901234567u);
+  EXPECT_EQ(FileTimeToTicks(data.ftLastAccessTime), 126444736000000000u);
+  EXPECT_NE(FileTimeToTicks(data.ftCreationTime), 0u);
+  EXPECT_FALSE(Api().GetFileAttributesExW(W(u"T:\\f"), GetFileExMaxInfoLevel, &data));
+  EXPECT_FALSE(Api().GetFileAttributesExW(W(u"T:\\f"), GetFileExInfoStandard, nullptr));
+}
+
+TEST(SystemFileTimes, ExtremesAreCut) {
+  EXPECT_EQ(FileTimeToTicks(FileTimeFromNative(-20000000000, 0)), 0u);
+  EXPECT_GT(FileTimeToTicks(FileTimeFromNative(INT64_MAX, 999999999)), 0x7FFFFFF000000000u);
+  std::int64_t seconds = 0;
+  std::uint32_t nanoseconds = 0;
+  FileTimeToNative(FileTimeFromNative(-1, 999999900), seconds, nanoseconds);
+  EXPECT_EQ(seconds, -1);
+  EXPECT_EQ(nanoseconds, 999999900u);
+}
+
+TEST_F(SystemFiles, Directories) {
+  EXPECT_TRUE(Api().CreateDirectoryW(W(u"T:\\New"), nullptr));
+  EXPECT_EQ(ErrorAfter([] { Api().CreateDirectoryW(W(u"T:\\NEW"), nullptr); }), ERROR_ALREADY_EXISTS);
+  EXPECT_EQ(ErrorAfter([] { Api().CreateDirectoryW(W(u"T:\\no\\x"), nullptr); }),
+            ERROR_PATH_NOT_FOUND);
+  EXPECT_EQ(ErrorAfter([] { Api().CreateDirectoryW(nullptr, nullptr); }), ERROR_PATH_NOT_FOUND);
+  WriteFile("New/f");
+  EXPECT_EQ(ErrorAfter([] { Api().RemoveDirectoryW(W(u"T:\\new")); }), ERROR_DIR_NOT_EMPTY);
+  EXPECT_EQ(ErrorAfter([] { Api().RemoveDirectoryW(W(u"T:\\new\\f")); }), ERROR_DIRECTORY);
+  EXPECT_EQ(ErrorAfter([] { Api().DeleteFileW(W(u"T:\\new")); }), ERROR_ACCESS_DENIED);
+  symlink("New", Native("link").c_str());
+  EXPECT_TRUE(Api().RemoveDirectoryW(W(u"T:\\link")));
+  EXPECT_EQ(ReadAll("New/f"), "x");  // what the link led to is still there
+  EXPECT_TRUE(Api().DeleteFileW(W(u"T:\\new\\F")));
+  EXPECT_TRUE(Api().RemoveDirectoryW(W(u"T:\\new")));
+}
+
+TEST_F(SystemFiles, MovesNeverReplaceUnasked) {
+  WriteFile("a", "A");
+  WriteFile("b", "B");
+  MakeDirectory("dir/inner");
+  MakeDirectory("empty");
+  const auto move = [](LPCWSTR from, LPCWSTR to, DWORD flags) {
+    return ErrorAfter([=] { Api().MoveFileExW(from, to, flags); });
+  };
+  EXPECT_EQ(move(u"T:\\a", u"T:\\b", 0), ERROR_ALREADY_EXISTS);
+  EXPECT_EQ(move(u"T:\\a", u"T:\\B", 0), ERROR_ALREADY_EXISTS);  // the same file in this system
+  EXPECT_EQ(ReadAll("b"), "B");
+  EXPECT_EQ(move(u"T:\\dir", u"T:\\empty", 0), ERROR_ALREADY_EXISTS);
+  EXPECT_EQ(move(u"T:\\dir", u"T:\\empty", MOVEFILE_REPLACE_EXISTING), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(move(u"T:\\a", u"T:\\empty", MOVEFILE_REPLACE_EXISTING), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(move(u"T:\\dir", u"T:\\dir\\inner\\x", 0), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(move(u"T:\\none", u"T:\\x", 0), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(move(u"T:\\a", u"T:\\none\\x", 0), ERROR_PATH_NOT_FOUND);
+  EXPECT_EQ(move(u"T:\\a", u"T:\\x?", 0), ERROR_INVALID_NAME);
+  EXPECT_EQ(move(u"T:\\a", nullptr, 0), ERROR_NOT_SUPPORTED);
+  EXPECT_EQ(ReadAll("a"), "A");
+
+  EXPECT_EQ(move(u"T:\\a", u"T:\\b", MOVEFILE_REPLACE_EXISTING), ERROR_SUCCESS);
+  EXPECT_EQ(ReadAll("b"), "A");
+  EXPECT_EQ(move(u"T:\\b", u"T:\\B", 0), ERROR_SUCCESS);  // case alone
+  EXPECT_EQ(Found(u"T:\\b"), std::set<TString>{u"B"});
+  EXPECT_EQ(move(u"T:\\dir", u"T:\\Dir", 0), ERROR_SUCCESS);
+  EXPECT_EQ(Found(u"T:\\dir"), std::set<TString>{u"Dir"});
+}
+
+TEST_F(SystemFiles, Copies) {
+  WriteFile("from", std::string(300000, 'q'));
+  chmod(Native("from").c_str(), 0640);
+  WriteFile("there", "old");
+  EXPECT_TRUE(Api().CopyFileW(W(u"T:\\FROM"), W(u"T:\\to"), TRUE));
+  EXPECT_EQ(ReadAll("to"), std::string(300000, 'q'));
+  EXPECT_EQ(ErrorAfter([] { Api().CopyFileW(W(u"T:\\from"), W(u"T:\\there"), TRUE); }),
+            ERROR_FILE_EXISTS);
+  EXPECT_EQ(ReadAll("there"), "old");
+  EXPECT_TRUE(Api().CopyFileW(W(u"T:\\from"), W(u"T:\\THERE"), FALSE));
+  EXPECT_EQ(ReadAll("there").size(), 300000u);
+  EXPECT_FALSE(Api().CopyFileW(W(u"T:\\from"), W(u"T:\\from"), FALSE));
+  EXPECT_FALSE(Api().CopyFileW(W(u"T:\\from"), nullptr, FALSE));
+  EXPECT_EQ(Found(u"T:\\*"), (std::set<TString>{u"from", u"there", u"to"}));  // nothing left over
+}
+
+TEST_F(SystemFiles, OpenFiles) {
+  const auto open = [](LPCWSTR path, DWORD access, DWORD disposition, DWORD flags = 0) {
+    return Api().CreateFileW(path, access, 0, nullptr, disposition, flags, nullptr);
+  };
+  HANDLE file = open(u"T:\\f", GENERIC_WRITE, CREATE_NEW);
+  ASSERT_NE(file, INVALID_HANDLE_VALUE);
+  DWORD count = 0;
+  EXPECT_TRUE(Api().WriteFile(file, "hello", 5, &count, nullptr));
+  EXPECT_EQ(count, 5u);
+  EXPECT_FALSE(Api().WriteFile(file, nullptr, 5, &count, nullptr));
+  EXPECT_TRUE(Api().CloseHandle(file));
+  EXPECT_FALSE(Api().CloseHandle(file));
+  EXPECT_EQ(ErrorAfter([&] { open(u"T:\\F", GENERIC_WRITE, CREATE_NEW); }), ERROR_FILE_EXISTS);
+  file = open(u"T:\\F", GENERIC_READ, OPEN_EXISTING);
+  char buffer[16] = {};
+  EXPECT_TRUE(Api().ReadFile(file, buffer, sizeof buffer, &count, nullptr));
+  EXPECT_EQ(std::string(buffer, count), "hello");
+  EXPECT_TRUE(Api().ReadFile(file, buffer, sizeof buffer, &count, nullptr));
+  EXPECT_EQ(count, 0u);
+  EXPECT_FALSE(Api().WriteFile(file, "x", 1, &count, nullptr));
+  EXPECT_FALSE(Api().FindClose(file));  // a handle of another kind
+  Api().CloseHandle(file);
+  EXPECT_EQ(ErrorAfter([&] { open(u"T:\\none", GENERIC_READ, OPEN_EXISTING); }), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(ErrorAfter([&] { open(u"T:\\", GENERIC_READ, OPEN_EXISTING); }), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(ErrorAfter([&] { open(u"T:\\f", GENERIC_READ, 99); }), ERROR_INVALID_PARAMETER);
+  file = open(u"T:\\", 0, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+  EXPECT_TRUE(Api().CloseHandle(file));
+  EXPECT_FALSE(Api().ReadFile(nullptr, buffer, 1, &count, nullptr));
+}
+
+TEST_F(SystemFiles, TemporaryNames) {
+  TString name(MAX_PATH, u'\0');
+  const UINT number = Api().GetTempFileNameW(W(u"T:\\"), W(u"prefix"), 0, WBuffer(name));
+  ASSERT_NE(number, 0u);
+  EXPECT_TRUE(StartsWith(name, u"T:\\pre"));
+  EXPECT_EQ(Api().GetFileAttributesW(W(name)), FILE_ATTRIBUTE_ARCHIVE);  // made already
+  EXPECT_EQ(Api().GetTempFileNameW(W(u"T:"), nullptr, 0xAB, WBuffer(name)), 0xABu);
+  EXPECT_EQ(FromW(W(name)), u"T:\\AB.tmp");
+  EXPECT_EQ(Api().GetTempFileNameW(W(u"T:\\none"), nullptr, 0, WBuffer(name)), 0u);
+  EXPECT_EQ(Api().GetTempFileNameW(nullptr, nullptr, 0, WBuffer(name)), 0u);
+}
+
+}  // namespace
+}  // namespace oak::test
