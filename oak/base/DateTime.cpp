@@ -107,12 +107,23 @@ bool AppendPart(TString& text, char16_t letter, std::size_t run, const TDatePart
   }
   if (run > 2) return false;
   switch (letter) {
-    case u'm': AppendNumber(text, date.month, run); return true;
-    case u'd': AppendNumber(text, date.day, run); return true;
-    case u'h': AppendNumber(text, time.hour, run); return true;
-    case u'n': AppendNumber(text, time.minute, run); return true;
-    case u's': AppendNumber(text, time.second, run); return true;
-    default: return false;
+    case u'm':
+      AppendNumber(text, date.month, run);
+      return true;
+    case u'd':
+      AppendNumber(text, date.day, run);
+      return true;
+    case u'h':
+      AppendNumber(text, time.hour, run);
+      return true;
+    case u'n':
+      AppendNumber(text, time.minute, run);
+      return true;
+    case u's':
+      AppendNumber(text, time.second, run);
+      return true;
+    default:
+      return false;
   }
 }
 }  // namespace
@@ -135,7 +146,8 @@ bool TryEncodeDate(int year, int month, int day, TDateTime& date) noexcept {
 
 TDateTime EncodeDate(int year, int month, int day) {
   TDateTime date;
-  if (!TryEncodeDate(year, month, day, date)) throw EConvertError(u"Invalid argument to date encode");
+  if (!TryEncodeDate(year, month, day, date))
+    throw EConvertError(u"Invalid argument to date encode");
   return date;
 }
 
@@ -207,8 +219,8 @@ FILETIME UnixToFileTime(std::int64_t seconds, std::int64_t nanoseconds) noexcept
   // Beyond this the highest bit would be set, which no function of the platform takes.
   constexpr std::int64_t kMaxSeconds = INT64_MAX / FileTimeTicksPerSecond - 1;
   if (seconds < kFileTimeEpochUnix) return {};
-  const std::int64_t since = std::min(seconds, kMaxSeconds + kFileTimeEpochUnix) -
-                             kFileTimeEpochUnix;
+  const std::int64_t since =
+      std::min(seconds, kMaxSeconds + kFileTimeEpochUnix) - kFileTimeEpochUnix;
   return TicksToFileTime(
       static_cast<std::uint64_t>(since * FileTimeTicksPerSecond + nanoseconds / 100));
 }

@@ -21,7 +21,7 @@ struct TTimeParts {
   int hour, minute, second, millisecond;
 };
 
-inline constexpr TDateTime UnixEpochDate = 25569.0;      ///< 1970-01-01
+inline constexpr TDateTime UnixEpochDate = 25569.0;        ///< 1970-01-01
 inline constexpr TDateTime FileTimeEpochDate = -109205.0;  ///< 1601-01-01
 inline constexpr std::int64_t FileTimeTicksPerSecond = 10'000'000;
 inline constexpr std::int64_t FileTimeTicksPerDay = 86400 * FileTimeTicksPerSecond;
@@ -104,7 +104,9 @@ LONG ZoneBiasAtLocal(const TIME_ZONE_INFORMATION& zone, const FILETIME& local) n
 FILETIME UtcToZone(const TIME_ZONE_INFORMATION& zone, const FILETIME& utc) noexcept;
 FILETIME ZoneToUtc(const TIME_ZONE_INFORMATION& zone, const FILETIME& local) noexcept;
 /// False as in SystemToFileTime.
-bool UtcToZone(const TIME_ZONE_INFORMATION& zone, const SYSTEMTIME& utc, SYSTEMTIME& local) noexcept;
-bool ZoneToUtc(const TIME_ZONE_INFORMATION& zone, const SYSTEMTIME& local, SYSTEMTIME& utc) noexcept;
+bool UtcToZone(const TIME_ZONE_INFORMATION& zone, const SYSTEMTIME& utc,
+               SYSTEMTIME& local) noexcept;
+bool ZoneToUtc(const TIME_ZONE_INFORMATION& zone, const SYSTEMTIME& local,
+               SYSTEMTIME& utc) noexcept;
 
 }  // namespace oak

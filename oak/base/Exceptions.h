@@ -13,7 +13,8 @@ enum class TItemIdListInfoLevel : std::uint8_t { Normal, Verbose };
 
 /// An object that can describe its state in an error message. Any thread.
 struct IHasDebugInfo : IUnknown {
-  static constexpr GUID Iid{0x68F5A3CD, 0xB8FE, 0x4400, {0xB3, 0x12, 0xDC, 0x23, 0x34, 0xAF, 0x73, 0x1E}};
+  static constexpr GUID Iid{
+      0x68F5A3CD, 0xB8FE, 0x4400, {0xB3, 0x12, 0xDC, 0x23, 0x34, 0xAF, 0x73, 0x1E}};
   virtual TString GetInfo(TItemIdListInfoLevel level) = 0;
 };
 

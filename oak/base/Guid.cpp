@@ -72,8 +72,8 @@ int CompareGuids(const GUID& a, const GUID& b) noexcept {
 }
 
 std::size_t TGuidHash::operator()(const GUID& guid) const noexcept {
-  const std::uint64_t high = (std::uint64_t{guid.Data1} << 32) | (std::uint64_t{guid.Data2} << 16) |
-                             guid.Data3;
+  const std::uint64_t high =
+      (std::uint64_t{guid.Data1} << 32) | (std::uint64_t{guid.Data2} << 16) | guid.Data3;
   // Published identifiers come in runs that differ in one field only.
   const std::uint64_t mixed = (high ^ (Low64(guid) * 0x9E3779B97F4A7C15u)) * 0xFF51AFD7ED558CCDu;
   return static_cast<std::size_t>(mixed ^ (mixed >> 32));

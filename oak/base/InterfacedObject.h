@@ -10,7 +10,8 @@ namespace oak {
 
 /// Names the interfaces that an interface inherits from, so that a query for an
 /// ancestor finds it too. Specialise it beside the interface:
-///   template <> struct TInterfaceAncestors<IShellFolder2> { using Types = TInterfaceList<IShellFolder>; };
+///   template <> struct TInterfaceAncestors<IShellFolder2> { using Types =
+///   TInterfaceList<IShellFolder>; };
 template <class... I>
 struct TInterfaceList {};
 template <class T>

@@ -15,11 +15,11 @@ namespace {
 constexpr std::uint8_t kEndOfName = 0x00;
 constexpr std::uint8_t kControl = 0x02;  // and the character
 constexpr std::uint8_t kAsciiSymbol = 0x03;
-constexpr std::uint8_t kSymbol = 0x30;        // and two bytes
-constexpr std::uint8_t kNumber = 0x40;        // plus the count of digits; two digits a byte
-constexpr std::uint8_t kLongNumber = 0x55;    // and four bytes: the count of digits
-constexpr std::uint8_t kLatinLetter = 0x60;   // plus the letter
-constexpr std::uint8_t kLetter = 0x80;        // and two bytes
+constexpr std::uint8_t kSymbol = 0x30;       // and two bytes
+constexpr std::uint8_t kNumber = 0x40;       // plus the count of digits; two digits a byte
+constexpr std::uint8_t kLongNumber = 0x55;   // and four bytes: the count of digits
+constexpr std::uint8_t kLatinLetter = 0x60;  // plus the letter
+constexpr std::uint8_t kLetter = 0x80;       // and two bytes
 constexpr std::size_t kMaxShortNumber = kLongNumber - kNumber - 1;
 // Behind the name: its accents, an element each.
 constexpr std::uint8_t kEndOfAccents = 0x01;
@@ -27,7 +27,7 @@ constexpr std::uint8_t kNoAccent = 0x02;
 constexpr std::uint8_t kAccent = 0x03;  // and two bytes
 // Behind those: the leading zeros of each number, more of them first.
 constexpr std::uint8_t kEndOfZeros = 0xFF;
-constexpr std::uint8_t kNoZeros = 0xFE;       // minus their count
+constexpr std::uint8_t kNoZeros = 0xFE;  // minus their count
 constexpr std::size_t kMaxZerosPerByte = 200;
 
 constexpr std::array<std::uint8_t, 128> MakeAsciiWeights() {
@@ -46,7 +46,9 @@ constexpr std::array<std::uint8_t, 128> kAsciiWeight = MakeAsciiWeights();
 
 bool IsDigit(char16_t c) noexcept { return c >= u'0' && c <= u'9'; }
 
-std::uint16_t ClassOf(char16_t c) noexcept { return kOrderClass[kOrderPage[c >> 6] * 64u + (c & 63u)]; }
+std::uint16_t ClassOf(char16_t c) noexcept {
+  return kOrderClass[kOrderPage[c >> 6] * 64u + (c & 63u)];
+}
 
 std::uint8_t* Write16(std::uint8_t* out, unsigned value) noexcept {
   *out++ = static_cast<std::uint8_t>(value >> 8);

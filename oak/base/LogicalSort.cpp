@@ -112,8 +112,7 @@ class TLogicalSorter {
  public:
   explicit TLogicalSorter(std::span<const T> names) : fNames(names), fKeys(names) {
     fEntries.resize(names.size());
-    for (std::size_t i = 0; i < names.size(); ++i)
-      fEntries[i] = {0, static_cast<std::uint32_t>(i)};
+    for (std::size_t i = 0; i < names.size(); ++i) fEntries[i] = {0, static_cast<std::uint32_t>(i)};
   }
 
   std::vector<std::uint32_t> Run() {

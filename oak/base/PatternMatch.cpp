@@ -7,7 +7,7 @@ namespace oak {
 namespace {
 constexpr auto npos = TStringView::npos;
 
-/// Takes the first pattern off a specification, ready to be matched.
+/// Takes the first pattern off a filter text, ready to be matched.
 TStringView TakePattern(TStringView& spec) noexcept {
   const std::size_t end = std::min(spec.find(u';'), spec.size());
   TStringView pattern = spec.substr(0, end);
@@ -28,7 +28,8 @@ bool MatchPattern(TStringView name, TStringView pattern) noexcept {
     if (p < pattern.size() && pattern[p] == u'*') {
       star = p++;
       retry = n;
-    } else if (p < pattern.size() && (pattern[p] == u'?' || UpCase(pattern[p]) == UpCase(name[n]))) {
+    } else if (p < pattern.size() &&
+               (pattern[p] == u'?' || UpCase(pattern[p]) == UpCase(name[n]))) {
       ++p;
       ++n;
     } else if (star != npos) {
@@ -141,18 +142,24 @@ bool TPatternList::MatchesPattern(const TPattern& pattern, TStringView name) con
     const bool hasStar = pattern.head < text.size();
     const std::size_t least = pattern.head + std::size_t{pattern.tail};
     if (hasStar ? name.size() < least : name.size() != least) return false;
-    return IsMasked(name.substr(name.size() - pattern.tail), text.substr(text.size() - pattern.tail)) &&
+    return IsMasked(name.substr(name.size() - pattern.tail),
+                    text.substr(text.size() - pattern.tail)) &&
            IsMasked(name.substr(0, pattern.head), text.substr(0, pattern.head)) &&
            (!hasStar || MatchPieces(name.substr(pattern.head, name.size() - least),
                                     text.substr(pattern.head, text.size() - least)));
   }
   if (name.size() < text.size()) return false;
   switch (pattern.kind) {
-    case TKind::Suffix: return IsFolded(name.substr(name.size() - text.size()), text);
-    case TKind::Prefix: return IsFolded(name.substr(0, text.size()), text);
-    case TKind::Exact: return IsFolded(name, text);
-    case TKind::Contains: return FindMasked(name, text, 0) != npos;
-    default: return true;
+    case TKind::Suffix:
+      return IsFolded(name.substr(name.size() - text.size()), text);
+    case TKind::Prefix:
+      return IsFolded(name.substr(0, text.size()), text);
+    case TKind::Exact:
+      return IsFolded(name, text);
+    case TKind::Contains:
+      return FindMasked(name, text, 0) != npos;
+    default:
+      return true;
   }
 }
 

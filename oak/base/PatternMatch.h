@@ -1,6 +1,6 @@
 // Matching of names with wildcards.
 //
-// A specification is one pattern or several with ";" between them. In a pattern
+// A filter text is one pattern or several with ";" between them. In a pattern
 // "*" stands for any text, "?" for exactly one UTF-16 unit; everything else stands
 // for itself ignoring case. Blanks before a pattern are skipped, blanks behind it
 // count. A pattern without characters matches nothing. A pattern's final "*.*"
@@ -20,7 +20,7 @@ namespace oak {
 /// True if one of the patterns matches the whole name.
 bool MatchPatternSpec(TStringView name, TStringView spec) noexcept;
 
-/// A specification that is read once and used for many names. The answers are
+/// A filter text that is read once and used for many names. The answers are
 /// those of MatchPatternSpec. A value; matching from several threads is fine as
 /// long as none of them changes the list.
 class TPatternList {
@@ -29,7 +29,7 @@ class TPatternList {
   TPatternList() = default;
   explicit TPatternList(TStringView spec) { Add(spec); }
 
-  /// Adds the patterns of a specification.
+  /// Adds the patterns of a filter text.
   void Add(TStringView spec);
   void Clear() noexcept;
   bool IsEmpty() const noexcept { return fPatterns.empty(); }

@@ -69,8 +69,7 @@ bool StartsText(TStringView prefix, TStringView text) noexcept {
 }
 
 bool EndsText(TStringView suffix, TStringView text) noexcept {
-  return text.size() >= suffix.size() &&
-         SameText(text.substr(text.size() - suffix.size()), suffix);
+  return text.size() >= suffix.size() && SameText(text.substr(text.size() - suffix.size()), suffix);
 }
 
 bool ContainsText(TStringView text, TStringView part) noexcept {
@@ -101,8 +100,7 @@ TString ReplaceAllText(TStringView text, TStringView from, TStringView to) {
 
 TStringArray Split(TStringView text, char16_t delimiter) {
   TStringArray parts;
-  for (std::size_t at; (at = text.find(delimiter)) != TStringView::npos;
-       text.remove_prefix(at + 1))
+  for (std::size_t at; (at = text.find(delimiter)) != TStringView::npos; text.remove_prefix(at + 1))
     parts.emplace_back(text.substr(0, at));
   parts.emplace_back(text);
   return parts;

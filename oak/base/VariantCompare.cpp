@@ -52,8 +52,10 @@ int CompareNumbers(const TContent& a, const TContent& b) noexcept {
       [](const auto& x, const auto& y) -> int {
         using X = std::decay_t<decltype(x)>;
         using Y = std::decay_t<decltype(y)>;
-        constexpr bool kWholeX = std::is_same_v<X, std::int64_t> || std::is_same_v<X, std::uint64_t>;
-        constexpr bool kWholeY = std::is_same_v<Y, std::int64_t> || std::is_same_v<Y, std::uint64_t>;
+        constexpr bool kWholeX =
+            std::is_same_v<X, std::int64_t> || std::is_same_v<X, std::uint64_t>;
+        constexpr bool kWholeY =
+            std::is_same_v<Y, std::int64_t> || std::is_same_v<Y, std::uint64_t>;
         if constexpr (kWholeX && kWholeY)
           return std::cmp_less(x, y) ? -1 : std::cmp_less(y, x) ? 1 : 0;
         else if constexpr (std::is_same_v<X, double> && std::is_same_v<Y, double>)

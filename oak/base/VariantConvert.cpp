@@ -84,8 +84,7 @@ std::optional<FILETIME> ParseMoment(const TString& text) {
     }
   }
   const auto word = [&parts](int i) { return static_cast<WORD>(parts[i]); };
-  const SYSTEMTIME system{word(0), word(1), 0,       word(2),
-                          word(3), word(4), word(5), word(6)};
+  const SYSTEMTIME system{word(0), word(1), 0, word(2), word(3), word(4), word(5), word(6)};
   FILETIME time;
   if (count < 3 || !SystemToFileTime(system, time)) return std::nullopt;
   return time;
@@ -134,16 +133,24 @@ HRESULT StoreRanged(PROPVARIANT& to, TSource value) noexcept {
 template <class TSource>
 HRESULT StoreWhole(PROPVARIANT& to, VARTYPE type, TSource value) noexcept {
   switch (type) {
-    case VT_I1: return StoreRanged<std::int8_t>(to, value);
-    case VT_UI1: return StoreRanged<std::uint8_t>(to, value);
-    case VT_I2: return StoreRanged<std::int16_t>(to, value);
-    case VT_UI2: return StoreRanged<std::uint16_t>(to, value);
+    case VT_I1:
+      return StoreRanged<std::int8_t>(to, value);
+    case VT_UI1:
+      return StoreRanged<std::uint8_t>(to, value);
+    case VT_I2:
+      return StoreRanged<std::int16_t>(to, value);
+    case VT_UI2:
+      return StoreRanged<std::uint16_t>(to, value);
     case VT_I4:
-    case VT_INT: return StoreRanged<std::int32_t>(to, value);
+    case VT_INT:
+      return StoreRanged<std::int32_t>(to, value);
     case VT_UI4:
-    case VT_UINT: return StoreRanged<std::uint32_t>(to, value);
-    case VT_I8: return StoreRanged<std::int64_t>(to, value);
-    default: return StoreRanged<std::uint64_t>(to, value);
+    case VT_UINT:
+      return StoreRanged<std::uint32_t>(to, value);
+    case VT_I8:
+      return StoreRanged<std::int64_t>(to, value);
+    default:
+      return StoreRanged<std::uint64_t>(to, value);
   }
 }
 
@@ -219,13 +226,17 @@ HRESULT Store(PROPVARIANT& to, VARTYPE type, const TContent& content) {
   switch (type) {
     case VT_LPWSTR:
     case VT_BSTR:
-    case VT_VECTOR | VT_LPWSTR: return StoreText(to, type, content);
+    case VT_VECTOR | VT_LPWSTR:
+      return StoreText(to, type, content);
     case VT_DATE:
-    case VT_FILETIME: return StoreMoment(to, type, content);
-    case VT_CLSID: return StoreGuid(to, content);
+    case VT_FILETIME:
+      return StoreMoment(to, type, content);
+    case VT_CLSID:
+      return StoreGuid(to, content);
     case VT_BOOL:
     case VT_R4:
-    case VT_R8: return StoreNumber(to, type, AsNumber(content));
+    case VT_R8:
+      return StoreNumber(to, type, AsNumber(content));
     default:
       if (!detail::IsWholeNumberType(type)) return DISP_E_TYPEMISMATCH;
       return StoreNumber(to, type, AsNumber(content));

@@ -27,25 +27,40 @@ std::int64_t Bits64(const T& value) noexcept {
 template <class T>
 TContent ReadScalar(const T& value) noexcept {
   switch (value.vt) {
-    case VT_I1: return std::int64_t{static_cast<signed char>(value.cVal)};
-    case VT_UI1: return std::uint64_t{value.bVal};
-    case VT_I2: return std::int64_t{value.iVal};
-    case VT_UI2: return std::uint64_t{value.uiVal};
+    case VT_I1:
+      return std::int64_t{static_cast<signed char>(value.cVal)};
+    case VT_UI1:
+      return std::uint64_t{value.bVal};
+    case VT_I2:
+      return std::int64_t{value.iVal};
+    case VT_UI2:
+      return std::uint64_t{value.uiVal};
     case VT_I4:
-    case VT_INT: return std::int64_t{value.lVal};
-    case VT_ERROR: return std::int64_t{value.scode};
+    case VT_INT:
+      return std::int64_t{value.lVal};
+    case VT_ERROR:
+      return std::int64_t{value.scode};
     case VT_UI4:
-    case VT_UINT: return std::uint64_t{value.ulVal};
-    case VT_I8: return Bits64(value);
-    case VT_UI8: return static_cast<std::uint64_t>(Bits64(value));
-    case VT_CY: return static_cast<double>(Bits64(value)) / 10000.0;
-    case VT_R4: return double{value.fltVal};
-    case VT_R8: return value.dblVal;
-    case VT_BOOL: return value.boolVal != VARIANT_FALSE;
-    case VT_DATE: return TMoment{DateTimeToFileTime(value.date)};
+    case VT_UINT:
+      return std::uint64_t{value.ulVal};
+    case VT_I8:
+      return Bits64(value);
+    case VT_UI8:
+      return static_cast<std::uint64_t>(Bits64(value));
+    case VT_CY:
+      return static_cast<double>(Bits64(value)) / 10000.0;
+    case VT_R4:
+      return double{value.fltVal};
+    case VT_R8:
+      return value.dblVal;
+    case VT_BOOL:
+      return value.boolVal != VARIANT_FALSE;
+    case VT_DATE:
+      return TMoment{DateTimeToFileTime(value.date)};
     case VT_BSTR:
       return FromW(reinterpret_cast<LPCWSTR>(value.bstrVal), SysStringLen(value.bstrVal));
-    default: return TNothing{};
+    default:
+      return TNothing{};
   }
 }
 
@@ -61,12 +76,18 @@ TString JoinedTexts(const PROPVARIANT& value) {
 
 TContent ReadContent(const PROPVARIANT& value) {
   switch (value.vt) {
-    case VT_FILETIME: return TMoment{value.filetime};
-    case VT_LPWSTR: return FromW(value.pwszVal);
-    case VT_LPSTR: return value.pszVal ? FromUtf8(value.pszVal) : TString();
-    case VT_CLSID: return value.puuid ? TContent(GUID{*value.puuid}) : TContent(TNothing{});
-    case VT_VECTOR | VT_LPWSTR: return JoinedTexts(value);
-    default: return ReadScalar(value);
+    case VT_FILETIME:
+      return TMoment{value.filetime};
+    case VT_LPWSTR:
+      return FromW(value.pwszVal);
+    case VT_LPSTR:
+      return value.pszVal ? FromUtf8(value.pszVal) : TString();
+    case VT_CLSID:
+      return value.puuid ? TContent(GUID{*value.puuid}) : TContent(TNothing{});
+    case VT_VECTOR | VT_LPWSTR:
+      return JoinedTexts(value);
+    default:
+      return ReadScalar(value);
   }
 }
 

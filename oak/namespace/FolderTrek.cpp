@@ -72,7 +72,7 @@ void TFolderTrek::SetFilter(TStringView pFilter) {
 
 // --- the active folder -----------------------------------------------------
 
-void TFolderTrek::SetFolderIdList(const Ref<IItemIdList>& pItemIdList) {
+void TFolderTrek::SetFolderIdList(Ref<IItemIdList> pItemIdList) {
   if (!pItemIdList) {
     SetShellfolder(nullptr);
     FFolderIdList.Reset();
@@ -149,7 +149,7 @@ bool TFolderTrek::BrowseObject() {
 
 bool TFolderTrek::HasObject() const { return FItemIDList && !FItemIDList->IsInvalid(); }
 
-void TFolderTrek::SetItemIdList(const Ref<IItemIdList>& pItemIdList) {
+void TFolderTrek::SetItemIdList(Ref<IItemIdList> pItemIdList) {
   FAbsoluteIdList.Reset();
   FItemIDList = pItemIdList;
   InvalidateCaches();
@@ -162,7 +162,7 @@ Ref<IItemIdList> TFolderTrek::GetAbsoluteItemIdList() {
   return FAbsoluteIdList;
 }
 
-void TFolderTrek::SetAbsoluteItemIdList(const Ref<IItemIdList>& pItemIdList) {
+void TFolderTrek::SetAbsoluteItemIdList(Ref<IItemIdList> pItemIdList) {
   if (!pItemIdList)
     throw EInvalidArgument(
         u"\"nil\" is not a valid value that can be assigned to TFolderTrek.AbsoluteItemIdList");

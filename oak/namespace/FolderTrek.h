@@ -122,11 +122,12 @@ class TFolderTrek : public TComponent {
   TOnBeforeCommand OnBeforeCommand;
   TOnBeforeShellCommand OnBeforeShellCommand;
 
+  // Items are taken by value: they may be the cursor's own.
   // --- the active folder ---------------------------------------------------
   Ref<IItemIdList> GetFolderIdList() const { return FFolderIdList; }
   /// Nil leaves no folder. Raises EFolderTrekError for an invalid one. The same
   /// reference as now starts the enumeration over.
-  void SetFolderIdList(const Ref<IItemIdList>& pItemIdList);
+  void SetFolderIdList(Ref<IItemIdList> pItemIdList);
   /// Bound when first needed. Raises EFolderTrekError.
   Ref<IShellFolder> GetShellFolder();
   void SetShellfolder(const Ref<IShellFolder>& pShellFolder);
@@ -140,12 +141,12 @@ class TFolderTrek : public TComponent {
   // --- the current object --------------------------------------------------
   /// Relative to the folder; NullItemIdList or nil without one.
   Ref<IItemIdList> GetItemIdList() const { return FItemIDList; }
-  void SetItemIdList(const Ref<IItemIdList>& pItemIdList);
+  void SetItemIdList(Ref<IItemIdList> pItemIdList);
   /// The folder followed by the object; the folder without one.
   Ref<IItemIdList> GetAbsoluteItemIdList();
   /// Sets folder and object together. Raises EInvalidArgument for nil and
   /// EFolderTrekError for an invalid item.
-  void SetAbsoluteItemIdList(const Ref<IItemIdList>& pItemIdList);
+  void SetAbsoluteItemIdList(Ref<IItemIdList> pItemIdList);
   /// File name of the object.
   TString GetObjectName();
   /// Looks a name up in the folder; a text with "\" sets folder and object.

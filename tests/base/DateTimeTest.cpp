@@ -187,8 +187,9 @@ TEST(TimeZone, RulesOfOneYearAndBrokenRules) {
   EXPECT_EQ(ZoneBiasAtUtc(once, At(2020, 5, 16, 23)), 0);
   EXPECT_EQ(ZoneBiasAtUtc(once, At(2020, 5, 17)), -60);
   EXPECT_EQ(ZoneBiasAtUtc(once, At(2021, 5, 20)), 0);
-  for (const SYSTEMTIME& bad : {SYSTEMTIME{0, 13, 0, 1, 0, 0, 0, 0}, SYSTEMTIME{0, 3, 7, 1, 0, 0, 0, 0},
-                                SYSTEMTIME{0, 3, 0, 0, 0, 0, 0, 0}, SYSTEMTIME{2024, 2, 0, 30, 0, 0, 0, 0}})
+  for (const SYSTEMTIME& bad :
+       {SYSTEMTIME{0, 13, 0, 1, 0, 0, 0, 0}, SYSTEMTIME{0, 3, 7, 1, 0, 0, 0, 0},
+        SYSTEMTIME{0, 3, 0, 0, 0, 0, 0, 0}, SYSTEMTIME{2024, 2, 0, 30, 0, 0, 0, 0}})
     EXPECT_EQ(ZoneBiasAtUtc(Zone(-60, bad, {0, 10, 0, 5, 3, 0, 0, 0}), At(2024, 7, 1)), -60);
   // Times at both ends of what can be said stay inside.
   EXPECT_EQ(FileTimeToTicks(UtcToZone(Zone(60, {}, {}), FILETIME{})), 0u);

@@ -27,7 +27,8 @@ class TSilentObject : public TInterfacedObject<TSilent> {};
 class TErrorTexts {
  public:
   TErrorTexts() {
-    SetErrorTextProvider([](std::uint32_t code) { return code == 5 ? TString(u"Denied") : TString(); });
+    SetErrorTextProvider(
+        [](std::uint32_t code) { return code == 5 ? TString(u"Denied") : TString(); });
   }
   ~TErrorTexts() { SetErrorTextProvider(nullptr); }
 };
@@ -56,7 +57,9 @@ TEST(Errors, MessagesOfFolderTrekError) {
 
 TEST(Errors, WhatFollowsTheMessage) {
   Exception error(u"größer");
-  EXPECT_STREQ(error.what(), "gr\xC3\xB6\xC3\x9F" "er");
+  EXPECT_STREQ(error.what(),
+               "gr\xC3\xB6\xC3\x9F"
+               "er");
   error.SetMessage(u"€");
   EXPECT_STREQ(error.what(), "\xE2\x82\xAC");
 }
@@ -82,10 +85,11 @@ TEST(Errors, CheckForErrorPicksTheCode) {
 }
 
 TEST(Guid, TextBothWays) {
-  constexpr GUID kGuid{0x68F5A3CD, 0xB8FE, 0x4400, {0xB3, 0x12, 0xDC, 0x23, 0x34, 0xAF, 0x73, 0x0E}};
+  constexpr GUID kGuid{
+      0x68F5A3CD, 0xB8FE, 0x4400, {0xB3, 0x12, 0xDC, 0x23, 0x34, 0xAF, 0x73, 0x0E}};
   EXPECT_EQ(GuidToString(kGuid), u"{68F5A3CD-B8FE-4400-B312-DC2334AF730E}");
-  for (const TStringView text : {u"{68F5A3CD-B8FE-4400-B312-DC2334AF730E}",
-                                 u"68f5a3cd-b8fe-4400-b312-dc2334af730e"}) {
+  for (const TStringView text :
+       {u"{68F5A3CD-B8FE-4400-B312-DC2334AF730E}", u"68f5a3cd-b8fe-4400-b312-dc2334af730e"}) {
     GUID read{};
     EXPECT_TRUE(TryParseGuid(text, read));
     EXPECT_TRUE(IsEqualGUID(read, kGuid));

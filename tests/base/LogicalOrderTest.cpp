@@ -21,20 +21,20 @@ void ExpectOrder(TStringView a, TStringView b, int order) {
 
 TEST(LogicalOrder, KnownOrder) {
   const TString zeros20(20, u'0');
-  const TString names[] = {
-      // controls, symbols of ASCII, symbols beyond
-      u"", u"\u0001", u"\u001F", u"\u0085", u"'", u"-", u" ", u"!", u"#", u"(2)", u".", u".a", u"_",
-      u"{", u"~", u"+", u"=", u"«", u"–", u"“",
-      // numbers, leading zeros only where all else is equal
-      u"00", u"0", u"0 b", u"0a", u"001", u"01", u"1", u"1 ", u"01a", u"1a", u"1b", u"2", u"10",
-      u"10.05", u"10.5", u"010.15", TString(20, u'9'), u"1" + zeros20, u"1" + TString(19, u'0') + u"1",
-      u"1" + zeros20 + u"0",
-      // letters; accents and strokes only where all else is equal
-      u"a", u"a'b", u"a b", u"a.txt", u"a_1", u"a01", u"a1", u"a01b", u"a1b", u"a2", u"a10", u"aa",
-      u"Aal", u"aäl", u"äal", u"ab", u"file2b", u"file10a", u"ol", u"öl", u"Øl", u"ol2", u"oma",
-      u"strasse", u"Straße", u"strassen", u"z", u"ž", u"za",
-      // other letters
-      u"ά1", u"α2", u"β", u"жук", u"Й", u"中", u"😀"};
+  const TString names[] = {// controls, symbols of ASCII, symbols beyond
+                           u"", u"\u0001", u"\u001F", u"\u0085", u"'", u"-", u" ", u"!", u"#",
+                           u"(2)", u".", u".a", u"_", u"{", u"~", u"+", u"=", u"«", u"–", u"“",
+                           // numbers, leading zeros only where all else is equal
+                           u"00", u"0", u"0 b", u"0a", u"001", u"01", u"1", u"1 ", u"01a", u"1a",
+                           u"1b", u"2", u"10", u"10.05", u"10.5", u"010.15", TString(20, u'9'),
+                           u"1" + zeros20, u"1" + TString(19, u'0') + u"1", u"1" + zeros20 + u"0",
+                           // letters; accents and strokes only where all else is equal
+                           u"a", u"a'b", u"a b", u"a.txt", u"a_1", u"a01", u"a1", u"a01b", u"a1b",
+                           u"a2", u"a10", u"aa", u"Aal", u"aäl", u"äal", u"ab", u"file2b",
+                           u"file10a", u"ol", u"öl", u"Øl", u"ol2", u"oma", u"strasse", u"Straße",
+                           u"strassen", u"z", u"ž", u"za",
+                           // other letters
+                           u"ά1", u"α2", u"β", u"жук", u"Й", u"中", u"😀"};
   for (std::size_t i = 0; i < std::size(names); ++i)
     for (std::size_t j = i; j < std::size(names); ++j)
       ExpectOrder(names[i], names[j], i == j ? 0 : -1);
@@ -58,9 +58,10 @@ class TNames {
  public:
   explicit TNames(unsigned seed) : fRandom(seed) {}
   TString Next() {
-    static constexpr TStringView kUnits[] = {
-        u"0", u"0", u"1", u"2", u"9", u"a", u"A", u"b", u"-", u" ", u".", u"ä", u"Ä", u"á", u"ß",
-        u"ss", u"ж", u"Ж", u"ά", u"Α", u"–", u"\u0001", u"00", u"123456789", u"æ", u"😀"};
+    static constexpr TStringView kUnits[] = {u"0",      u"0",  u"1",         u"2", u"9", u"a", u"A",
+                                             u"b",      u"-",  u" ",         u".", u"ä", u"Ä", u"á",
+                                             u"ß",      u"ss", u"ж",         u"Ж", u"ά", u"Α", u"–",
+                                             u"\u0001", u"00", u"123456789", u"æ", u"😀"};
     TString name;
     for (std::size_t left = fRandom() % 9; left > 0; --left)
       name += kUnits[fRandom() % std::size(kUnits)];
@@ -78,7 +79,9 @@ TEST(LogicalOrder, CompareAgreesWithKeys) {
     const TString a = names.Next();
     const TString b = names.Next();
     const auto keys = MakeLogicalKey(a) <=> MakeLogicalKey(b);
-    ASSERT_EQ(Sign(CompareLogical(a, b)), keys < 0 ? -1 : keys > 0 ? 1 : 0)
+    ASSERT_EQ(Sign(CompareLogical(a, b)), keys < 0   ? -1
+                                          : keys > 0 ? 1
+                                                     : 0)
         << ToUtf8(a) << " | " << ToUtf8(b);
     // Equal keys mean names that differ at most in case.
     ASSERT_EQ(keys == 0, SameText(a, b)) << ToUtf8(a) << " | " << ToUtf8(b);

@@ -59,7 +59,8 @@ bool MatchSlowly(TStringView name, TStringView pattern) {
   if (pattern.front() == u'*')
     return MatchSlowly(name, pattern.substr(1)) ||
            (!name.empty() && MatchSlowly(name.substr(1), pattern));
-  return !name.empty() && (pattern.front() == u'?' || SameText(pattern.substr(0, 1), name.substr(0, 1))) &&
+  return !name.empty() &&
+         (pattern.front() == u'?' || SameText(pattern.substr(0, 1), name.substr(0, 1))) &&
          MatchSlowly(name.substr(1), pattern.substr(1));
 }
 

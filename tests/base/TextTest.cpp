@@ -25,19 +25,21 @@ TEST(Text, Utf8RoundTrip) {
 
 TEST(Text, BrokenInputBecomesReplacementCharacters) {
   const std::pair<std::string_view, TStringView> cases[] = {
-      {"\x80z", u"\uFFFDz"},                       // a tail without lead
-      {"\xC0\xAF", u"\uFFFD\uFFFD"},               // overlong
-      {"\xE0\x80\x80", u"\uFFFD\uFFFD\uFFFD"},     // overlong
-      {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},     // a surrogate
+      {"\x80z", u"\uFFFDz"},                              // a tail without lead
+      {"\xC0\xAF", u"\uFFFD\uFFFD"},                      // overlong
+      {"\xE0\x80\x80", u"\uFFFD\uFFFD\uFFFD"},            // overlong
+      {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},            // a surrogate
       {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},  // beyond the last code point
-      {"\xE2\x82", u"\uFFFD"},                     // cut off
+      {"\xE2\x82", u"\uFFFD"},                            // cut off
       {"\xE2\x82z", u"\uFFFDz"},
       {"\xFF", u"\uFFFD"},
   };
   for (const auto& [utf8, text] : cases) EXPECT_EQ(FromUtf8(utf8), text);
 
   const char16_t lone[] = {u'a', 0xD83D, u'b', 0xDE00, 0xD83D};
-  EXPECT_EQ(ToUtf8(TStringView(lone, 5)), "a\xEF\xBF\xBD" "b\xEF\xBF\xBD\xEF\xBF\xBD");
+  EXPECT_EQ(ToUtf8(TStringView(lone, 5)),
+            "a\xEF\xBF\xBD"
+            "b\xEF\xBF\xBD\xEF\xBF\xBD");
 }
 
 TEST(Text, NullPointersOfThePlatformAreEmpty) {
@@ -60,8 +62,8 @@ TEST(Text, CaseMappingIsOneToOneAndConsistent) {
 }
 
 TEST(Text, CaseOfLettersBeyondAscii) {
-  const TStringView equal[] = {u"aA", u"zZ", u"äÄ", u"éÉ", u"ÿŸ", u"жЖ", u"ѐЀ", u"ωΩ", u"ςΣ",
-                               u"σΣ", u"ǆǄ", u"ａＡ", u"ⅷⅧ", u"ⓐⒶ", u"ﬆﬆ", u"ᾀᾈ"};
+  const TStringView equal[] = {u"aA", u"zZ", u"äÄ", u"éÉ",   u"ÿŸ", u"жЖ", u"ѐЀ", u"ωΩ",
+                               u"ςΣ", u"σΣ", u"ǆǄ", u"ａＡ", u"ⅷⅧ", u"ⓐⒶ", u"ᾀᾈ"};
   for (const TStringView pair : equal)
     EXPECT_TRUE(SameText(pair.substr(0, 1), pair.substr(1))) << ToUtf8(pair);
   // Letters whose partner belongs to another letter.

@@ -11,8 +11,7 @@ namespace oak {
 namespace {
 
 constexpr GUID kGuid{0x68F5A3CD, 0xB8FE, 0x4400, {0xB3, 0x12, 0xDC, 0x23, 0x34, 0xAF, 0x73, 0x1E}};
-const FILETIME kTime =
-    DateTimeToFileTime(EncodeDateTime({2006, 9, 16}, {20, 13, 15, 1}));
+const FILETIME kTime = DateTimeToFileTime(EncodeDateTime({2006, 9, 16}, {20, 13, 15, 1}));
 
 /// The value as another type, or empty.
 TPropVariant As(const TPropVariant& value, VARTYPE type) {
@@ -21,7 +20,9 @@ TPropVariant As(const TPropVariant& value, VARTYPE type) {
   EXPECT_TRUE(!failed || result.IsEmpty());
   return result;
 }
-TString TextAs(const TPropVariant& value, VARTYPE type) { return PropVariantToText(As(value, type)); }
+TString TextAs(const TPropVariant& value, VARTYPE type) {
+  return PropVariantToText(As(value, type));
+}
 
 TEST(Variant, CopiesOwnTheirTexts) {
   TPropVariant first = TPropVariant::From(u"text");
@@ -219,7 +220,9 @@ TEST(Variant, OrderOfValues) {
           for (const TPropVariant& b : (*rows)[j]) {
             if (a.GetType() == VT_LPWSTR && b.GetType() != VT_LPWSTR && !b.IsEmpty() && !b.IsNull())
               continue;  // compared as texts
-            EXPECT_EQ(ComparePropVariants(a, b), i < j ? -1 : i > j ? 1 : 0)
+            EXPECT_EQ(ComparePropVariants(a, b), i < j   ? -1
+                                                 : i > j ? 1
+                                                         : 0)
                 << i << " " << j << " " << a.GetType() << " " << b.GetType();
           }
 }

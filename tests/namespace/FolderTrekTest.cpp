@@ -57,7 +57,7 @@ TEST(FolderTrekPaths, AreJudgedByTheirText) {
       {u"\\\\server\\share\\x", false, true, true, false},
       {u"\\\\*", false, false, false, false},
       {u"\\\\", false, false, false, false},
-      {u"\\\\?\\unc\\s\\h", false, true, true, false},
+      {u"\\\\?\\unc\\s\\h", true, true, true, false},
       {u"\\x", false, false, false, false},
   };
   for (const TCase& c : cases) {

@@ -279,8 +279,8 @@ TEST(OakItemIdList, SpecialFoldersAreSharedButForTwo) {
   const auto cached = [](TOakShellFolder folder) {
     return TItem::CreateForSpecialFolder(folder, true);
   };
-  EXPECT_EQ(cached(SF_PERSONAL), cached(SF_PERSONAL));
-  EXPECT_NE(cached(SF_PERSONAL), TItem::CreateForSpecialFolder(SF_PERSONAL, false));
+  EXPECT_EQ(cached(SF_PROFILE), cached(SF_PROFILE));
+  EXPECT_NE(cached(SF_PROFILE), TItem::CreateForSpecialFolder(SF_PROFILE, false));
   EXPECT_NE(cached(SF_DRIVES), cached(SF_DRIVES));
   EXPECT_TRUE(cached(SF_DRIVES)->Equals(cached(SF_DRIVES), ilcExact));
   EXPECT_EQ(cached(SF_FILESYSTEMFOLDER), NullItemIdList());
@@ -324,9 +324,9 @@ TEST(OakItemIdList, AFolderThatTheSystemLacksIsNotRemembered) {
     const TScopedApi noCsidl(Api().SHGetSpecialFolderLocation,
                              [](HWND, int, PIDLIST_ABSOLUTE*) { return E_FAIL; });
     const TScopedApi noKnown(Api().SHGetKnownFolderIDList, nullptr);
-    EXPECT_TRUE(TItem::CreateForSpecialFolder(SF_PERSONAL, true)->IsInvalid());
+    EXPECT_TRUE(TItem::CreateForSpecialFolder(SF_PROFILE, true)->IsInvalid());
   }
-  EXPECT_FALSE(TItem::CreateForSpecialFolder(SF_PERSONAL, true)->IsInvalid());
+  EXPECT_FALSE(TItem::CreateForSpecialFolder(SF_PROFILE, true)->IsInvalid());
 }
 
 // --- parsing -------------------------------------------------------------------

@@ -167,13 +167,13 @@ TEST_F(InvokeCommand, FillsMenuAndStructureForEveryCommand) {
     EXPECT_EQ(FromUtf8(Target->Verb), row.Command.GetVerb());
     EXPECT_EQ(Target->Directory, row.Directory) << Target->Verb;
     EXPECT_EQ(Target->Info.cbSize, sizeof(CMINVOKECOMMANDINFOEX));
-    EXPECT_EQ(Target->Info.nShow, SW_SHOWNORMAL);
+    EXPECT_EQ(Target->Info.nShow, int{SW_SHOWNORMAL});
     EXPECT_EQ(Target->Info.hwnd, nullptr);
     const auto& query = Target->Queries.back();
     EXPECT_EQ(query.Menu, Menu);
     EXPECT_EQ(query.First, 1u);
     EXPECT_EQ(query.Last, 32767u);
-    EXPECT_EQ(query.Flags, CMF_OPTIMIZEFORINVOKE);
+    EXPECT_EQ(query.Flags, UINT{CMF_OPTIMIZEFORINVOKE});
   }
   EXPECT_EQ(Destroyed, std::vector<HMENU>(std::size(rows), Menu));
 }

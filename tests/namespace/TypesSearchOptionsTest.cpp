@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "oak/base/Exceptions.h"
 #include "oak/namespace/Oak.Shell.Types.h"
 #include "testkit/ScopedApi.h"

@@ -125,8 +125,9 @@ HRESULT GetComputer(const TFileObject&, TPropVariant& value) {
   return S_OK;
 }
 HRESULT GetShared(const TFileObject& object, TPropVariant& value) {
+  const auto config = PortableConfig();
   bool shared = false;
-  for (const TPortableShare& share : PortableConfig()->Shares)
+  for (const TPortableShare& share : config->Shares)
     shared = shared || share.Directory == object.Native;
   value = TPropVariant::From(shared);
   return S_OK;
@@ -185,8 +186,9 @@ HRESULT GetIsRoot(const TFileObject& object, TPropVariant& value) {
   return S_OK;
 }
 HRESULT GetIsMapped(const TFileObject& object, TPropVariant& value) {
+  const auto config = PortableConfig();
   const TPortableDrive* drive =
-      object.IsRoot && !object.Path.empty() ? PortableConfig()->FindDrive(object.Path[0]) : nullptr;
+      object.IsRoot && !object.Path.empty() ? config->FindDrive(object.Path[0]) : nullptr;
   value = TPropVariant::From(drive && drive->Kind == TPortableDriveKind::Network);
   return S_OK;
 }

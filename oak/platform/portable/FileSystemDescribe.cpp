@@ -118,7 +118,8 @@ HRESULT TFileSystemFolder::GetOverlayIndex(PCUITEMID_CHILD element, int& index) 
     return S_OK;
   }
   const std::string native = NativeChild(file.Name);
-  for (const TPortableShare& share : PortableConfig()->Shares) {
+  const auto config = PortableConfig();
+  for (const TPortableShare& share : config->Shares) {
     if (native.empty() || share.Directory != native) continue;
     index = kShareOverlay;
     return S_OK;

@@ -136,7 +136,8 @@ bool TFileSystemFolder::IsFolder(const TFileElement& element) {
 DWORD TFileSystemFolder::DriveAttributes(DWORD mask) const {
   if (!(mask & (SFGAO_REMOVABLE | SFGAO_ISSLOW))) return 0;
   if (fPath.starts_with(u"\\\\")) return SFGAO_ISSLOW;
-  const TPortableDrive* drive = PortableConfig()->FindDrive(fPath[0]);
+  const auto config = PortableConfig();
+  const TPortableDrive* drive = config->FindDrive(fPath[0]);
   if (!drive) return 0;
   switch (drive->Kind) {
     case TPortableDriveKind::Network:
@@ -214,12 +215,12 @@ HRESULT TFileSystemFolder::ParseName(TStringView name, const TParseOptions& opti
   const HRESULT missing =
       HRESULT_FROM_WIN32(options.HasRest ? ERROR_PATH_NOT_FOUND : ERROR_FILE_NOT_FOUND);
   if (Native().empty()) return HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND);
-  const std::string wanted = NameToNative(name);
-  HRESULT result = ElementOf(JoinNative(fNative, wanted), name, element);
+  const std::string wanted = NativeChild(name);
+  HRESULT result = ElementOf(wanted, name, element);
   if (result != HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND)) return result;
-  const std::string found = FindNativeChild(fNative, wanted);
+  const std::string found = FindNativeChild(fNative, NameToNative(name));
   if (found == wanted) return missing;
-  result = ElementOf(JoinNative(fNative, found), NameFromNative(found), element);
+  result = ElementOf(found, NameFromNative(found.substr(found.find_last_of('/') + 1)), element);
   return result == HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND) ? missing : result;
 }
 

@@ -123,7 +123,7 @@ std::string TKnownFolderPlaces::BaseDirectory(TKnownFolderBase base) const {
     case TKnownFolderBase::ProgramFiles:
       return fConfig->ProgramFiles;
     case TKnownFolderBase::ProgramFilesX86:
-      return fConfig->ProgramFilesX86;
+      return fConfig->ProgramFilesX86.empty() ? fConfig->ProgramFiles : fConfig->ProgramFilesX86;
     case TKnownFolderBase::Windows:
       return fConfig->Windows;
     case TKnownFolderBase::System:

@@ -44,7 +44,13 @@ Ref<IFolderSource> TDirectorySource::Inner(bool ask) {
 }
 
 HRESULT TDirectorySource::Enumerate(DWORD flags, Ref<IFolderCursor>& cursor) {
-  return Inner(true)->Enumerate(flags, cursor);
+  const HRESULT result = Inner(true)->Enumerate(flags, cursor);
+  if (result != HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND) &&
+      result != HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND))
+    return result;
+  // A user without the directory still has what else is shown in the folder.
+  cursor = MakeListCursor({});
+  return S_OK;
 }
 HRESULT TDirectorySource::GetName(PCUITEMID_CHILD element, TNameForm form, TString& name) {
   return Inner()->GetName(element, form, name);

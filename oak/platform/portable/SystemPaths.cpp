@@ -122,7 +122,7 @@ TString FullPath(TStringView path) {
     if (!StartsText(text.substr(0, 2), base)) base = text.substr(0, 2) + u"\\";
     text.erase(0, 2);
   }
-  if (!text.empty() && IsSlash(text[0])) base = ExtractFileDrive(base);
+  if (!text.empty() && IsSlash(text[0])) return Canonicalized(ExtractFileDrive(base) + text);
   const TString full = Canonicalized(IncludeTrailingPathDelimiter(base) + text);
   return full.size() > RootLength(full) && text.empty() ? ExcludeTrailingPathDelimiter(full) : full;
 }

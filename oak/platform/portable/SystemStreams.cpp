@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "oak/platform/portable/FileStream.h"
 #include "oak/platform/portable/SystemDescriptor.h"
 #include "oak/platform/portable/SystemFiles.h"
 #include "oak/platform/portable/SystemHandles.h"
@@ -126,6 +127,25 @@ BOOL STDAPICALLTYPE CloseHandle(HANDLE handle) {
   });
 }
 
+// Without STGM_CREATE, `create` tells whether a new file is wanted or one that is
+// there.
+HRESULT STDAPICALLTYPE SHCreateStreamOnFileEx(LPCWSTR path, DWORD mode, DWORD, BOOL create,
+                                              IStream* reserved, IStream** stream) {
+  if (!stream) return E_INVALIDARG;
+  *stream = nullptr;
+  if (!path || reserved) return E_INVALIDARG;
+  return SystemCall<HRESULT>(E_OUTOFMEMORY, [&]() -> HRESULT {
+    DWORD error = ERROR_PATH_NOT_FOUND;
+    const auto native = NativePath(path, &error);
+    if (!native) return HRESULT_FROM_WIN32(error);
+    if ((mode & STGM_CREATE) == 0 && create) {
+      if (GetFileInfo(*native)) return HRESULT_FROM_WIN32(ERROR_FILE_EXISTS);
+      mode |= STGM_CREATE;
+    }
+    return OpenFileStream(*native, path, mode, stream);
+  });
+}
+
 }  // namespace
 
 #define BIND(Name) api.Name.SetFunction(&Name)
@@ -134,6 +154,7 @@ void BindSystemStreams(TApi& api) {
   BIND(ReadFile);
   BIND(WriteFile);
   BIND(CloseHandle);
+  BIND(SHCreateStreamOnFileEx);
 }
 #undef BIND
 

@@ -166,12 +166,11 @@ BOOL STDAPICALLTYPE GetVolumePathNamesForVolumeNameW(LPCWSTR name, LPWSTR buffer
 BOOL STDAPICALLTYPE GetVolumePathNameW(LPCWSTR path, LPWSTR buffer, DWORD capacity) {
   return SystemCall<BOOL>(FALSE, [&] {
     if (!path || !buffer) return FailWith(ERROR_INVALID_PARAMETER, FALSE);
-    DWORD error = ERROR_INVALID_NAME;
-    const auto native = NativePathText(path, &error);
-    if (!native) return FailWith(error, FALSE);
-    const TString drive = ExtractFileDrive(WindowsPath(*native));
-    if (drive.empty()) return FailWith(ERROR_PATH_NOT_FOUND, FALSE);
-    if (CopyText(IncludeTrailingPathDelimiter(drive), buffer, capacity)) return TRUE;
+    const auto place = PlaceOf(path);
+    if (!place) return FailWith(ERROR_PATH_NOT_FOUND, FALSE);
+    const TString root = place->Drive ? TString(1, place->Drive->Letter) + u":\\"
+                                      : IncludeTrailingPathDelimiter(ExtractFileDrive(WindowsPath(place->Directory)));
+    if (CopyText(root, buffer, capacity)) return TRUE;
     return FailWith(ERROR_FILENAME_EXCED_RANGE, FALSE);
   });
 }

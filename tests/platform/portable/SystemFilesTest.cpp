@@ -4,9 +4,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <set>
+#include <thread>
 
 #include "oak/base/DateTime.h"
+#include "oak/base/Ref.h"
+#include "oak/platform/portable/PortableRegistry.h"
 #include "oak/platform/portable/SystemFiles.h"
 #include "tests/platform/portable/SystemTest.h"
 
@@ -259,6 +263,51 @@ TEST_F(SystemFiles, OpenFiles) {
   file = open(u"T:\\", 0, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
   EXPECT_TRUE(Api().CloseHandle(file));
   EXPECT_FALSE(Api().ReadFile(nullptr, buffer, 1, &count, nullptr));
+}
+
+TEST_F(SystemFiles, StreamsOnFiles) {
+  WriteFile("there", "old");
+  const auto open = [](LPCWSTR path, DWORD mode, BOOL create, Ref<IStream>& stream) {
+    return Api().SHCreateStreamOnFileEx(path, mode, 0, create, nullptr, stream.Put());
+  };
+  Ref<IStream> stream;
+  EXPECT_EQ(open(u"T:\\there", STGM_READWRITE, TRUE, stream), HRESULT_FROM_WIN32(ERROR_FILE_EXISTS));
+  EXPECT_TRUE(FAILED(open(u"T:\\none", STGM_READ, FALSE, stream)));
+  EXPECT_FALSE(stream);
+  ASSERT_EQ(open(u"T:\\THERE", STGM_READ, FALSE, stream), S_OK);
+  ULARGE_INTEGER size{};
+  EXPECT_EQ(Api().IStream_Size(stream.Get(), &size), S_OK);
+  EXPECT_EQ(size.QuadPart, 3u);
+  stream.Reset();
+  ASSERT_EQ(open(u"T:\\new", STGM_READWRITE, TRUE, stream), S_OK);
+  EXPECT_EQ(stream->Write("ab", 2, nullptr), S_OK);
+  stream.Reset();
+  EXPECT_EQ(ReadAll("new"), "ab");
+  EXPECT_EQ(open(nullptr, STGM_READ, FALSE, stream), E_INVALIDARG);
+  EXPECT_EQ(Api().IStream_Size(nullptr, &size), E_INVALIDARG);
+}
+
+// What threads share: the configuration, the registry, open handles.
+TEST_F(SystemFiles, ManyThreads) {
+  for (int i = 0; i < 20; ++i) WriteFile("f" + std::to_string(i));
+  std::vector<std::thread> threads;
+  std::atomic<int> complete = 0;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&, t] {
+      for (int round = 0; round < 40; ++round) {
+        complete += Found(u"T:\\f*").size() == 20;
+        MapDrive(static_cast<char16_t>(u'A' + t), Root());
+        SetRegistryNumber(HKEY_CURRENT_USER, u"Threads", IntToStr(t), static_cast<DWORD>(round));
+        Api().RegisterClipboardFormatW(W(u"Format " + IntToStr(round)));
+        UnmapDrive(static_cast<char16_t>(u'A' + t));
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(complete, 160);
+  EXPECT_EQ(PortableConfig()->Drives.size(), 1u);
+  EXPECT_EQ(GetRegistryNumber(HKEY_CURRENT_USER, u"Threads", u"3"), 39u);
+  ResetRegistry();
 }
 
 TEST_F(SystemFiles, TemporaryNames) {

@@ -1,0 +1,175 @@
+// Operations that change real files through items.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "oak/namespace/Oak.Shell.Types.h"
+#include "oak/namespace/OakItemIdList.h"
+#include "oak/platform/Api.h"
+#include "testkit/ScopedApi.h"
+#include "tests/namespace/FakeShellItem.h"
+#include "tests/namespace/TestFolder.h"
+
+namespace oak::testing {
+namespace {
+
+using ::testing::HasSubstr;
+using testkit::TScopedApi;
+
+using TItem = TOakItemIdList;
+
+HWND AnyWindow() { return reinterpret_cast<HWND>(std::uintptr_t{1}); }
+
+class OakItemIdListEdit : public ::testing::Test {
+ protected:
+  TTestFolder fFolder;
+
+  Ref<IItemIdList> Item(TStringView name = {}) { return TItem::Create(fFolder.Path(name)); }
+};
+
+TEST_F(OakItemIdListEdit, NewFoldersCountUpFromTheDefaultName) {
+  const auto parent = Item();
+  for (const TStringView name : {u"New Folder", u"New Folder (1)", u"New Folder (2)"}) {
+    const auto made = parent->CreateNewFolder(u"");
+    EXPECT_TRUE(fFolder.Exists(name));
+    EXPECT_EQ(made->Path(), fFolder.Path(name));
+    EXPECT_TRUE(made->IsFolder());
+    EXPECT_EQ(made->Depth(), parent->Depth() + 1);
+  }
+  fFolder.MakeFile(u"taken");
+  EXPECT_EQ(parent->CreateNewFolder(u"taken")->Name(), u"taken (1)");
+  fFolder.MakeFile(u"file");
+  EXPECT_THROW((void)Item(u"file")->CreateNewFolder(u""), EFolderTrekError);
+  EXPECT_THROW((void)NullItemIdList()->CreateNewFolder(u"x"), EFolderTrekError);
+}
+
+TEST_F(OakItemIdListEdit, RenameGoesOnWithTheNewNameIfWanted) {
+  for (const HWND window : {HWND{}, AnyWindow()}) {
+    fFolder.MakeFile(u"old.txt");
+    const auto item = Item(u"old.txt");
+    const PItemIdList held = item->WindowsPointer();
+    (void)item->SpecialFolder();
+    (void)item->ShellItem();
+    item->Rename(u"new.txt", window, true);
+    EXPECT_FALSE(fFolder.Exists(u"old.txt"));
+    EXPECT_TRUE(fFolder.Exists(u"new.txt"));
+    EXPECT_EQ(item->Path(), fFolder.Path(u"new.txt"));
+    EXPECT_EQ(item->DisplayName(dnfInFolder), u"new.txt");
+    EXPECT_EQ(TItem::Create(held, iloCopyMemory)->Name(), u"old.txt");
+
+    const auto unchanged = Item(u"new.txt");
+    unchanged->Rename(u"third.txt", window, false);
+    EXPECT_TRUE(fFolder.Exists(u"third.txt"));
+    EXPECT_EQ(unchanged->Path(), fFolder.Path(u"new.txt"));
+  }
+}
+
+TEST_F(OakItemIdListEdit, RenameChangesCaseAlone) {
+  fFolder.MakeFile(u"name.txt");
+  const auto item = Item(u"name.txt");
+  item->Rename(u"NAME.txt", nullptr, true);
+  EXPECT_TRUE(fFolder.Exists(u"NAME.txt"));
+  EXPECT_FALSE(fFolder.Exists(u"name.txt"));
+  EXPECT_EQ(item->Name(), u"NAME.txt");
+}
+
+TEST_F(OakItemIdListEdit, RenameNeverOverwrites) {
+  fFolder.MakeFile(u"a");
+  fFolder.MakeFile(u"b");
+  for (const HWND window : {HWND{}, AnyWindow()}) {
+    const auto item = Item(u"a");
+    EXPECT_THROW(item->Rename(u"b", window, true), EFolderTrekError);
+    EXPECT_TRUE(fFolder.Exists(u"a") && fFolder.Exists(u"b"));
+    EXPECT_EQ(item->Path(), fFolder.Path(u"a"));
+    EXPECT_FALSE(item->IsInvalid());
+  }
+}
+
+TEST_F(OakItemIdListEdit, RenameOfWhatCanNotBeRenamed) {
+  try {
+    TItem::CreateForSpecialFolder(SF_DRIVES, true)->Rename(u"x", nullptr, true);
+    ADD_FAILURE() << "nothing was raised";
+  } catch (const EFolderTrekError& error) {
+    EXPECT_EQ(ToUtf8(error.GetMessage()), "Element cannot be renamed");
+  }
+  EXPECT_THROW(TItem::CreateForSpecialFolder(SF_DESKTOP, true)->Rename(u"x", nullptr, true),
+               EFolderTrekError);
+  EXPECT_THROW(NullItemIdList()->Rename(u"x", nullptr, true), EFolderTrekError);
+}
+
+TEST_F(OakItemIdListEdit, RemovedObjectsAreGone) {
+  fFolder.MakeFile(u"a.txt");
+  fFolder.MakeFolder(u"dir\\below");
+  TItem::From(Item(u"a.txt"))->RemoveStorage();
+  const auto directory = Item(u"dir");
+  TItem::From(directory)->RemoveStorage();
+  EXPECT_FALSE(fFolder.Exists(u"a.txt"));
+  EXPECT_FALSE(fFolder.Exists(u"dir"));
+  EXPECT_THROW(TItem::From(directory)->RemoveStorage(), EFolderTrekError);
+}
+
+TEST_F(OakItemIdListEdit, StreamsReadFilesAndNothingElse) {
+  fFolder.MakeFile(u"a.txt", "hello");
+  const auto stream = Item(u"a.txt").As<IStream>();
+  ASSERT_NE(stream, nullptr);
+  char text[16] = {};
+  ULONG read = 0;
+  EXPECT_EQ(stream->Read(text, 5, &read), S_OK);
+  EXPECT_STREQ(text, "hello");
+  EXPECT_NE(Item(u"a.txt").As<ISequentialStream>(), nullptr);
+  EXPECT_EQ(Item().As<IStream>(), nullptr);
+  EXPECT_EQ(Item(u"missing").As<IStream>(), nullptr);
+}
+
+TEST_F(OakItemIdListEdit, ReloadSeesWhatChanged) {
+  fFolder.MakeFile(u"a.txt", "1");
+  const auto item = Item(u"a.txt");
+  EXPECT_EQ(item->GetPropertyValue(TShellColumns::Size()).ToInt64(), 1);
+  fFolder.MakeFile(u"a.txt", "12345");
+  EXPECT_TRUE(item->Reload());
+  EXPECT_EQ(item->GetPropertyValue(TShellColumns::Size()).ToInt64(), 5);
+  EXPECT_EQ(item->Path(), fFolder.Path(u"a.txt"));
+}
+
+TEST_F(OakItemIdListEdit, LinksLeadToTheirTarget) {
+  fFolder.MakeFile(u"target.txt");
+  fFolder.MakeFolder(u"links");
+  const auto target = Item(u"target.txt");
+  const auto link = TShellLinkHelper::AddLinkTo(target, fFolder.Path(u"links"), u"");
+  ASSERT_NE(link, nullptr);
+  EXPECT_EQ(link->Path(), fFolder.Path(u"links\\target.txt.lnk"));
+  EXPECT_TRUE(link->HasAttributes(SFGAO_LINK));
+  EXPECT_TRUE(link->LinkTarget()->Equals(target, ilcExact));
+  EXPECT_TRUE(TShellLinkHelper::Resolve(link->Path())->Equals(target, ilcExact));
+  EXPECT_EQ(TShellLinkHelper::AddLinkTo(target, fFolder.Path(u"links") + u"\\", u"Named")->Path(),
+            fFolder.Path(u"links\\Named.lnk"));
+  EXPECT_EQ(target->LinkTarget(), target);
+}
+
+TEST_F(OakItemIdListEdit, WhatIsNoLinkHasNoTarget) {
+  fFolder.MakeFile(u"a.txt");
+  fFolder.MakeFile(u"broken.LNK", "no shortcut");
+  const auto item = Item(u"a.txt");
+  EXPECT_EQ(TShellLinkHelper::Resolve(item), nullptr);
+  EXPECT_EQ(TShellLinkHelper::Resolve(Ref<IItemIdList>()), nullptr);
+  EXPECT_EQ(TShellLinkHelper::Resolve(fFolder.Path(u"a.txt")), nullptr);
+  EXPECT_EQ(TShellLinkHelper::Resolve(fFolder.Path(u"missing.lnk")), nullptr);
+  const auto broken = Item(u"broken.LNK");
+  EXPECT_EQ(TShellLinkHelper::Resolve(broken), nullptr);
+  EXPECT_EQ(broken->LinkTarget(), broken);
+  EXPECT_EQ(TShellLinkHelper::AddLinkTo(nullptr, fFolder.Path(), u"x"), nullptr);
+  EXPECT_EQ(TShellLinkHelper::AddLinkTo(NullItemIdList(), fFolder.Path(), u"x"), nullptr);
+  EXPECT_EQ(TShellLinkHelper::AddLinkTo(item, u"", u"x"), nullptr);
+  EXPECT_THROW((void)TShellLinkHelper::AddLinkTo(item, fFolder.Path(u"missing"), u"x"),
+               EFolderTrekError);
+}
+
+TEST_F(OakItemIdListEdit, ErrorModeIsRestored) {
+  fFolder.MakeFile(u"broken.lnk", "no shortcut");
+  const UINT before = Api().SetErrorMode(SEM_NOOPENFILEERRORBOX);
+  (void)TShellLinkHelper::Resolve(fFolder.Path(u"broken.lnk"));
+  (void)Item(u"missing")->IsInvalid();
+  EXPECT_EQ(Api().SetErrorMode(before), static_cast<UINT>(SEM_NOOPENFILEERRORBOX));
+}
+
+}  // namespace
+}  // namespace oak::testing

@@ -1,0 +1,189 @@
+// Making, renaming and removing objects of a directory.
+#include <sys/stat.h>
+
+#include "NativeTree.h"
+
+namespace oak::testing {
+namespace {
+
+TEST(FileSystemEdit, CreatesFilesAndFolders) {
+  const TNativeTree tree;
+  const auto source = tree.Source();
+  TPidl element;
+  ASSERT_EQ(source->Create(u"new folder", true, false, element), S_OK);
+  EXPECT_EQ(NameOf(source, element.Get()), u"new folder");
+  DWORD attributes = 0;
+  ASSERT_EQ(source->GetAttributes(element.Get(), SFGAO_FOLDER, attributes), S_OK);
+  EXPECT_TRUE(attributes & SFGAO_FOLDER);
+  ASSERT_EQ(source->Create(u"file.txt", false, false, element), S_OK);
+  EXPECT_EQ(tree.Text("file.txt"), "");
+}
+
+// What is there stays as it is unless a file was to be replaced by a file.
+TEST(FileSystemEdit, TakenNames) {
+  const TNativeTree tree;
+  tree.Folder("folder");
+  tree.File("folder/inside");
+  tree.File("file", "old");
+  tree.File("outside", "outside");
+  tree.Link("link", "outside");
+  const auto source = tree.Source();
+  const struct {
+    TStringView Name;
+    bool Folder, Replace;
+    HRESULT Result;
+  } cases[] = {{u"folder", true, false, STG_E_FILEALREADYEXISTS},
+               {u"folder", true, true, S_OK},
+               {u"folder", false, true, STG_E_FILEALREADYEXISTS},
+               {u"file", false, false, STG_E_FILEALREADYEXISTS},
+               {u"file", true, true, STG_E_FILEALREADYEXISTS},
+               {u"link", false, true, STG_E_FILEALREADYEXISTS}};
+  for (const auto& test : cases) {
+    TPidl element;
+    EXPECT_EQ(source->Create(test.Name, test.Folder, test.Replace, element), test.Result)
+        << ToUtf8(test.Name);
+  }
+  EXPECT_TRUE(tree.Exists("folder/inside"));
+  EXPECT_EQ(tree.Text("file"), "old");
+  EXPECT_EQ(tree.Text("outside"), "outside");
+  TPidl element;
+  EXPECT_EQ(source->Create(u"file", false, true, element), S_OK);
+  EXPECT_EQ(tree.Text("file"), "");
+}
+
+TEST(FileSystemEdit, ImpossibleNames) {
+  const TNativeTree tree;
+  tree.File("file");
+  const auto source = tree.Source();
+  const TPidl file = Parse(source, u"file");
+  const std::pair<TString, DWORD> cases[] = {
+      {u"", ERROR_INVALID_NAME},      {u".", ERROR_INVALID_NAME},
+      {u"..", ERROR_INVALID_NAME},    {u"a\\b", ERROR_INVALID_NAME},
+      {u"a/b", ERROR_INVALID_NAME},   {u"a:b", ERROR_INVALID_NAME},
+      {u"a*", ERROR_INVALID_NAME},    {TString(u"a\0b", 3), ERROR_INVALID_NAME},
+      {TString(256, u'x'), ERROR_FILENAME_EXCED_RANGE},
+      {TString(128, u'ü'), ERROR_FILENAME_EXCED_RANGE}};  // 256 bytes
+  for (const auto& [name, error] : cases) {
+    TPidl element;
+    EXPECT_EQ(source->Create(name, true, false, element), Win32(error)) << ToUtf8(name);
+    EXPECT_EQ(source->Rename(file.Get(), name, TNameForm::Parsing, element), Win32(error))
+        << ToUtf8(name);
+  }
+  TPidl element;
+  EXPECT_EQ(source->Create(TString(255, u'x'), false, false, element), S_OK);
+  EXPECT_EQ(tree.Source("missing")->Create(u"a", true, false, element),
+            Win32(ERROR_PATH_NOT_FOUND));
+}
+
+TEST(FileSystemEdit, Renames) {
+  const TNativeTree tree;
+  tree.File("a.txt", "a");
+  tree.File("link.lnk");
+  tree.Folder("folder");
+  tree.Link("symlink", "a.txt");
+  const auto source = tree.Source();
+  const struct {
+    TString From, To;
+    TNameForm Form;
+    std::string Result;
+  } cases[] = {{u"a.txt", u"A.TXT", TNameForm::Display, "A.TXT"},  // case alone
+               {u"A.TXT", u"b", TNameForm::Display, "b"},
+               {u"b", u"b", TNameForm::Parsing, "b"},
+               {u"link.lnk", u"renamed", TNameForm::Display, "renamed.lnk"},
+               {u"renamed.lnk", u"whole", TNameForm::Parsing, "whole"},
+               {u"folder", u"Folder.lnk", TNameForm::Display, "Folder.lnk"},
+               {u"symlink", u"other link", TNameForm::Parsing, "other link"}};
+  for (const auto& test : cases) {
+    TPidl renamed;
+    ASSERT_EQ(source->Rename(Parse(source, test.From).Get(), test.To, test.Form, renamed), S_OK);
+    EXPECT_EQ(NameToNative(NameOf(source, renamed.Get())), test.Result);
+    EXPECT_TRUE(tree.Exists(test.Result));
+    EXPECT_TRUE(FromUtf8(test.Result) == test.From || !tree.Exists(ToUtf8(test.From)));
+  }
+  EXPECT_EQ(tree.Text("b"), "a");
+}
+
+TEST(FileSystemEdit, RenamingNeverReplaces) {
+  const TNativeTree tree;
+  tree.File("source", "source");
+  tree.File("target", "target");
+  tree.Folder("empty");
+  tree.Link("broken", "nowhere");
+  ASSERT_EQ(::link(tree.Native("source").c_str(), tree.Native("hard link").c_str()), 0);
+  const auto source = tree.Source();
+  const TPidl file = Parse(source, u"source");
+  for (TStringView name : {u"target", u"empty", u"broken", u"hard link"}) {
+    TPidl renamed;
+    EXPECT_EQ(source->Rename(file.Get(), name, TNameForm::Parsing, renamed),
+              Win32(ERROR_ALREADY_EXISTS))
+        << ToUtf8(name);
+  }
+  EXPECT_EQ(tree.Text("source"), "source");
+  EXPECT_EQ(tree.Text("target"), "target");
+  unlink(tree.Native("source").c_str());
+  TPidl renamed;
+  EXPECT_EQ(source->Rename(file.Get(), u"any", TNameForm::Parsing, renamed),
+            Win32(ERROR_FILE_NOT_FOUND));
+}
+
+TEST(FileSystemEdit, DestroysTreesButNothingBehindLinks) {
+  const TNativeTree tree;
+  tree.Folder("outside");
+  tree.File("outside/precious");
+  tree.Folder("tree");
+  tree.Link("tree/link out", "../outside");
+  tree.Link("tree/up", "..");
+  tree.Link("tree/loop", "loop");
+  tree.File("tree/.hidden");
+  tree.File("tree/bad \xFF name");
+  std::string deep = "tree";
+  for (int i = 0; i < 60; ++i) {
+    deep += "/d";
+    tree.Folder(deep);
+    tree.File(deep + "/file");
+  }
+  tree.Link("root link", "outside");
+  const auto source = tree.Source();
+  EXPECT_EQ(source->Destroy(Parse(source, u"tree").Get()), S_OK);
+  EXPECT_FALSE(tree.Exists("tree"));
+  EXPECT_EQ(source->Destroy(Parse(source, u"root link").Get()), S_OK);
+  EXPECT_FALSE(tree.Exists("root link"));
+  EXPECT_TRUE(tree.Exists("outside/precious"));
+}
+
+TEST(FileSystemEdit, DestroyOfManyAndOfNothing) {
+  const TNativeTree tree;
+  tree.Folder("many");
+  for (int i = 0; i < 2500; ++i) tree.File("many/file number " + std::to_string(i), "");
+  tree.File("Exact");
+  const auto source = tree.Source();
+  EXPECT_EQ(source->Destroy(Parse(source, u"many").Get()), S_OK);
+  EXPECT_FALSE(tree.Exists("many"));
+  // An element that outlived its object must not hit one of similar name.
+  const TPidl stale = Parse(source, u"Exact");
+  ASSERT_EQ(::rename(tree.Native("Exact").c_str(), tree.Native("exact").c_str()), 0);
+  EXPECT_EQ(source->Destroy(stale.Get()), Win32(ERROR_FILE_NOT_FOUND));
+  EXPECT_TRUE(tree.Exists("exact"));
+}
+
+TEST(FileSystemEdit, WithoutRights) {
+  if (geteuid() == 0) GTEST_SKIP() << "root may change every directory";
+  const TNativeTree tree;
+  tree.Folder("closed");
+  tree.File("closed/file");
+  ASSERT_EQ(chmod(tree.Native("closed").c_str(), 0555), 0);
+  const auto source = tree.Source("closed");
+  const TPidl file = Parse(source, u"file");
+  TPidl element;
+  EXPECT_EQ(source->Create(u"new", true, false, element), Win32(ERROR_ACCESS_DENIED));
+  EXPECT_EQ(source->Rename(file.Get(), u"new", TNameForm::Parsing, element),
+            Win32(ERROR_ACCESS_DENIED));
+  EXPECT_EQ(source->Destroy(file.Get()), Win32(ERROR_ACCESS_DENIED));
+  EXPECT_EQ(tree.Source()->Destroy(Parse(tree.Source(), u"closed").Get()),
+            Win32(ERROR_ACCESS_DENIED));
+  EXPECT_TRUE(tree.Exists("closed/file"));
+  chmod(tree.Native("closed").c_str(), 0755);
+}
+
+}  // namespace
+}  // namespace oak::testing

@@ -1,0 +1,204 @@
+// The table of known folders, their places and the manager.
+#include <set>
+
+#include "NativeTree.h"
+#include "oak/base/Guid.h"
+#include "oak/platform/Api.h"
+#include "oak/platform/portable/KnownFolderPlaces.h"
+#include "oak/platform/portable/PortableConfig.h"
+#include "oak/platform/portable/PortableKnownFolders.h"
+
+namespace oak::testing {
+namespace {
+
+// A user whose home is in the test's own directory.
+class KnownFoldersTest : public ::testing::Test {
+ protected:
+  KnownFoldersTest() : fBefore(PortableConfig()) {
+    TPortableConfig config = *fBefore;
+    config.Home = fTree.Native("home");
+    config.ConfigHome = config.Home + "/.config";
+    config.DataHome = config.Home + "/.local/share";
+    config.CacheHome = config.Home + "/.cache";
+    for (const char* name : {"home", "home/.config", "home/.local", "home/.local/share",
+                             "home/Desktop", "home/Dokumente", "home/downloads", "home/Downloads"})
+      fTree.Folder(name);
+    fTree.File("home/.config/user-dirs.dirs",
+               "# comment\nXDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\n"
+               "XDG_MUSIC_DIR=\"$HOME/missing\"\nXDG_TEMPLATES_DIR=\"$HOME/\"\n");
+    SetPortableConfig(config);
+  }
+  ~KnownFoldersTest() override { SetPortableConfig(fBefore); }
+
+  TString HomePath(TStringView rest) const { return fTree.Path("home") + TString(rest); }
+  static TString PathOf(REFGUID id) { return KnownFolderPath(*FindKnownFolder(id)); }
+  static Ref<IKnownFolderManager> Manager() {
+    Ref<IKnownFolderManager> manager;
+    EXPECT_EQ(Api().CoCreateInstance(CLSID_KnownFolderManager, nullptr, CLSCTX_INPROC_SERVER,
+                                     IidOf<IKnownFolderManager>(), manager.PutVoid()),
+              S_OK);
+    return manager;
+  }
+  static GUID IdOf(const Ref<IKnownFolder>& folder) {
+    GUID id = GUID_NULL;
+    if (folder) folder->GetId(&id);
+    return id;
+  }
+
+  const TNativeTree fTree;
+  const std::shared_ptr<const TPortableConfig> fBefore;
+};
+
+TEST(KnownFolderTable, IsConsistent) {
+  std::set<std::string> ids, names;
+  std::set<int> numbers;
+  for (const TKnownFolder& folder : KnownFolders()) {
+    const std::string name = ToUtf8(folder.Name);
+    EXPECT_TRUE(ids.insert(ToUtf8(GuidToString(folder.Id))).second) << name;
+    EXPECT_TRUE(names.insert(ToUtf8(UpperCase(folder.Name))).second) << name;
+    EXPECT_TRUE(folder.Csidl < 0 || numbers.insert(folder.Csidl).second) << name;
+    EXPECT_TRUE(folder.Parent == GUID_NULL || FindKnownFolder(folder.Parent)) << name;
+    EXPECT_EQ(folder.Kind == TKnownFolderKind::Virtual, KnownFolderNativePath(folder).empty()) << name;
+    if (*folder.ParsingName) {
+      EXPECT_EQ(FindKnownFolderByParsingName(u"shell:" + TString(folder.ParsingName)), &folder) << name;
+    }
+  }
+}
+
+TEST(UserDirs, Parsing) {
+  const auto dirs = ParseUserDirs(
+      "XDG_DESKTOP_DIR=\"$HOME/Desk \\\"top\\\"/\"\n"
+      "  XDG_MUSIC_DIR=\"/srv/music\"\r\n"
+      "#XDG_VIDEOS_DIR=\"$HOME/Videos\"\n"
+      "XDG_PICTURES_DIR=$HOME/unquoted\n"
+      "XDG_DOCUMENTS_DIR=\"relative\"\n"
+      "XDG_PUBLICSHARE_DIR=\"$HOME/not closed\n"
+      "XDG_TEMPLATES_DIR=\"$HOMELESS/x\"\n"
+      "HOME=\"/elsewhere\"\nXDG_=\n=\n\nXDG_DOWNLOAD_DIR=\"$HOME\"",
+      "/home/u");
+  const std::unordered_map<std::string, std::string> expected{
+      {"DESKTOP", "/home/u/Desk \"top\""}, {"MUSIC", "/srv/music"}, {"DOWNLOAD", "/home/u"}};
+  EXPECT_EQ(dirs, expected);
+}
+
+TEST_F(KnownFoldersTest, PlacesOfTheUser) {
+  EXPECT_EQ(PathOf(FOLDERID_Profile), HomePath(u""));
+  EXPECT_EQ(PathOf(FOLDERID_Desktop), HomePath(u"\\Desktop"));
+  EXPECT_EQ(PathOf(FOLDERID_Documents), HomePath(u"\\Dokumente"));
+  EXPECT_EQ(PathOf(FOLDERID_Music), HomePath(u"\\Music"));          // named but missing
+  EXPECT_EQ(PathOf(FOLDERID_Templates), HomePath(u"\\Templates"));  // switched off
+  EXPECT_EQ(PathOf(FOLDERID_RoamingAppData), HomePath(u"\\.config"));
+  EXPECT_EQ(PathOf(FOLDERID_LocalAppData), HomePath(u"\\.local\\share"));
+  EXPECT_EQ(PathOf(FOLDERID_NetHood), HomePath(u"\\.local\\share\\oak-shell\\Network Shortcuts"));
+  EXPECT_EQ(PathOf(FOLDERID_ComputerFolder), u"");
+}
+
+TEST_F(KnownFoldersTest, ByNumber) {
+  const std::pair<int, GUID> cases[] = {{CSIDL_DESKTOP, FOLDERID_Desktop},
+                                        {CSIDL_DESKTOPDIRECTORY, FOLDERID_Desktop},
+                                        {CSIDL_ALTSTARTUP, FOLDERID_Startup},
+                                        {CSIDL_COMMON_FAVORITES, FOLDERID_Favorites},
+                                        {CSIDL_PERSONAL | CSIDL_FLAG_CREATE, FOLDERID_Documents},
+                                        {CSIDL_DRIVES, FOLDERID_ComputerFolder},
+                                        {CSIDL_BITBUCKET, FOLDERID_RecycleBinFolder}};
+  for (const auto& [csidl, id] : cases) {
+    GUID found = GUID_NULL;
+    EXPECT_EQ(Manager()->FolderIdFromCsidl(csidl, &found), S_OK) << csidl;
+    EXPECT_EQ(found, id) << csidl;
+  }
+  GUID found = GUID_NULL;
+  EXPECT_EQ(Manager()->FolderIdFromCsidl(-1, &found), E_INVALIDARG);
+  EXPECT_EQ(Manager()->FolderIdFromCsidl(0xFF, &found), E_INVALIDARG);
+  int csidl = 0;
+  EXPECT_EQ(Manager()->FolderIdToCsidl(FOLDERID_Downloads, &csidl), E_INVALIDARG);
+  EXPECT_EQ(Manager()->FolderIdToCsidl(FOLDERID_Fonts, &csidl), S_OK);
+  EXPECT_EQ(csidl, CSIDL_FONTS);
+}
+
+// The two download directories of this user differ in case alone.
+TEST_F(KnownFoldersTest, FromPath) {
+  const struct {
+    TString Path;
+    FFFP_MODE Mode;
+    GUID Id;
+  } cases[] = {
+      {HomePath(u"\\Dokumente"), FFFP_EXACTMATCH, FOLDERID_Documents},
+      {HomePath(u"\\Dokumente\\"), FFFP_EXACTMATCH, FOLDERID_Documents},
+      {UpperCase(HomePath(u"\\Dokumente")), FFFP_EXACTMATCH, FOLDERID_Documents},
+      {HomePath(u"\\Downloads"), FFFP_EXACTMATCH, FOLDERID_Downloads},
+      {HomePath(u"\\downloads"), FFFP_EXACTMATCH, GUID_NULL},
+      {HomePath(u"\\Dokumente\\a\\b.txt"), FFFP_EXACTMATCH, GUID_NULL},
+      {HomePath(u"\\Dokumente\\a\\b.txt"), FFFP_NEARESTPARENTMATCH, FOLDERID_Documents},
+      {HomePath(u"\\DokumenteX"), FFFP_NEARESTPARENTMATCH, FOLDERID_Profile},
+      {u"C:\\", FFFP_NEARESTPARENTMATCH, GUID_NULL},
+      {u"no path", FFFP_NEARESTPARENTMATCH, GUID_NULL}};
+  for (const auto& test : cases) {
+    Ref<IKnownFolder> folder;
+    const HRESULT result = Manager()->FindFolderFromPath(W(test.Path), test.Mode, folder.Put());
+    EXPECT_EQ(IdOf(folder), test.Id) << ToUtf8(test.Path);
+    EXPECT_EQ(result, folder ? S_OK : Win32(ERROR_NOT_FOUND));
+  }
+  Ref<IKnownFolder> folder;
+  EXPECT_EQ(Manager()->FindFolderFromPath(u"", FFFP_EXACTMATCH, folder.Put()), E_INVALIDARG);
+}
+
+TEST_F(KnownFoldersTest, FromItemIdList) {
+  const ITEMIDLIST empty{};
+  Ref<IKnownFolder> folder;
+  ASSERT_EQ(Manager()->FindFolderFromIDList(&empty, folder.Put()), S_OK);
+  EXPECT_EQ(IdOf(folder), FOLDERID_Desktop);
+  const std::pair<TString, GUID> cases[] = {
+      {u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}", FOLDERID_ComputerFolder},
+      {HomePath(u"\\Dokumente"), FOLDERID_Documents},
+      {HomePath(u"\\Desktop"), FOLDERID_Desktop},
+      {HomePath(u"\\downloads"), GUID_NULL},
+      {u"C:\\", GUID_NULL}};
+  for (const auto& [name, id] : cases) {
+    TPidl list;
+    ASSERT_EQ(Api().SHParseDisplayName(W(name), nullptr, list.Put(), 0, nullptr), S_OK) << ToUtf8(name);
+    Manager()->FindFolderFromIDList(list.Get(), folder.Put());
+    EXPECT_EQ(IdOf(folder), id) << ToUtf8(name);
+  }
+  const TPidl foreign = MakeElement(200, 1, {});
+  EXPECT_EQ(Manager()->FindFolderFromIDList(foreign.Get(), folder.Put()), Win32(ERROR_NOT_FOUND));
+}
+
+TEST_F(KnownFoldersTest, FolderObjects) {
+  Ref<IKnownFolder> folder;
+  ASSERT_EQ(Manager()->GetFolderByName(u"personal", folder.Put()), S_OK);
+  EXPECT_EQ(IdOf(folder), FOLDERID_Documents);
+  TTaskMemory<WCHAR> path;
+  ASSERT_EQ(folder->GetPath(0, path.Put()), S_OK);
+  EXPECT_EQ(FromW(path.Get()), HomePath(u"\\Dokumente"));
+  KNOWNFOLDER_DEFINITION definition{};
+  ASSERT_EQ(folder->GetFolderDefinition(&definition), S_OK);
+  EXPECT_EQ(definition.category, KF_CATEGORY_PERUSER);
+  EXPECT_EQ(FromW(definition.pszName), u"Personal");
+  EXPECT_EQ(FromW(definition.pszLocalizedName), u"Documents");
+  EXPECT_EQ(FromW(definition.pszRelativePath), u"Dokumente");
+  for (LPWSTR text : {definition.pszName, definition.pszLocalizedName, definition.pszRelativePath,
+                      definition.pszParsingName})
+    CoTaskMemFree(text);
+  ASSERT_EQ(Manager()->GetFolder(FOLDERID_ComputerFolder, folder.Put()), S_OK);
+  EXPECT_EQ(folder->GetPath(0, path.Put()), E_INVALIDARG);
+}
+
+// A missing directory is made when told so; those of our own even without.
+TEST_F(KnownFoldersTest, MissingDirectories) {
+  const auto path = [&](REFGUID id, DWORD flags) {
+    Ref<IKnownFolder> folder;
+    Manager()->GetFolder(id, folder.Put());
+    TTaskMemory<WCHAR> text;
+    return folder->GetPath(flags, text.Put());
+  };
+  EXPECT_EQ(path(FOLDERID_Videos, 0), Win32(ERROR_FILE_NOT_FOUND));
+  EXPECT_EQ(path(FOLDERID_Videos, KF_FLAG_DONT_VERIFY), S_OK);
+  EXPECT_FALSE(fTree.Exists("home/Videos"));
+  EXPECT_EQ(path(FOLDERID_Videos, KF_FLAG_CREATE), S_OK);
+  EXPECT_TRUE(fTree.Exists("home/Videos"));
+  EXPECT_EQ(path(FOLDERID_SendTo, 0), S_OK);
+  EXPECT_TRUE(fTree.Exists("home/.local/share/oak-shell/SendTo"));
+}
+
+}  // namespace
+}  // namespace oak::testing

@@ -1,0 +1,280 @@
+// Folders of others, mounted: listing, looks, changes, life time.
+#include <atomic>
+#include <thread>
+
+#include "oak/base/Variant.h"
+#include "tests/platform/portable/ShellFixture.h"
+#include "tests/platform/portable/ShellMemoryFolder.h"
+
+namespace oak {
+namespace {
+
+class TShellMount : public TShellTest {
+ protected:
+  /// The tree of most tests, at the given place of the namespace.
+  TFolderMount Mount(TStringView parent = {}, TStringView name = u"Memory") {
+    TFolderMount mount;
+    mount.Parent = parent;
+    mount.Name = name;
+    mount.Source = MakeMemoryFolder(
+        fTree, MemoryFolder(u"", {MemoryFolder(u"Inner", {MemoryFile(u"deep.txt", 7)}), MemoryFile(u"a10", 10),
+                                  MemoryFile(u"a2", 20), MemoryFile(u"ghost", 0, SFGAO_HIDDEN),
+                                  MemoryFile(u"boot", 0, SFGAO_HIDDEN | SFGAO_SYSTEM),
+                                  MemoryFile(u"link", 0, SFGAO_LINK), MemoryFolder(u"Empty")}));
+    return mount;
+  }
+  TPidl Child(IShellFolder* folder, TStringView name) {
+    TString text(name);
+    TPidl child;
+    EXPECT_EQ(folder->ParseDisplayName(nullptr, nullptr, WBuffer(text), nullptr, child.Put(), nullptr), S_OK) << Show(name);
+    return child;
+  }
+
+  std::shared_ptr<TMemoryTree> fTree = std::make_shared<TMemoryTree>();
+};
+
+TEST_F(TShellMount, EnumerationFollowsTheFlags) {
+  const TScopedMount scope(Mount());
+  const struct {
+    DWORD Flags;
+    const char16_t* Names;
+  } cases[] = {
+      {SHCONTF_FOLDERS, u"Inner Empty"},
+      {SHCONTF_NONFOLDERS, u"a10 a2 link"},
+      {SHCONTF_FOLDERS | SHCONTF_NAVIGATION_ENUM, u"Inner Empty"},
+      {SHCONTF_FOLDERS | SHCONTF_NONFOLDERS, u"Inner a10 a2 link Empty"},
+      {SHCONTF_NONFOLDERS | SHCONTF_INCLUDEHIDDEN, u"a10 a2 ghost link"},
+      {SHCONTF_NONFOLDERS | SHCONTF_INCLUDESUPERHIDDEN, u"a10 a2 link"},
+      {AllObjects, u"Inner a10 a2 ghost boot link Empty"},
+      {0, u""},
+  };
+  for (const auto& test : cases)
+    EXPECT_EQ(Show(Join(List(u"Memory", test.Flags), u" ")), Show(test.Names)) << std::hex << test.Flags;
+}
+
+TEST_F(TShellMount, EnumeratorsGoOnDemand) {
+  const TScopedMount scope(Mount());
+  Ref<IEnumIDList> walk, copy;
+  ASSERT_EQ(Folder(u"Memory")->EnumObjects(nullptr, AllObjects, walk.Put()), S_OK);
+  EXPECT_EQ(fTree->Listed, 0) << "nothing is read before it is asked for";
+  TPidl child;
+  ASSERT_EQ(walk->Next(1, child.Put(), nullptr), S_OK);
+  EXPECT_EQ(fTree->Listed, 1);
+  ASSERT_EQ(walk->Skip(2), S_OK);
+  ASSERT_EQ(walk->Clone(copy.Put()), S_OK);
+  PITEMID_CHILD more[9] = {};
+  ULONG fetched = 0;
+  EXPECT_EQ(walk->Next(9, more, nullptr), E_POINTER);
+  EXPECT_EQ(walk->Next(9, more, &fetched), S_FALSE);
+  EXPECT_EQ(fetched, 4u);
+  for (PITEMID_CHILD pidl : more) CoTaskMemFree(pidl);
+  ASSERT_EQ(copy->Next(1, child.Put(), nullptr), S_OK);
+  EXPECT_EQ(Show(Name(Folder(u"Memory").Get(), child.Get(), SHGDN_INFOLDER)), "ghost");
+  EXPECT_EQ(copy->Skip(9), S_FALSE);
+  ASSERT_EQ(copy->Reset(), S_OK);
+  ASSERT_EQ(copy->Next(1, child.Put(), nullptr), S_OK);
+  EXPECT_EQ(Show(Name(Folder(u"Memory").Get(), child.Get(), SHGDN_INFOLDER)), "Inner");
+}
+
+TEST_F(TShellMount, AFailureInTheMiddleIsReported) {
+  const TScopedMount scope(Mount());
+  fTree->Failure = HRESULT_FROM_WIN32(64);  // ERROR_NETNAME_DELETED
+  Ref<IEnumIDList> walk;
+  ASSERT_EQ(Folder(u"Memory")->EnumObjects(nullptr, AllObjects, walk.Put()), S_OK);
+  PITEMID_CHILD two[2] = {};
+  ULONG fetched = 0;
+  EXPECT_EQ(walk->Next(2, two, &fetched), S_FALSE);
+  EXPECT_EQ(fetched, 1u) << "what was found before it is delivered";
+  CoTaskMemFree(two[0]);
+  TPidl child;
+  EXPECT_EQ(walk->Next(1, child.Put(), &fetched), fTree->Failure);
+  EXPECT_EQ(fetched, 0u);
+}
+
+TEST_F(TShellMount, NamesPathsAndAttributesAreComposed) {
+  TFolderMount mount = Mount(u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}", u"Volume");
+  mount.ParsingName = u"X:\\";
+  mount.FileSystemPath = u"X:\\";
+  mount.Attributes |= SFGAO_FILESYSTEM;
+  mount.Source = MakeMemoryFolder(
+      fTree, MemoryFolder(u"", {MemoryFolder(u"Inner", {MemoryFile(u"deep.txt", 7, SFGAO_FILESYSTEM)},
+                                             SFGAO_FILESYSTEM),
+                                MemoryFile(u"virtual")}));
+  const TScopedMount drive(std::move(mount));
+  const TScopedMount folder(Mount(u"C:\\Dir", u"Archive"));
+
+  EXPECT_EQ(Show(Name(u"x:\\inner\\DEEP.txt", SIGDN_FILESYSPATH)), "X:\\Inner\\deep.txt");
+  EXPECT_EQ(Show(Name(u"X:\\virtual", SIGDN_DESKTOPABSOLUTEPARSING)), "X:\\virtual");
+  EXPECT_EQ(Show(Name(u"X:\\virtual", SIGDN_FILESYSPATH)), "!80070057");
+  EXPECT_EQ(Show(Name(u"X:\\", SIGDN_NORMALDISPLAY)), "Volume");
+  EXPECT_EQ(Show(Name(u"C:\\Dir\\Archive\\Inner\\deep.txt", SIGDN_DESKTOPABSOLUTEPARSING)),
+            "C:\\Dir\\Archive\\Inner\\deep.txt");
+  EXPECT_EQ(Attributes(u"X:\\Inner", SFGAO_FOLDER | SFGAO_HASSUBFOLDER | SFGAO_STREAM | SFGAO_FILESYSTEM),
+            SFGAO_FOLDER | SFGAO_HASSUBFOLDER | SFGAO_FILESYSTEM);
+  // Mounts come before the objects of the folder itself.
+  EXPECT_EQ(Show(List(u"C:\\Dir", AllObjects).front()), "Archive");
+  EXPECT_EQ(Show(List(u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}", AllObjects).front()), "Volume");
+}
+
+TEST_F(TShellMount, ANewerMountHidesTheOlderOne) {
+  auto other = std::make_shared<TMemoryTree>();
+  const TMountHandle first = MountFolder(Mount());
+  TFolderMount newer = Mount();
+  newer.Source = MakeMemoryFolder(other, MemoryFolder(u"", {MemoryFile(u"new")}));
+  const TMountHandle second = MountFolder(std::move(newer));
+  EXPECT_EQ(Show(Join(List(u"memory", AllObjects), u" ")), "new");
+  EXPECT_TRUE(UnmountFolder(second));
+  EXPECT_FALSE(UnmountFolder(second));
+  EXPECT_EQ(List(u"memory", AllObjects).size(), 7u);
+  EXPECT_TRUE(UnmountFolder(first));
+}
+
+TEST_F(TShellMount, ObjectsOutliveTheMount) {
+  const TMountHandle handle = MountFolder(Mount());
+  const Ref<IShellItem2> item = Item(u"Memory\\Inner\\deep.txt");
+  const Ref<IShellFolder2> folder = Folder(u"Memory");
+  const TPidl pidl = Parse(u"Memory\\Inner\\deep.txt");
+  ASSERT_TRUE(UnmountFolder(handle));
+  EXPECT_EQ(Show(Name(item, SIGDN_PARENTRELATIVE)), "deep.txt");
+  Ref<IEnumIDList> walk;
+  EXPECT_EQ(folder->EnumObjects(nullptr, AllObjects, walk.Put()), S_OK);
+  Ref<IShellItem> again;
+  EXPECT_TRUE(FAILED(Api().SHCreateItemFromIDList(pidl.Get(), IID_IShellItem, again.PutVoid())));
+  HRESULT result = S_OK;
+  (void)Parse(u"Memory", &result);
+  EXPECT_EQ(result, HRESULT_FROM_WIN32(2));
+}
+
+TEST_F(TShellMount, VersionsOfTheSystem) {
+  EXPECT_TRUE(Parse(u"shell:::{679f85cb-0220-4080-b29b-5540cc05aab6}"));
+  EXPECT_EQ(Show(List({}, AllObjects).front()), "Quick access");
+  TPortableConfig old = *PortableConfig();
+  old.MajorVersion = 6;
+  old.MinorVersion = 1;
+  SetPortableConfig(std::move(old));
+  HRESULT result = S_OK;
+  (void)Parse(u"shell:::{679f85cb-0220-4080-b29b-5540cc05aab6}", &result);
+  EXPECT_TRUE(FAILED(result));
+  EXPECT_EQ(Show(List({}, AllObjects).front()), "Me");
+}
+
+TEST_F(TShellMount, StorageCreatesRenamesAndDestroys) {
+  const TScopedMount scope(Mount());
+  const Ref<IStorage> storage = Folder(u"Memory").As<IStorage>();
+  ASSERT_TRUE(storage);
+  Ref<IStorage> made;
+  ASSERT_EQ(storage->CreateStorage(W(u"New"), STGM_FAILIFTHERE, 0, 0, made.Put()), S_OK);
+  EXPECT_EQ(Show(Join(List(u"Memory\\New", AllObjects), u" ")), "");
+  EXPECT_EQ(storage->CreateStorage(W(u"new"), STGM_FAILIFTHERE, 0, 0, made.Put()), STG_E_FILEALREADYEXISTS);
+  EXPECT_FALSE(made);
+  EXPECT_EQ(storage->CreateStorage(W(u"a\\b"), 0, 0, 0, made.Put()), STG_E_INVALIDNAME);
+  EXPECT_EQ(storage->CreateStorage(W(u""), 0, 0, 0, made.Put()), STG_E_INVALIDNAME);
+  EXPECT_EQ(storage->RenameElement(W(u"a2"), W(u"link")), STG_E_FILEALREADYEXISTS);
+  EXPECT_EQ(storage->RenameElement(W(u"nobody"), W(u"x")), STG_E_FILENOTFOUND);
+  EXPECT_EQ(storage->RenameElement(W(u"a2"), W(u"A2")), S_OK);
+  EXPECT_EQ(storage->DestroyElement(W(u"a10")), S_OK);
+  EXPECT_EQ(storage->DestroyElement(W(u"a10")), STG_E_FILENOTFOUND);
+  EXPECT_EQ(Show(Join(List(u"Memory", SHCONTF_FOLDERS | SHCONTF_NONFOLDERS), u" ")), "Inner A2 link Empty New");
+  STATSTG stat{};
+  ASSERT_EQ(storage->Stat(&stat, STATFLAG_DEFAULT), S_OK);
+  EXPECT_EQ(Show(FromW(stat.pwcsName)), "Memory");
+  EXPECT_EQ(stat.type, STGTY_STORAGE);
+  CoTaskMemFree(stat.pwcsName);
+
+  // Storages of the folder's objects carry their sizes.
+  Ref<IEnumSTATSTG> elements;
+  ASSERT_EQ(storage->EnumElements(0, nullptr, 0, elements.Put()), S_OK);
+  STATSTG element[2] = {};
+  ULONG fetched = 0;
+  ASSERT_EQ(elements->Next(2, element, &fetched), S_OK);
+  EXPECT_EQ(element[0].type, STGTY_STORAGE);
+  EXPECT_EQ(element[1].cbSize.QuadPart, 20u);
+  for (const STATSTG& entry : element) CoTaskMemFree(entry.pwcsName);
+}
+
+TEST_F(TShellMount, SetNameOf) {
+  const TScopedMount scope(Mount());
+  const Ref<IShellFolder2> folder = Folder(u"Memory");
+  TPidl renamed;
+  ASSERT_EQ(folder->SetNameOf(nullptr, Child(folder.Get(), u"a2").Get(), W(u"b"), SHGDN_INFOLDER, renamed.Put()), S_OK);
+  EXPECT_EQ(Show(Name(folder.Get(), renamed.Get(), SHGDN_INFOLDER)), "b");
+  EXPECT_EQ(folder->SetNameOf(nullptr, renamed.Get(), W(u""), SHGDN_INFOLDER, nullptr), E_INVALIDARG);
+  EXPECT_EQ(folder->SetNameOf(nullptr, renamed.Get(), W(u"link"), SHGDN_INFOLDER, nullptr), STG_E_FILEALREADYEXISTS);
+  // Mounts are renamed by nobody.
+  EXPECT_TRUE(FAILED(Desktop()->SetNameOf(nullptr, Parse(u"Memory").Get(), W(u"x"), SHGDN_INFOLDER, nullptr)));
+}
+
+TEST_F(TShellMount, ColumnsAndDetails) {
+  const TScopedMount scope(Mount());
+  const Ref<IShellFolder2> folder = Folder(u"Memory");
+  SHELLDETAILS details{};
+  ASSERT_EQ(folder->GetDetailsOf(nullptr, 1, &details), S_OK);
+  EXPECT_EQ(Show(FromW(details.str.pOleStr)), "Size");
+  EXPECT_EQ(details.fmt, LVCFMT_RIGHT);
+  CoTaskMemFree(details.str.pOleStr);
+  ASSERT_EQ(folder->GetDetailsOf(Child(folder.Get(), u"a2").Get(), 0, &details), S_OK);
+  EXPECT_EQ(Show(FromW(details.str.pOleStr)), "a2");
+  CoTaskMemFree(details.str.pOleStr);
+  EXPECT_TRUE(FAILED(folder->GetDetailsOf(nullptr, 2, &details)));
+  SHCOLUMNID key{};
+  EXPECT_TRUE(FAILED(folder->MapColumnToSCID(2, &key)));
+  TVariant value;
+  ASSERT_EQ(folder->GetDetailsEx(Child(folder.Get(), u"a2").Get(), &PKEY_Size, value.Put()), S_OK);
+  EXPECT_EQ(value.Get().ullVal, 20u);
+  ASSERT_EQ(folder->GetDetailsEx(Child(folder.Get(), u"a2").Get(), &PKEY_Author, value.Put()), S_OK);
+  EXPECT_TRUE(value.IsEmpty());
+}
+
+TEST_F(TShellMount, TipsOverlaysAndHandlers) {
+  TFolderMount mount = Mount();
+  mount.InfoTip = u"In memory only";
+  mount.OverlayIndex = 3;
+  const TScopedMount scope(std::move(mount));
+  const TPidl pidl = Parse(u"Memory");
+  const PCUITEMID_CHILD child = pidl.Get();
+  Ref<IQueryInfo> tip;
+  TTaskMemory<WCHAR> text;
+  ASSERT_EQ(Desktop()->GetUIObjectOf(nullptr, 1, &child, IID_IQueryInfo, nullptr, tip.PutVoid()), S_OK);
+  ASSERT_EQ(tip->GetInfoTip(8, text.Put()), S_OK);
+  EXPECT_EQ(Show(FromW(text.Get())), "In memory only");
+  int index = 0;
+  EXPECT_EQ(Desktop().As<IShellIconOverlay>()->GetOverlayIndex(child, &index), S_OK);
+  EXPECT_EQ(index, 3);
+
+  // The folder's source is asked for handlers, for several objects at once too.
+  const Ref<IShellFolder2> folder = Folder(u"Memory");
+  const TPidl a = Child(folder.Get(), u"a2"), b = Child(folder.Get(), u"link");
+  const PCUITEMID_CHILD both[] = {a.Get(), b.Get()};
+  Ref<IContextMenu> menu;
+  EXPECT_EQ(folder->GetUIObjectOf(nullptr, 2, both, IID_IContextMenu, nullptr, menu.PutVoid()), E_NOINTERFACE);
+  EXPECT_EQ(folder->GetUIObjectOf(nullptr, 0, nullptr, IID_IContextMenu, nullptr, menu.PutVoid()), E_INVALIDARG);
+  ASSERT_EQ(fTree->Asked.size(), 1u);
+  EXPECT_TRUE(fTree->Asked[0] == IID_IContextMenu);
+  const Ref<IShellIconOverlay> overlay = folder.As<IShellIconOverlay>();
+  EXPECT_EQ(overlay->GetOverlayIndex(b.Get(), &index), S_OK);
+  EXPECT_EQ(overlay->GetOverlayIndex(a.Get(), &index), S_FALSE);
+  EXPECT_EQ(index, -1);
+}
+
+// Several threads use one folder and one item while a mount comes and goes.
+TEST_F(TShellMount, SeveralThreads) {
+  const TScopedMount scope(Mount());
+  const Ref<IShellItem2> item = Item(u"Memory\\Inner");
+  std::atomic<int> failures{0};
+  const auto work = [&](int number) {
+    for (int round = 0; round < 50; ++round) {
+      if (List(u"Memory", AllObjects).size() != 7) ++failures;
+      if (Name(item, SIGDN_DESKTOPABSOLUTEPARSING) != u"Memory\\Inner") ++failures;
+      if (FAILED(item->Update(nullptr))) ++failures;
+      const TScopedMount own(Mount({}, u"Own" + IntToStr(number)));
+      if (List(u"Own" + IntToStr(number), SHCONTF_FOLDERS).size() != 2) ++failures;
+    }
+  };
+  std::vector<std::thread> threads;
+  for (int number = 0; number < 4; ++number) threads.emplace_back(work, number);
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(failures, 0);
+}
+
+}  // namespace
+}  // namespace oak

@@ -1,0 +1,233 @@
+// Sizes, names, messages, dates as text; environment and string resources.
+#include <cstdlib>
+#include <set>
+
+#include "oak/platform/portable/PortableStrings.h"
+#include "tests/platform/portable/SystemTest.h"
+
+namespace oak::test {
+namespace {
+
+TEST(SystemText, ByteSizes) {
+  struct {
+    LONGLONG Size;
+    TStringView Bytes, Kilobytes;
+  } const cases[] = {
+      {0, u"0 bytes", u"0 KB"},
+      {1, u"1 bytes", u"1 KB"},
+      {532, u"532 bytes", u"1 KB"},
+      {1023, u"1,023 bytes", u"1 KB"},
+      {1024, u"1.00 KB", u"1 KB"},
+      {1340, u"1.30 KB", u"2 KB"},
+      {23506, u"22.9 KB", u"23 KB"},
+      {1023999, u"999 KB", u"1,000 KB"},
+      {1024000, u"0.97 MB", u"1,000 KB"},
+      {2400016, u"2.28 MB", u"2,344 KB"},
+      {2400000000, u"2.23 GB", u"2,343,750 KB"},
+      {INT64_MAX, u"7.99 EB", u"9,007,199,254,740,992 KB"},
+      {-1340, u"-1.30 KB", u"-2 KB"},
+      {INT64_MIN, u"-8.00 EB", u"-9,007,199,254,740,992 KB"},
+  };
+  WCHAR buffer[64];
+  for (const auto& c : cases) {
+    EXPECT_EQ(Show(FromW(Api().StrFormatByteSizeW(c.Size, buffer, 64))), Show(c.Bytes)) << c.Size;
+    EXPECT_EQ(Show(FromW(Api().StrFormatKBSizeW(c.Size, buffer, 64))), Show(c.Kilobytes)) << c.Size;
+  }
+  EXPECT_EQ(FromW(Api().StrFormatByteSizeW(1340, buffer, 4)), u"1.3");
+  EXPECT_EQ(Api().StrFormatByteSizeW(1340, nullptr, 4), nullptr);
+  EXPECT_EQ(Api().StrFormatKBSizeW(1340, buffer, 0), nullptr);
+  EXPECT_EQ(Api().StrFormatByteSizeEx(1340, 1, buffer, 64), S_OK);
+  EXPECT_EQ(FromW(buffer), u"1.31 KB");
+  EXPECT_EQ(Api().StrFormatByteSizeEx(1023990, 1, buffer, 64), S_OK);
+  EXPECT_EQ(FromW(buffer), u"1,000 KB");
+  EXPECT_EQ(Api().StrFormatByteSizeEx(1, 7, buffer, 64), E_INVALIDARG);
+}
+
+TEST(SystemText, StrRet) {
+  LPWSTR text = nullptr;
+  STRRET wide{};
+  wide.uType = STRRET_WSTR;
+  wide.pOleStr = static_cast<LPWSTR>(CoTaskMemAlloc(6));
+  std::copy_n(u"ab", 3, wide.pOleStr);
+  EXPECT_EQ(Api().StrRetToStrW(&wide, nullptr, &text), S_OK);
+  EXPECT_EQ(FromW(text), u"ab");
+  CoTaskMemFree(text);
+
+  STRRET narrow{};
+  narrow.uType = STRRET_CSTR;
+  std::fill_n(narrow.cStr, sizeof narrow.cStr, 'x');  // without an end
+  EXPECT_EQ(Api().StrRetToStrW(&narrow, nullptr, &text), S_OK);
+  EXPECT_EQ(FromW(text), TString(MAX_PATH, u'x'));
+  CoTaskMemFree(text);
+
+  const BYTE pidl[] = {5, 0, 'a', 'b', 'c', 0, 0};
+  STRRET offset{};
+  offset.uType = STRRET_OFFSET;
+  offset.uOffset = 3;
+  EXPECT_EQ(Api().StrRetToStrW(&offset, reinterpret_cast<LPCITEMIDLIST>(pidl), &text), S_OK);
+  EXPECT_EQ(FromW(text), u"bc");
+  CoTaskMemFree(text);
+  offset.uOffset = 7;
+  EXPECT_EQ(Api().StrRetToStrW(&offset, reinterpret_cast<LPCITEMIDLIST>(pidl), &text), E_INVALIDARG);
+  EXPECT_EQ(text, nullptr);
+  EXPECT_EQ(Api().StrRetToStrW(&offset, nullptr, &text), E_INVALIDARG);
+  offset.uType = 9;
+  EXPECT_TRUE(FAILED(Api().StrRetToStrW(&offset, nullptr, &text)));
+  EXPECT_TRUE(FAILED(Api().StrRetToStrW(nullptr, nullptr, &text)));
+}
+
+TEST(SystemText, NamesAndPatterns) {
+  EXPECT_EQ(Api().StrCmpLogicalW(u"a2", u"a10"), -1);
+  EXPECT_EQ(Api().StrCmpLogicalW(u"B", u"a"), 1);
+  EXPECT_EQ(Api().StrCmpLogicalW(nullptr, u"a"), -1);
+  EXPECT_TRUE(Api().PathMatchSpecW(u"a.TXT", u"*.doc; *.txt"));
+  EXPECT_FALSE(Api().PathMatchSpecW(nullptr, u"*"));
+  EXPECT_FALSE(Api().PathMatchSpecW(u"a", nullptr));
+}
+
+TString Message(DWORD flags, LPCVOID source, DWORD code, va_list* arguments = nullptr) {
+  TString buffer(512, u'\0');
+  const DWORD length = Api().FormatMessageW(flags, source, code, 0, WBuffer(buffer), 512, arguments);
+  return buffer.substr(0, length);
+}
+
+TEST(SystemText, Messages) {
+  constexpr DWORD plain = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
+  const TString notFound = Message(plain, nullptr, ERROR_FILE_NOT_FOUND);
+  EXPECT_TRUE(EndsWith(notFound, u".\r\n"));
+  EXPECT_EQ(Message(plain, nullptr, 0x80070002u), notFound);
+  EXPECT_EQ(Message(plain | FORMAT_MESSAGE_MAX_WIDTH_MASK, nullptr, 2) + u"\r\n", notFound);
+  std::set<TString> different;
+  for (const DWORD code : {3u, 5u, 18u, 21u, 87u, 183u, 267u, 1223u, 1326u, 0x80004005u})
+    different.insert(Message(plain, nullptr, code));
+  EXPECT_EQ(different.size(), 10u);
+  EXPECT_FALSE(different.contains(u""));
+  EXPECT_EQ(Message(plain, nullptr, 12175), u"");
+  EXPECT_EQ(Message(plain, nullptr, 0xDEADBEEF), u"");
+  EXPECT_EQ(Message(FORMAT_MESSAGE_FROM_HMODULE, Api().LoadLibraryW(u"wininet.dll"), 12007), u"");
+
+  LPWSTR allocated = nullptr;
+  const DWORD length = Api().FormatMessageW(plain | FORMAT_MESSAGE_ALLOCATE_BUFFER, nullptr, 2, 0,
+                                            reinterpret_cast<LPWSTR>(&allocated), 0, nullptr);
+  EXPECT_EQ(TString(allocated, length), notFound);
+  EXPECT_EQ(Api().LocalFree(allocated), nullptr);
+  WCHAR tiny[4];
+  EXPECT_EQ(ErrorAfter([&] { Api().FormatMessageW(plain, nullptr, 2, 0, tiny, 4, nullptr); }),
+            ERROR_INSUFFICIENT_BUFFER);
+  EXPECT_EQ(ErrorAfter([&] { Api().FormatMessageW(plain, nullptr, 2, 0, nullptr, 4, nullptr); }),
+            ERROR_INVALID_PARAMETER);
+
+  const DWORD_PTR inserts[] = {reinterpret_cast<DWORD_PTR>(u"one"), reinterpret_cast<DWORD_PTR>(u"two")};
+  auto* list = reinterpret_cast<va_list*>(const_cast<DWORD_PTR*>(inserts));
+  EXPECT_EQ(Message(FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY,
+                    u"%2!s! and %1%n100%%%0 never", 0, list), u"two and one\r\n100%");
+  EXPECT_EQ(Message(FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_IGNORE_INSERTS, u"%1", 0), u"%1");
+  EXPECT_EQ(Message(FORMAT_MESSAGE_FROM_STRING, u"<%1>", 0), u"<>");
+}
+
+TString Date(const SYSTEMTIME& date, DWORD flags, LPCWSTR picture = nullptr) {
+  WCHAR buffer[80] = {};
+  return Api().GetDateFormatW(0x400, flags, &date, picture, buffer, 80) ? FromW(buffer) : u"(failed)";
+}
+TString Time(const SYSTEMTIME& time, DWORD flags, LPCWSTR picture = nullptr) {
+  WCHAR buffer[80] = {};
+  return Api().GetTimeFormatW(0x400, flags, &time, picture, buffer, 80) ? FromW(buffer) : u"(failed)";
+}
+
+TEST(SystemText, DatesFollowTheLanguage) {
+  const SYSTEMTIME noon{2024, 2, 0, 29, 12, 5, 9, 0};
+  const SYSTEMTIME night{2024, 2, 0, 29, 0, 5, 9, 0};
+  TPortableConfig config = PortableConfigFromEnvironment();
+  SetPortableConfig(config);
+  EXPECT_EQ(Show(Date(noon, DATE_SHORTDATE)), "2/29/2024");
+  EXPECT_EQ(Show(Date(noon, DATE_LONGDATE)), "Thursday, February 29, 2024");
+  EXPECT_EQ(Show(Time(noon, 0)), "12:05:09 PM");
+  EXPECT_EQ(Show(Time(night, TIME_NOSECONDS)), "12:05 AM");
+  config.Language = u"de-DE";
+  SetPortableConfig(config);
+  EXPECT_EQ(Show(Date(noon, DATE_SHORTDATE)), "2024-02-29");
+  EXPECT_EQ(Show(Time(night, 0)), "00:05:09");
+  EXPECT_EQ(Show(Date(noon, 0, u"ddd d.MM.yy 'it''s' yyyy")), "Thu 29.02.24 it's 2024");
+  EXPECT_EQ(Show(Time(noon, 0, u"hh'h' H:m:ss t")), "12h 12:5:09 P");
+  EXPECT_EQ(Date({2023, 2, 0, 29, 0, 0, 0, 0}, 0), u"(failed)");
+  EXPECT_EQ(Date(noon, DATE_LONGDATE, u"d"), u"(failed)");
+  WCHAR small[4];
+  EXPECT_EQ(Api().GetDateFormatW(0, 0, &noon, nullptr, nullptr, 0), 11);
+  EXPECT_EQ(ErrorAfter([&] { Api().GetDateFormatW(0, 0, &noon, nullptr, small, 4); }),
+            ERROR_INSUFFICIENT_BUFFER);
+  SetPortableConfig(std::shared_ptr<const TPortableConfig>());
+}
+
+using SystemEnvironment = TSystemTest;
+
+TString Expand(LPCWSTR text) {
+  TString buffer(300, u'\0');
+  const DWORD length = Api().ExpandEnvironmentStringsW(text, WBuffer(buffer), 300);
+  return buffer.substr(0, length ? length - 1 : 0);
+}
+
+TEST_F(SystemEnvironment, Expansion) {
+  TPortableConfig config = *PortableConfig();
+  config.Home = Native("home/me");
+  config.Temp = "/not/mapped";
+  SetPortableConfig(config);
+  setenv("OAK_TEST_VALUE", "wörth", 1);
+  setenv("TEMP", "native", 1);
+  struct {
+    LPCWSTR Text;
+    TStringView Expanded;
+  } const cases[] = {
+      {u"%USERPROFILE%\\x", u"T:\\home\\me\\x"},
+      {u"%userprofile%", u"T:\\home\\me"},
+      {u"%HOMEDRIVE%%HOMEPATH%", u"T:\\home\\me"},
+      {u"%SystemDrive%", u"T:"},
+      {u"%OAK_TEST_VALUE%", u"wörth"},
+      {u"%oak_Test_Value%", u"wörth"},
+      {u"%OAK_NO_SUCH_VALUE%", u"%OAK_NO_SUCH_VALUE%"},
+      {u"100% %NOPE%OAK_TEST_VALUE%", u"100% %NOPEwörth"},
+      {u"%%", u"%%"},
+      {u"%", u"%"},
+      {u"", u""},
+      {u"%=C:%", u"%=C:%"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Show(Expand(c.Text)), Show(c.Expanded)) << Show(c.Text);
+  WCHAR small[4] = {};
+  EXPECT_EQ(Api().ExpandEnvironmentStringsW(u"%SystemDrive%\\x", small, 4), 5u);
+  EXPECT_EQ(Api().ExpandEnvironmentStringsW(nullptr, nullptr, 0), 0u);
+  EXPECT_EQ(Api().GetEnvironmentVariableW(u"OAK_TEST_VALUE", nullptr, 0), 6u);
+  EXPECT_EQ(ErrorAfter([] { Api().GetEnvironmentVariableW(u"OAK_NO_SUCH_VALUE", nullptr, 0); }),
+            ERROR_ENVVAR_NOT_FOUND);
+  EXPECT_EQ(ErrorAfter([] { Api().GetEnvironmentVariableW(nullptr, nullptr, 0); }),
+            ERROR_ENVVAR_NOT_FOUND);
+  unsetenv("OAK_TEST_VALUE");
+  unsetenv("TEMP");
+}
+
+TEST(SystemModules, StringsByLibraryAndNumber) {
+  const HMODULE shell = Api().LoadLibraryW(u"C:\\Windows\\System32\\SHELL32");
+  ASSERT_NE(shell, nullptr);
+  EXPECT_EQ(shell, Api().GetModuleHandleW(u"shell32.dll"));
+  WCHAR text[64] = {};
+  EXPECT_EQ(Api().LoadStringW(shell, 4161, text, 64), 13);
+  EXPECT_EQ(FromW(text), u"Control Panel");
+  EXPECT_EQ(Api().LoadStringW(shell, 4161, text, 8), 7);
+  EXPECT_EQ(FromW(text), u"Control");
+  EXPECT_EQ(Api().LoadStringW(shell, 1, text, 64), 0);
+  EXPECT_EQ(FromW(text), u"");
+  EXPECT_EQ(Api().LoadStringW(nullptr, 4161, text, 64), 0);
+  EXPECT_EQ(Api().LoadStringW(reinterpret_cast<HINSTANCE>(text), 4161, text, 64), 0);
+  EXPECT_EQ(Api().LoadStringW(shell, 4161, nullptr, 64), 0);
+  EXPECT_EQ(ErrorAfter([] { Api().LoadLibraryW(u"nothing.dll"); }), ERROR_MOD_NOT_FOUND);
+  EXPECT_EQ(ErrorAfter([] { Api().LoadLibraryW(nullptr); }), ERROR_MOD_NOT_FOUND);
+  EXPECT_EQ(Api().LoadLibraryW(u"shell32.exe"), nullptr);
+  EXPECT_TRUE(Api().FreeLibrary(shell));
+  EXPECT_FALSE(Api().FreeLibrary(nullptr));
+  EXPECT_EQ(PortableIndirectString(u"@%SystemRoot%\\system32\\shell32.dll,-4161;a comment"),
+            u"Control Panel");
+  EXPECT_EQ(PortableIndirectString(u"plain"), u"plain");
+  for (TStringView broken : {u"@", u"@shell32.dll", u"@shell32.dll,-", u"@shell32.dll,-99999999999"})
+    EXPECT_EQ(PortableIndirectString(broken), std::nullopt) << Show(broken);
+}
+
+}  // namespace
+}  // namespace oak::test
