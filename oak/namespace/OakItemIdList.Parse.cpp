@@ -179,7 +179,8 @@ Ref<IItemIdList> TItemParser::WalkPath(const Ref<IItemIdList>& folder, TStringVi
     TFolderTrek cursor;
     cursor.SetShowErrorMessages(fWindow != nullptr);
     cursor.SetShellfolder(TOakItemIdList::FolderOf(folder));
-    return FindChild(cursor, name);
+    // A folder that does not tell where it lies has no absolute children.
+    return cursor.GetFolderIdList() ? FindChild(cursor, name) : Ref<IItemIdList>();
   });
   return found && !rest.empty() ? WalkPath(found, rest) : found;
 }

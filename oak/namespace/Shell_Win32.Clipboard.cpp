@@ -1,6 +1,7 @@
 #include "oak/namespace/Shell_Win32.Clipboard.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstring>
 
@@ -91,21 +92,31 @@ TStringArray ReadDescriptors(HGLOBAL pHandle) {
   return names;
 }
 
+/// A failure is not remembered. Threads that come first together register the
+/// name twice and get the same number.
+UINT RegisteredFormat(std::atomic<UINT>& pFormat, const char16_t* pName) {
+  if (const UINT known = pFormat.load(std::memory_order_relaxed)) return known;
+  const UINT format = Api().RegisterClipboardFormatW(W(pName));
+  pFormat.store(format, std::memory_order_relaxed);
+  return format;
+}
+
 }  // namespace
 
 UINT CF_FILEDESCRIPTORA() {
-  static const UINT format = Api().RegisterClipboardFormatW(W(u"FileGroupDescriptor"));
-  return format;
+  static std::atomic<UINT> format{0};
+  return RegisteredFormat(format, u"FileGroupDescriptor");
 }
 
 UINT CF_FILEDESCRIPTORW() {
-  static const UINT format = Api().RegisterClipboardFormatW(W(u"FileGroupDescriptorW"));
-  return format;
+  static std::atomic<UINT> format{0};
+  return RegisteredFormat(format, u"FileGroupDescriptorW");
 }
 
 bool FilesInClipboard() {
-  return Api().IsClipboardFormatAvailable(CF_HDROP) ||
-         Api().IsClipboardFormatAvailable(CF_FILEDESCRIPTORW());
+  if (Api().IsClipboardFormatAvailable(CF_HDROP)) return true;
+  const UINT descriptors = CF_FILEDESCRIPTORW();
+  return descriptors != 0 && Api().IsClipboardFormatAvailable(descriptors);
 }
 
 TStringArray GetFilenamesFromHandle(HANDLE pHandle) {

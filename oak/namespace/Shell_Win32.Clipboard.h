@@ -2,10 +2,15 @@
 #pragma once
 
 #include "oak/base/Text.h"
+#include "oak/platform/shell_api_constants.h"
+#include "oak/platform/shell_api_types.h"
 
 namespace oak {
 
-/// Formats of file descriptors, registered at first use.
+/// Dropped or copied files, as a global block.
+inline constexpr FORMATETC HDropFormatEtc{CF_HDROP, nullptr, DVASPECT_CONTENT, -1, TYMED_HGLOBAL};
+
+/// Formats of file descriptors, registered at first use; 0 if that fails.
 UINT CF_FILEDESCRIPTORA();
 UINT CF_FILEDESCRIPTORW();
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "oak/base/Exceptions.h"
+#include "oak/namespace/Oak.Shell.Types.h"
 #include "testkit/CallCounter.h"
 #include "testkit/ScopedApi.h"
 
@@ -191,6 +192,18 @@ TEST(PathUtils, MakeCanonicMakesAbsoluteAndPlain) {
   };
   for (const TRow& row : rows)
     EXPECT_EQ(TPathUtils::MakeCanonic(row.Input), row.Expected) << ToUtf8(row.Input);
+}
+
+TEST(PathUtils, DisplayPathsBelowTheComputerStayWhereTheyAre) {
+  const TString computer = TOakShellFolderHelper::ToString(SF_DRIVES);
+  ASSERT_FALSE(computer.empty());
+  EXPECT_EQ(TPathUtils::GetSpecialFolderRoot(UpperCase(computer) + u"s\\x"), computer);
+  EXPECT_EQ(TPathUtils::GetSpecialFolderRoot(u"x" + computer), u"");
+  EXPECT_EQ(TPathUtils::GetSpecialFolderRoot(u""), u"");
+  EXPECT_EQ(TPathUtils::MakeCanonic(computer + u"\\a\\..\\b"), computer + u"\\b");
+  const TString longName(260, u'n');
+  EXPECT_EQ(TPathUtils::MakeCanonic(computer + u"\\.\\" + longName),
+            u"\\" + computer + u"\\" + longName);
 }
 
 TEST(PathUtils, NothingRaisesWithoutACurrentDirectory) {

@@ -112,6 +112,36 @@ TEST(PropertyText, TakesTheFormOfThePropertyOrThePlainText) {
   EXPECT_EQ(PropVariantAsDisplayString(value, TShellColumns::Size()), u"12000");
 }
 
+/// Answers for its state.
+class TTalking final : public TInterfacedObject<IHasDebugInfo> {
+ public:
+  TString GetInfo(TItemIdListInfoLevel level) override {
+    return level == TItemIdListInfoLevel::Normal ? u"state" : u"too much";
+  }
+};
+
+TEST(ExceptionHelper, AddsWhatTheObjectTells) {
+  Exception error(u"Failed.");
+  TOakExceptionHelper::AddMessageInfo(error, nullptr);
+  TOakExceptionHelper::AddMessageInfo(
+      error, MakeRef<test::TFakeDescription>(PROPERTYKEY{}, TString()).Get());
+  EXPECT_EQ(error.GetMessage(), u"Failed.");
+  TOakExceptionHelper::AddMessageInfo(error, MakeRef<TTalking>().Get());
+  EXPECT_EQ(error.GetMessage(), u"Failed. Internal data: state");
+  EXPECT_STREQ(error.what(), "Failed. Internal data: state");
+}
+
+TEST(ShellFolderHelper, NamesFoldersAndValues) {
+  EXPECT_EQ(TOakShellFolderHelper::ToIdentifier(SF_FILESYSTEMFOLDER), u"SF_FILESYSTEMFOLDER");
+  EXPECT_EQ(TOakShellFolderHelper::ToIdentifier(SF_PROGRAM_FILES_COMMONX86),
+            u"SF_PROGRAM_FILES_COMMONX86");
+  EXPECT_EQ(TOakShellFolderHelper::ToIdentifier(SF_INVALID), u"SF_INVALID");
+  EXPECT_EQ(TOakShellFolderHelper::ToIdentifier(static_cast<TOakShellFolder>(58)), u"");
+  EXPECT_NE(TOakShellFolderHelper::ToString(SF_DRIVES), u"");
+  EXPECT_EQ(TOakShellFolderHelper::ToString(SF_INVALID), u"");
+  EXPECT_EQ(TOakShellFolderHelper::ToPath(SF_INVALID), u"");
+}
+
 // --- values ----------------------------------------------------------------
 
 /// Two hours east of UTC, always.

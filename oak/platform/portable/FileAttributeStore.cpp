@@ -59,7 +59,8 @@ HRESULT Written(int result) {
 TStringArray ListOf(const PROPVARIANT& value, const TString& text) {
   if (value.vt != (VT_VECTOR | VT_LPWSTR)) return Split(text, u';');
   TStringArray texts;
-  for (ULONG i = 0; i < value.calpwstr.cElems; ++i) texts.push_back(FromW(value.calpwstr.pElems[i]));
+  for (ULONG i = 0; i < value.calpwstr.cElems; ++i)
+    texts.push_back(FromW(value.calpwstr.pElems[i]));
   return texts;
 }
 

@@ -23,8 +23,7 @@ namespace {
 constexpr PROPERTYKEY kOwnerOfOldViews{FMTID_Displaced, 4};
 constexpr PROPERTYKEY kNameWithoutExtension{FMTID_Storage, 24};
 constexpr PROPERTYKEY kIsRoot{FMTID_Volume, 10};
-constexpr PROPERTYKEY kIsMappedDrive{
-    detail::GuidOf("149C0B69-2C2D-48FC-808F-D318D78C4636"), 2};
+constexpr PROPERTYKEY kIsMappedDrive{detail::GuidOf("149C0B69-2C2D-48FC-808F-D318D78C4636"), 2};
 
 std::optional<TFileInfo> InfoOf(const TFileObject& object, DWORD& error) {
   auto info = GetFileInfo(object.Native, true, &error);
@@ -45,7 +44,8 @@ HRESULT FromInfo(const TFileObject& object, TPropVariant& value,
 
 HRESULT GetSize(const TFileObject& object, TPropVariant& value) {
   if (object.IsFolder) return S_OK;
-  return FromInfo(object, value, [](const TFileInfo& info) { return TPropVariant::From(info.Size); });
+  return FromInfo(object, value,
+                  [](const TFileInfo& info) { return TPropVariant::From(info.Size); });
 }
 HRESULT GetAllocation(const TFileObject& object, TPropVariant& value) {
   if (object.IsFolder) return S_OK;
@@ -53,10 +53,12 @@ HRESULT GetAllocation(const TFileObject& object, TPropVariant& value) {
                   [](const TFileInfo& info) { return TPropVariant::From(info.AllocationSize); });
 }
 HRESULT GetModified(const TFileObject& object, TPropVariant& value) {
-  return FromInfo(object, value, [](const TFileInfo& info) { return TPropVariant::From(info.Written); });
+  return FromInfo(object, value,
+                  [](const TFileInfo& info) { return TPropVariant::From(info.Written); });
 }
 HRESULT GetCreated(const TFileObject& object, TPropVariant& value) {
-  return FromInfo(object, value, [](const TFileInfo& info) { return TPropVariant::From(info.Created); });
+  return FromInfo(object, value,
+                  [](const TFileInfo& info) { return TPropVariant::From(info.Created); });
 }
 HRESULT GetAccessed(const TFileObject& object, TPropVariant& value) {
   return FromInfo(object, value,
@@ -196,11 +198,11 @@ HRESULT GetIsMapped(const TFileObject& object, TPropVariant& value) {
 // --- the table ---------------------------------------------------------------------
 
 using TGetter = HRESULT (*)(const TFileObject& object, TPropVariant& value);
-using TGetters =
-    std::unordered_map<PROPERTYKEY, TGetter, TPropertyKeyHash, TPropertyKeyEqual>;
+using TGetters = std::unordered_map<PROPERTYKEY, TGetter, TPropertyKeyHash, TPropertyKeyEqual>;
 
 const TGetters& Getters() {
-  static const auto* getters = new TGetters{  // used by threads that outlive static destructors
+  static const auto* getters = new TGetters{
+      // used by threads that outlive static destructors
       {PKEY_Size, GetSize},
       {PKEY_FileAllocationSize, GetAllocation},
       {PKEY_DateModified, GetModified},
@@ -248,7 +250,8 @@ std::vector<PROPERTYKEY> FilePropertyKeys(const TFileObject& object) {
   std::vector<PROPERTYKEY> keys;
   for (const TPropertyInfo& info : PropertyTable()) {
     const bool answered = Getters().contains(info.Key) || IsStoredProperty(info.Key);
-    const bool volume = info.Key.fmtid == FMTID_Volume || TPropertyKeyEqual{}(info.Key, kIsMappedDrive);
+    const bool volume =
+        info.Key.fmtid == FMTID_Volume || TPropertyKeyEqual{}(info.Key, kIsMappedDrive);
     if (answered && (object.IsRoot || !volume) && !HasFlag(info.Flags, TPropertyFlags::Alias))
       keys.push_back(info.Key);
   }

@@ -10,9 +10,9 @@ namespace oak {
 
 /// One file-system object whose properties are asked or set.
 struct TFileObject {
-  TString Path;         ///< absolute, Windows form
-  TString Name;         ///< whole file name; of a drive "C:\"
-  std::string Native;   ///< native path
+  TString Path;        ///< absolute, Windows form
+  TString Name;        ///< whole file name; of a drive "C:\"
+  std::string Native;  ///< native path
   bool IsFolder = false;
   bool IsRoot = false;  ///< root of a drive or share
 };

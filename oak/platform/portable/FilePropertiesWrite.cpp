@@ -27,7 +27,8 @@ HRESULT SetTime(const TFileObject& object, bool access, REFPROPVARIANT value) {
   times[access ? 1 : 0].tv_nsec = UTIME_OMIT;
   times[access ? 0 : 1].tv_sec = seconds;
   times[access ? 0 : 1].tv_nsec = static_cast<long>(nanoseconds);
-  return ::utimensat(AT_FDCWD, object.Native.c_str(), times, 0) == 0 ? S_OK : ResultFromErrno(errno);
+  return ::utimensat(AT_FDCWD, object.Native.c_str(), times, 0) == 0 ? S_OK
+                                                                     : ResultFromErrno(errno);
 }
 
 // Read-only is a matter of the write bits. Hidden is one of the name, which a

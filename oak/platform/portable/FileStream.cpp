@@ -133,12 +133,15 @@ class TFileStream : public TInterfacedObject<IStream> {
   }
   HRESULT Commit(DWORD grfCommitFlags) override {
     return PortableCall("IStream::Commit", [&]() -> HRESULT {
-      if (!fFile->Writes() || (grfCommitFlags & STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE)) return S_OK;
+      if (!fFile->Writes() || (grfCommitFlags & STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE))
+        return S_OK;
       return ::fsync(fFile->Descriptor()) == 0 ? S_OK : StorageResult(errno);
     });
   }
   HRESULT Revert() override { return S_OK; }
-  HRESULT LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return STG_E_INVALIDFUNCTION; }
+  HRESULT LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override {
+    return STG_E_INVALIDFUNCTION;
+  }
   HRESULT UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override {
     return STG_E_INVALIDFUNCTION;
   }
@@ -160,8 +163,8 @@ class TFileStream : public TInterfacedObject<IStream> {
     if (!fFile->Reads()) return STG_E_ACCESSDENIED;
     ULONG total = 0;
     while (total < count) {
-      const ssize_t got = ::pread(fFile->Descriptor(), static_cast<char*>(data) + total,
-                                  count - total, fPosition);
+      const ssize_t got =
+          ::pread(fFile->Descriptor(), static_cast<char*>(data) + total, count - total, fPosition);
       if (got < 0 && errno == EINTR) continue;
       if (got < 0) return StorageResult(errno);
       if (got == 0) break;

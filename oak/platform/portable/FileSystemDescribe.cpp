@@ -26,16 +26,31 @@ SHCOLSTATEF StateOf(const TPropertyInfo& info) {
 
 std::vector<TFolderColumn> MakeColumns() {
   std::vector<TFolderColumn> columns;
-  for (const PROPERTYKEY& key :
-       {PKEY_ItemNameDisplay, PKEY_Size, PKEY_ItemTypeText, PKEY_DateModified, PKEY_DateCreated,
-        PKEY_DateAccessed, PKEY_FileAttributes, PKEY_PerceivedType, PKEY_FileOwner, PKEY_Kind,
-        PKEY_Title, PKEY_Subject, PKEY_Author, PKEY_Keywords, PKEY_Comment, PKEY_Copyright,
-        PKEY_Rating, PKEY_FileExtension, PKEY_FileAllocationSize, PKEY_ComputerName,
-        PKEY_Link_TargetParsingPath}) {
+  for (const PROPERTYKEY& key : {PKEY_ItemNameDisplay,
+                                 PKEY_Size,
+                                 PKEY_ItemTypeText,
+                                 PKEY_DateModified,
+                                 PKEY_DateCreated,
+                                 PKEY_DateAccessed,
+                                 PKEY_FileAttributes,
+                                 PKEY_PerceivedType,
+                                 PKEY_FileOwner,
+                                 PKEY_Kind,
+                                 PKEY_Title,
+                                 PKEY_Subject,
+                                 PKEY_Author,
+                                 PKEY_Keywords,
+                                 PKEY_Comment,
+                                 PKEY_Copyright,
+                                 PKEY_Rating,
+                                 PKEY_FileExtension,
+                                 PKEY_FileAllocationSize,
+                                 PKEY_ComputerName,
+                                 PKEY_Link_TargetParsingPath}) {
     const TPropertyInfo* info = FindProperty(key);
     const bool number = info->Type == VT_UI8 || info->Format == TPropertyFormat::Number;
-    columns.push_back({key, info->Label, info->Width, number ? LVCFMT_RIGHT : LVCFMT_LEFT,
-                       StateOf(*info)});
+    columns.push_back(
+        {key, info->Label, info->Width, number ? LVCFMT_RIGHT : LVCFMT_LEFT, StateOf(*info)});
   }
   return columns;
 }

@@ -67,8 +67,8 @@ int ListEntries(int descriptor, std::vector<TEntry>& entries) {
   while (const dirent* entry = ::readdir(stream)) {
     const std::string_view name = entry->d_name;
     if (name != "." && name != "..")
-      entries.push_back({std::string(name),
-                         IsRealFolder(::dirfd(stream), entry->d_name, entry->d_type)});
+      entries.push_back(
+          {std::string(name), IsRealFolder(::dirfd(stream), entry->d_name, entry->d_type)});
     errno = 0;
   }
   const int error = errno;
@@ -96,9 +96,12 @@ int RemoveEntry(int directory, const char* name, bool folder, dev_t device) {
   if (folder) {
     const TDescriptor open(
         ::openat(directory, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (open.Get() < 0) {
+      const int error = errno;
+      // An empty folder that may not be read can still be removed.
+      return ::unlinkat(directory, name, AT_REMOVEDIR) == 0 ? 0 : error;
+    }
     struct stat info;
-    // An empty folder that may not be read can still be removed.
-    if (open.Get() < 0) return ::unlinkat(directory, name, AT_REMOVEDIR) == 0 ? 0 : errno;
     if (::fstat(open.Get(), &info) != 0) return errno;
     if (info.st_dev != device) return EXDEV;
     if (const int error = RemoveContents(open.Get(), device)) return error;

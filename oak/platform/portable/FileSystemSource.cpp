@@ -209,7 +209,8 @@ HRESULT TFileSystemFolder::ParseName(TStringView name, const TParseOptions& opti
   if (const WIN32_FIND_DATAW* data = options.FindData) {
     const TString given = FromW(data->cFileName);
     const bool folder = options.HasRest || (data->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY);
-    element = MakeFileElement(folder ? DWORD{feFolder} : 0, given.empty() ? name : TStringView(given));
+    element =
+        MakeFileElement(folder ? DWORD{feFolder} : 0, given.empty() ? name : TStringView(given));
     return S_OK;
   }
   const HRESULT missing =

@@ -220,6 +220,8 @@ class TKnownFolderManager : public TInterfacedObject<IKnownFolderManager> {
 
 }  // namespace
 
-void RegisterKnownFolderManager() { RegisterPortableClass<TKnownFolderManager>(CLSID_KnownFolderManager); }
+void RegisterKnownFolderManager() {
+  RegisterPortableClass<TKnownFolderManager>(CLSID_KnownFolderManager);
+}
 
 }  // namespace oak

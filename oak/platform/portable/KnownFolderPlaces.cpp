@@ -90,7 +90,7 @@ TKnownFolderPlaces::TKnownFolderPlaces(std::shared_ptr<const TPortableConfig> co
   fNative.reserve(folders.size());
   fPaths.reserve(folders.size());
   for (const TKnownFolder& folder : folders) {
-    std::string native = bases[folder.Base];
+    std::string native = bases[static_cast<std::size_t>(folder.Base)];
     if (!native.empty() && *folder.RelativePath) native = JoinNative(native, folder.RelativePath);
     TString path = native.empty() ? TString() : WindowsPath(native);
     if (!path.empty())

@@ -76,8 +76,8 @@ TFileInfo FromNative(const struct statx& data, const char* name) {
 FILETIME FileTimeFromNative(std::int64_t seconds, std::uint32_t nanoseconds) {
   constexpr std::int64_t last = std::numeric_limits<std::int64_t>::max() / TicksPerSecond;
   seconds = std::clamp<std::int64_t>(seconds, -EpochSeconds, last - EpochSeconds - 1);
-  const auto ticks = static_cast<std::uint64_t>((seconds + EpochSeconds) * TicksPerSecond +
-                                                nanoseconds / 100);
+  const auto ticks =
+      static_cast<std::uint64_t>((seconds + EpochSeconds) * TicksPerSecond + nanoseconds / 100);
   return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }
 
@@ -88,8 +88,7 @@ void FileTimeToNative(const FILETIME& time, std::int64_t& seconds, std::uint32_t
   nanoseconds = static_cast<std::uint32_t>(ticks % TicksPerSecond) * 100;
 }
 
-std::optional<TFileInfo> GetFileInfoAt(int directory, const char* name, bool follow,
-                                       DWORD* error) {
+std::optional<TFileInfo> GetFileInfoAt(int directory, const char* name, bool follow, DWORD* error) {
   struct statx data {};
   const int flags = AT_NO_AUTOMOUNT | (follow ? 0 : AT_SYMLINK_NOFOLLOW);
   if (statx(directory, name, flags, STATX_BASIC_STATS | STATX_BTIME, &data) != 0) {

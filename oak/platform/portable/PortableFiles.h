@@ -52,11 +52,11 @@ char16_t DriveOfVolumeName(TStringView name);
 // --- file information ------------------------------------------------------
 /// What the system tells of one object, in Windows terms.
 struct TFileInfo {
-  DWORD Attributes = 0;     ///< FILE_ATTRIBUTE_*
-  DWORD ReparseTag = 0;     ///< IO_REPARSE_TAG_SYMLINK for symbolic links, else 0
-  std::uint64_t Size = 0;   ///< bytes; 0 for directories and links
+  DWORD Attributes = 0;    ///< FILE_ATTRIBUTE_*
+  DWORD ReparseTag = 0;    ///< IO_REPARSE_TAG_SYMLINK for symbolic links, else 0
+  std::uint64_t Size = 0;  ///< bytes; 0 for directories and links
   std::uint64_t AllocationSize = 0;
-  FILETIME Created{};       ///< birth time, else the earliest time known
+  FILETIME Created{};  ///< birth time, else the earliest time known
   FILETIME Accessed{};
   FILETIME Written{};
   DWORD VolumeSerial = 0;

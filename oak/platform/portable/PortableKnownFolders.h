@@ -12,6 +12,8 @@
 
 namespace oak {
 
+enum class TKnownFolderBase : std::uint8_t;
+
 /// What a known folder is; the values are those of KF_CATEGORY.
 enum class TKnownFolderKind : std::uint8_t {
   Virtual = 1,  ///< an object of the shell, found by its parsing name
@@ -22,19 +24,19 @@ enum class TKnownFolderKind : std::uint8_t {
 
 /// One known folder. All of them live as long as the process.
 struct TKnownFolder {
-  GUID Id;                    ///< FOLDERID_...
-  int Csidl;                  ///< CSIDL_..., -1 without one
+  GUID Id;    ///< FOLDERID_...
+  int Csidl;  ///< CSIDL_..., -1 without one
   TKnownFolderKind Kind;
   const char16_t* Name;         ///< canonical, never translated: "Personal"
   const char16_t* DisplayName;  ///< as the user reads it: "Documents"
   /// Parsing name of a folder that the shell shows by identifier
   /// ("::{20D04FE0-...}"), else empty. Directories may have one too.
   const char16_t* ParsingName;
-  GUID Parent;                ///< identifier of the parent, or the null one
-  std::uint8_t Base;          ///< which directory RelativePath starts from
-  const char* RelativePath;   ///< native, relative to the base; may be empty
-  bool Hidden;                ///< not shown in its parent
-  bool Created;               ///< made when first asked for
+  GUID Parent;               ///< identifier of the parent, or the null one
+  TKnownFolderBase Base;     ///< which directory RelativePath starts from
+  const char* RelativePath;  ///< native, relative to the base; may be empty
+  bool Hidden;               ///< not shown in its parent
+  bool Created;              ///< made when first asked for
 };
 
 /// All known folders. Where two share one place the first is the usual one.

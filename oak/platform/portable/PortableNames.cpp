@@ -31,7 +31,12 @@ char EscapedByte(char16_t c) {
 std::size_t DecodeUtf8(std::string_view text, char32_t& code) {
   const auto at = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   const unsigned lead = at(0);
-  const std::size_t length = lead < 0x80 ? 1 : lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
+  const std::size_t length = lead < 0x80   ? 1
+                             : lead < 0xC2 ? 0
+                             : lead < 0xE0 ? 2
+                             : lead < 0xF0 ? 3
+                             : lead < 0xF5 ? 4
+                                           : 0;
   if (length == 0 || length > text.size()) return 0;
   code = length == 1 ? lead : lead & (0xFFu >> (length + 1));
   for (std::size_t i = 1; i < length; ++i) {
@@ -78,8 +83,8 @@ TString NameFromNative(std::string_view name) {
   while (!name.empty()) {
     char32_t code = 0;
     std::size_t length = DecodeUtf8(name, code);
-    const bool escape = length == 0 || IsForbidden(code) ||
-                        (code >= EscapeBase && code <= EscapeBase + 0xFFu);
+    const bool escape =
+        length == 0 || IsForbidden(code) || (code >= EscapeBase && code <= EscapeBase + 0xFFu);
     if (length == 0) length = 1;
     if (escape) {
       for (std::size_t i = 0; i < length; ++i) result.push_back(Escaped(name[i]));

@@ -77,9 +77,8 @@ std::optional<std::string> FromShare(TStringView rest, bool literal, DWORD* erro
   const auto config = PortableConfig();
   const TPortableShare* share = config->FindShare(server, name);
   if (!share) {
-    const bool known = std::any_of(config->Shares.begin(), config->Shares.end(), [&](auto& other) {
-      return SameText(other.Server, server);
-    });
+    const bool known = std::any_of(config->Shares.begin(), config->Shares.end(),
+                                   [&](auto& other) { return SameText(other.Server, server); });
     return Fail(error, known ? ERROR_BAD_NET_NAME : ERROR_BAD_NETPATH);
   }
   return Append(share->Directory, share->Directory, rest, literal, error);
@@ -125,8 +124,7 @@ bool Leads(const std::string& directory, std::string_view native, std::size_t& s
     return true;
   }
   skip = directory.size();
-  return native.starts_with(directory) &&
-         (native.size() == skip || native[skip] == '/');
+  return native.starts_with(directory) && (native.size() == skip || native[skip] == '/');
 }
 
 TString AppendNames(TString root, std::string_view rest) {

@@ -10,11 +10,24 @@ namespace {
 
 // The libraries that the system has, all in one process image. The first is the
 // program itself.
-constexpr TStringView ModuleNames[] = {
-    u"",           u"advapi32.dll", u"comctl32.dll",      u"comdlg32.dll", u"gdi32.dll",
-    u"kernel32.dll", u"mpr.dll",    u"ntdll.dll",         u"ole32.dll",    u"oleaut32.dll",
-    u"propsys.dll", u"shcore.dll",  u"explorerframe.dll", u"shell32.dll",  u"shlwapi.dll",
-    u"user32.dll", u"uxtheme.dll",  u"wininet.dll"};
+constexpr TStringView ModuleNames[] = {u"",
+                                       u"advapi32.dll",
+                                       u"comctl32.dll",
+                                       u"comdlg32.dll",
+                                       u"gdi32.dll",
+                                       u"kernel32.dll",
+                                       u"mpr.dll",
+                                       u"ntdll.dll",
+                                       u"ole32.dll",
+                                       u"oleaut32.dll",
+                                       u"propsys.dll",
+                                       u"shcore.dll",
+                                       u"explorerframe.dll",
+                                       u"shell32.dll",
+                                       u"shlwapi.dll",
+                                       u"user32.dll",
+                                       u"uxtheme.dll",
+                                       u"wininet.dll"};
 
 struct TResource {
   TStringView Library;

@@ -51,12 +51,12 @@ TString DateText(REFPROPVARIANT value, PROPDESC_FORMAT_FLAGS flags) {
   const int capacity = static_cast<int>(text.size());
   TString result;
   const DWORD date = (flags & PDFF_LONGDATE) ? DATE_LONGDATE : DATE_SHORTDATE;
-  if (!(flags & PDFF_HIDEDATE) && Api().GetDateFormatW(LOCALE_USER_DEFAULT, date, &time, nullptr,
-                                                       text.data(), capacity))
+  if (!(flags & PDFF_HIDEDATE) &&
+      Api().GetDateFormatW(LOCALE_USER_DEFAULT, date, &time, nullptr, text.data(), capacity))
     result = text.data();
   const DWORD seconds = (flags & PDFF_LONGTIME) ? 0 : TIME_NOSECONDS;
-  if (!(flags & PDFF_HIDETIME) && Api().GetTimeFormatW(LOCALE_USER_DEFAULT, seconds, &time, nullptr,
-                                                       text.data(), capacity))
+  if (!(flags & PDFF_HIDETIME) &&
+      Api().GetTimeFormatW(LOCALE_USER_DEFAULT, seconds, &time, nullptr, text.data(), capacity))
     result += (result.empty() ? u"" : u" ") + TString(text.data());
   return result;
 }
@@ -67,9 +67,9 @@ TString AttributesText(REFPROPVARIANT value) {
     char16_t Letter;
   };
   static constexpr TLetter letters[] = {
-      {FILE_ATTRIBUTE_READONLY, u'R'},  {FILE_ATTRIBUTE_HIDDEN, u'H'},
-      {FILE_ATTRIBUTE_SYSTEM, u'S'},    {FILE_ATTRIBUTE_DIRECTORY, u'D'},
-      {FILE_ATTRIBUTE_ARCHIVE, u'A'},   {FILE_ATTRIBUTE_REPARSE_POINT, u'L'},
+      {FILE_ATTRIBUTE_READONLY, u'R'},   {FILE_ATTRIBUTE_HIDDEN, u'H'},
+      {FILE_ATTRIBUTE_SYSTEM, u'S'},     {FILE_ATTRIBUTE_DIRECTORY, u'D'},
+      {FILE_ATTRIBUTE_ARCHIVE, u'A'},    {FILE_ATTRIBUTE_REPARSE_POINT, u'L'},
       {FILE_ATTRIBUTE_COMPRESSED, u'C'}, {FILE_ATTRIBUTE_OFFLINE, u'O'},
       {FILE_ATTRIBUTE_ENCRYPTED, u'E'}};
   std::uint64_t bits = 0;

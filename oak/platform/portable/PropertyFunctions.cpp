@@ -84,10 +84,9 @@ int CompareTexts(REFPROPVARIANT a, REFPROPVARIANT b, PROPVAR_COMPARE_FLAGS flags
   return Sign(first.compare(second));
 }
 
-int STDAPICALLTYPE PropVariantCompareEx(REFPROPVARIANT a, REFPROPVARIANT b, PROPVAR_COMPARE_UNIT unit,
-                                        PROPVAR_COMPARE_FLAGS flags) {
-  constexpr auto byText =
-      PVCF_USESTRCMP | PVCF_USESTRCMPC | PVCF_USESTRCMPI | PVCF_USESTRCMPIC;
+int STDAPICALLTYPE PropVariantCompareEx(REFPROPVARIANT a, REFPROPVARIANT b,
+                                        PROPVAR_COMPARE_UNIT unit, PROPVAR_COMPARE_FLAGS flags) {
+  constexpr auto byText = PVCF_USESTRCMP | PVCF_USESTRCMPC | PVCF_USESTRCMPI | PVCF_USESTRCMPIC;
   int order = 0;
   (void)PortableCall("PropVariantCompareEx", [&] {
     FILETIME first, second;

@@ -10,7 +10,8 @@
 namespace oak {
 namespace {
 
-using TByKey = std::unordered_map<PROPERTYKEY, const TPropertyInfo*, TPropertyKeyHash, TPropertyKeyEqual>;
+using TByKey =
+    std::unordered_map<PROPERTYKEY, const TPropertyInfo*, TPropertyKeyHash, TPropertyKeyEqual>;
 using TByName = std::unordered_map<TString, const TPropertyInfo*>;  // upper-cased names
 
 // Tables of threads that may outlive static destructors are never freed.
@@ -111,7 +112,7 @@ class TPropertyDescription : public TInterfacedObject<IPropertyDescription2> {
     if (IsNumber(fInfo)) state = SHCOLSTATE_TYPE_INT;
     if (IsDate(fInfo)) state = SHCOLSTATE_TYPE_DATE;
     state |= HasFlag(fInfo.Flags, TPropertyFlags::Column) ? SHCOLSTATE_ONBYDEFAULT
-                                                         : SHCOLSTATE_SECONDARYUI;
+                                                          : SHCOLSTATE_SECONDARYUI;
     return Give(pcsFlags, state);
   }
   HRESULT GetGroupingRange(PROPDESC_GROUPING_RANGE* pgr) override {
@@ -147,7 +148,8 @@ class TPropertyDescription : public TInterfacedObject<IPropertyDescription2> {
     if (IsDate(fInfo)) type = PDAT_DATERANGE;
     return Give(paggtype, type);
   }
-  HRESULT GetConditionType(PROPDESC_CONDITION_TYPE* pcontype, CONDITION_OPERATION* popDefault) override {
+  HRESULT GetConditionType(PROPDESC_CONDITION_TYPE* pcontype,
+                           CONDITION_OPERATION* popDefault) override {
     if (!pcontype || !popDefault) return E_POINTER;
     *pcontype = PDCOT_STRING;
     if (IsNumber(fInfo)) *pcontype = PDCOT_NUMBER;
@@ -222,7 +224,8 @@ class TPropertyList : public TInterfacedObject<IPropertyDescriptionList> {
     return PortableCall("IPropertyDescriptionList::GetAt", [&]() -> HRESULT {
       if (!ppv) return E_POINTER;
       *ppv = nullptr;
-      return iElem < fItems.size() ? MakePropertyDescription(fItems[iElem], riid, ppv) : E_INVALIDARG;
+      return iElem < fItems.size() ? MakePropertyDescription(fItems[iElem], riid, ppv)
+                                   : E_INVALIDARG;
     });
   }
 
@@ -263,9 +266,8 @@ HRESULT ReadList(TStringView text, std::vector<const TPropertyInfo*>& items) {
 class TPropertySystem : public TInterfacedObject<IPropertySystem> {
  public:
   HRESULT GetPropertyDescription(REFPROPERTYKEY propkey, REFIID riid, void** ppv) override {
-    return PortableCall("IPropertySystem::GetPropertyDescription", [&] {
-      return MakePropertyDescription(FindProperty(propkey), riid, ppv);
-    });
+    return PortableCall("IPropertySystem::GetPropertyDescription",
+                        [&] { return MakePropertyDescription(FindProperty(propkey), riid, ppv); });
   }
   HRESULT GetPropertyDescriptionByName(LPCWSTR pszCanonicalName, REFIID riid, void** ppv) override {
     return PortableCall("IPropertySystem::GetPropertyDescriptionByName", [&]() -> HRESULT {
@@ -273,7 +275,8 @@ class TPropertySystem : public TInterfacedObject<IPropertySystem> {
       return MakePropertyDescription(FindPropertyByName(pszCanonicalName), riid, ppv);
     });
   }
-  HRESULT GetPropertyDescriptionListFromString(LPCWSTR pszPropList, REFIID riid, void** ppv) override {
+  HRESULT GetPropertyDescriptionListFromString(LPCWSTR pszPropList, REFIID riid,
+                                               void** ppv) override {
     return PortableCall("IPropertySystem::GetPropertyDescriptionListFromString", [&]() -> HRESULT {
       if (!pszPropList || !ppv) return E_INVALIDARG;
       *ppv = nullptr;
@@ -283,7 +286,8 @@ class TPropertySystem : public TInterfacedObject<IPropertySystem> {
       return MakeRef<TPropertyList>(std::move(items))->QueryInterface(riid, ppv);
     });
   }
-  HRESULT EnumeratePropertyDescriptions(PROPDESC_ENUMFILTER filterOn, REFIID riid, void** ppv) override {
+  HRESULT EnumeratePropertyDescriptions(PROPDESC_ENUMFILTER filterOn, REFIID riid,
+                                        void** ppv) override {
     return PortableCall("IPropertySystem::EnumeratePropertyDescriptions", [&]() -> HRESULT {
       if (!ppv) return E_POINTER;
       *ppv = nullptr;
@@ -308,8 +312,8 @@ class TPropertySystem : public TInterfacedObject<IPropertySystem> {
       return S_OK;
     });
   }
-  HRESULT FormatForDisplayAlloc(REFPROPERTYKEY key, REFPROPVARIANT propvar, PROPDESC_FORMAT_FLAGS pdff,
-                                LPWSTR* ppszDisplay) override {
+  HRESULT FormatForDisplayAlloc(REFPROPERTYKEY key, REFPROPVARIANT propvar,
+                                PROPDESC_FORMAT_FLAGS pdff, LPWSTR* ppszDisplay) override {
     return PortableCall("IPropertySystem::FormatForDisplayAlloc", [&]() -> HRESULT {
       if (!ppszDisplay) return E_POINTER;
       *ppszDisplay = nullptr;

@@ -9,7 +9,8 @@ namespace oak {
 
 /// The value as the user reads it; empty for a value without text. Sizes, numbers
 /// and dates follow the configured language; dates are shown in local time.
-TString FormatProperty(const TPropertyInfo& info, REFPROPVARIANT value, PROPDESC_FORMAT_FLAGS flags);
+TString FormatProperty(const TPropertyInfo& info, REFPROPVARIANT value,
+                       PROPDESC_FORMAT_FLAGS flags);
 
 /// Descriptions are counted objects that hold no state. TYPE_E_ELEMENTNOTFOUND
 /// for an unknown property.

@@ -10,17 +10,17 @@ namespace oak {
 /// How a value is shown.
 enum class TPropertyFormat : std::uint8_t {
   Text,
-  Number,      ///< with thousands separators
-  Plain,       ///< without them
-  Size,        ///< bytes, as "1.21 KB", or in whole KB when asked
-  Bytes,       ///< bytes, always as "1.21 KB"
+  Number,  ///< with thousands separators
+  Plain,   ///< without them
+  Size,    ///< bytes, as "1.21 KB", or in whole KB when asked
+  Bytes,   ///< bytes, always as "1.21 KB"
   Date,
   Boolean,
   Attributes,  ///< FILE_ATTRIBUTE_ bits as letters
   Duration,    ///< 100 ns units, as "00:03:20"
   Percent,
   Pixels,
-  Bitrate      ///< bits per second, as "128kbps"
+  Bitrate  ///< bits per second, as "128kbps"
 };
 
 enum class TPropertyFlags : std::uint8_t {

@@ -1,5 +1,7 @@
 #include "oak/platform/portable/ShellItem.h"
 
+#include <mutex>
+
 #include "oak/platform/portable/PortableCall.h"
 #include "oak/platform/portable/ShellFolder.h"
 #include "oak/platform/portable/ShellPidl.h"
@@ -58,6 +60,10 @@ DWORD ModeOf(IBindCtx* context) {
 
 TShellItem::TShellItem(Ref<TFolderNode> folder, TPidl child)
     : fFolder(std::move(folder)), fChild(child.Get()), fOwned(std::move(child)) {}
+
+TShellItem::~TShellItem() {
+  while (fFormer) fFormer = std::move(fFormer->Next);  // one by one, however many
+}
 
 HRESULT MakeItem(const Ref<TFolderNode>& folder, PCUITEMID_CHILD child, REFIID iid, void** item) {
   *item = nullptr;
@@ -254,9 +260,12 @@ HRESULT TShellItem::Update(IBindCtx*) {
     const HRESULT result = fFolder->SourceOf(Child()).Refresh(Child(), fresh);
     if (result != S_OK) return FAILED(result) ? result : S_OK;
     if (!ElementKind(fresh.Get())) return E_UNEXPECTED;
-    const std::lock_guard lock(fUpdateLock);
-    fFormer.reserve(fFormer.size() + 1);
-    fFormer.push_back(std::move(fOwned));
+    auto former = std::make_unique<TFormer>();
+    static std::mutex updateLock;  // items are many, updates are few
+    const std::lock_guard lock(updateLock);
+    former->Child = std::move(fOwned);
+    former->Next = std::move(fFormer);
+    fFormer = std::move(former);
     fOwned = std::move(fresh);
     fChild.store(fOwned.Get(), std::memory_order_release);
     return S_OK;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <atomic>
-#include <mutex>
+#include <memory>
 #include <vector>
 
 #include "oak/base/InterfacedObject.h"
@@ -26,6 +26,7 @@ class TShellItem : public TInterfacedObject<IShellItem2, IPersistIDList, IParent
   /// The desktop.
   TShellItem() = default;
   TShellItem(Ref<TFolderNode> folder, TPidl child);
+  ~TShellItem() override;
 
   const Ref<TFolderNode>& Folder() override { return fFolder; }
   PCUITEMID_CHILD Child() override { return fChild.load(std::memory_order_acquire); }
@@ -71,11 +72,16 @@ class TShellItem : public TInterfacedObject<IShellItem2, IPersistIDList, IParent
   HRESULT BindLinkTarget(REFIID iid, void** object);
   HRESULT BindUIObject(REFIID iid, void** object);
 
+  /// The element before an update, which readers may still look at.
+  struct TFormer {
+    TPidl Child;
+    std::unique_ptr<TFormer> Next;
+  };
+
   const Ref<TFolderNode> fFolder;
   std::atomic<PCUITEMID_CHILD> fChild{nullptr};
-  TPidl fOwned;
-  std::mutex fUpdateLock;
-  std::vector<TPidl> fFormer;  ///< what readers may still look at; freed with the item
+  TPidl fOwned;                       // this and the next under a lock that all items share
+  std::unique_ptr<TFormer> fFormer;
 };
 
 /// An item for the first element of `child`.

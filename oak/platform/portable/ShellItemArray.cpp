@@ -142,8 +142,7 @@ class TItemArray : public TInterfacedObject<IShellItemArray> {
   }
 
  private:
-  // The items as objects of one folder: the one they lie in, else the desktop with
-  // whole lists is of no use to a source, so that is a failure.
+  // The items as objects of the one folder that all of them lie in.
   HRESULT Children(Ref<TFolderNode>& folder, std::vector<PCUITEMID_CHILD>& children) const {
     for (const Ref<IShellItem>& item : fItems) {
       const auto access = item.As<IItemAccess>();

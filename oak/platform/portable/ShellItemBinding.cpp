@@ -161,7 +161,7 @@ bool SameElements(const Ref<TFolderNode>& folder, PCUITEMID_CHILD a, PCUITEMID_C
 PCUIDLIST_RELATIVE RestAfter(PCUIDLIST_RELATIVE parent, PCUIDLIST_RELATIVE child) {
   const BYTE* start = reinterpret_cast<const BYTE*>(parent);
   for (; !IsEmptyPidl(parent); parent = NextElement(parent), child = NextElement(child)) {
-    if (IsEmptyPidl(child) || ElementSize(parent) <= sizeof(USHORT)) return nullptr;
+    if (IsEmptyPidl(child)) return nullptr;
     const std::size_t size = ElementSize(parent);
     if (ElementSize(child) == size && std::memcmp(parent, child, size) == 0) continue;
     if (!ElementKind(parent) || ElementKind(parent) != ElementKind(child)) return nullptr;

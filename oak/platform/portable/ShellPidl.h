@@ -7,11 +7,12 @@
 
 namespace oak {
 
-/// Size field of an element; elements need not be aligned.
+/// Size field of an element, 0 at the end of a list; elements need not be aligned.
+/// A size too small for the field itself ends a list, too.
 inline std::size_t ElementSize(const void* element) noexcept {
   USHORT size;
   std::memcpy(&size, element, sizeof size);
-  return size;
+  return size < sizeof size ? 0 : size;
 }
 
 /// A list cut before its last element.

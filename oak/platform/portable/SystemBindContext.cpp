@@ -174,9 +174,9 @@ class TBindContext : public TInterfacedObject<IBindCtx> {
   };
   static TString KeyText(LPCOLESTR key) { return key ? TString(key) : TString(); }
   std::vector<TParam>::iterator Find(LPCOLESTR key) {
-    return std::find_if(fParams.begin(), fParams.end(), [wanted = KeyText(key)](const TParam& param) {
-      return param.Key == wanted;
-    });
+    return std::find_if(
+        fParams.begin(), fParams.end(),
+        [wanted = KeyText(key)](const TParam& param) { return param.Key == wanted; });
   }
 
   std::mutex fLock;

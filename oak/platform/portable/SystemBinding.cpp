@@ -37,6 +37,7 @@ void BindPortableSystem(TApi& api) {
   BindSystemMemory(api);
   BindSystemCom(api);
   BindSystemDesktop(api);
+  BindSystemExecute(api);
 }
 
 }  // namespace oak

@@ -24,6 +24,7 @@ void BindSystemModules(TApi& api);
 void BindSystemMemory(TApi& api);
 void BindSystemCom(TApi& api);
 void BindSystemDesktop(TApi& api);
+void BindSystemExecute(TApi& api);
 
 /// Copies a text with its end into a caller's buffer. False, with nothing
 /// written, if the buffer is nil or too small.
@@ -34,7 +35,9 @@ bool CopyText(TStringView text, LPWSTR buffer, std::size_t capacity) noexcept;
 DWORD AnswerText(TStringView text, LPWSTR buffer, DWORD capacity) noexcept;
 
 /// A caller's text as a view; nil gives the empty one.
-inline TStringView ViewOf(LPCWSTR text) noexcept { return text ? TStringView(text) : TStringView(); }
+inline TStringView ViewOf(LPCWSTR text) noexcept {
+  return text ? TStringView(text) : TStringView();
+}
 
 /// Runs the body of a system function that answers `failure` with last error
 /// when it cannot go on; no exception leaves it.

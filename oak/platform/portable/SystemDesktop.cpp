@@ -25,10 +25,12 @@ struct TOption {
   bool (*Get)(const SHELLSTATEW& state);
 };
 
-#define OPTION(mask, value, on, off, standard, field)                    \
-  {mask, value, on, off, standard,                                       \
-   [](SHELLSTATEW& state, bool set) { state.field = set ? -1 : 0; },     \
-   [](const SHELLSTATEW& state) { return state.field != 0; }}
+#define OPTION(mask, value, on, off, standard, field)                     \
+  {                                                                       \
+    mask, value, on, off, standard,                                       \
+        [](SHELLSTATEW& state, bool set) { state.field = set ? -1 : 0; }, \
+        [](const SHELLSTATEW& state) { return state.field != 0; }         \
+  }
 
 constexpr TOption Options[] = {
     OPTION(SSF_SHOWALLOBJECTS, u"Hidden", 1, 2, false, fShowAllObjects),

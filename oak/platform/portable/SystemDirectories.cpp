@@ -64,7 +64,8 @@ UINT STDAPICALLTYPE GetTempFileNameW(LPCWSTR directory, LPCWSTR prefix, UINT uni
   return SystemCall<UINT>(0, [&]() -> UINT {
     if (!directory || !out) return FailWith<UINT>(ERROR_INVALID_PARAMETER, 0);
     static std::atomic<UINT> counter{static_cast<UINT>(getpid()) * 40503u};
-    const TString start = IncludeTrailingPathDelimiter(directory) + TString(ViewOf(prefix).substr(0, 3));
+    const TString start =
+        IncludeTrailingPathDelimiter(directory) + TString(ViewOf(prefix).substr(0, 3));
     for (int attempt = 0; attempt < 0x10000; ++attempt) {
       UINT number = (unique ? unique : counter.fetch_add(1)) & 0xFFFF;
       if (number == 0) number = 1;
@@ -91,11 +92,13 @@ UINT AnswerDirectory(const std::string& native, LPWSTR buffer, UINT capacity) {
 }
 
 UINT STDAPICALLTYPE GetWindowsDirectoryW(LPWSTR buffer, UINT capacity) {
-  return SystemCall<UINT>(0, [&] { return AnswerDirectory(PortableConfig()->Windows, buffer, capacity); });
+  return SystemCall<UINT>(
+      0, [&] { return AnswerDirectory(PortableConfig()->Windows, buffer, capacity); });
 }
 
 UINT STDAPICALLTYPE GetSystemDirectoryW(LPWSTR buffer, UINT capacity) {
-  return SystemCall<UINT>(0, [&] { return AnswerDirectory(PortableConfig()->System, buffer, capacity); });
+  return SystemCall<UINT>(
+      0, [&] { return AnswerDirectory(PortableConfig()->System, buffer, capacity); });
 }
 
 }  // namespace

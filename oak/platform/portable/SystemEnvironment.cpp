@@ -95,7 +95,8 @@ TString Expanded(TStringView text) {
   TString result;
   for (std::size_t i = 0; i < text.size();) {
     const std::size_t end = text[i] == u'%' ? text.find(u'%', i + 1) : TStringView::npos;
-    const auto value = end == TStringView::npos ? std::nullopt : Variable(text.substr(i + 1, end - i - 1));
+    const auto value =
+        end == TStringView::npos ? std::nullopt : Variable(text.substr(i + 1, end - i - 1));
     if (value) {
       result += *value;
       i = end + 1;

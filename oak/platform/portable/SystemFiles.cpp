@@ -198,7 +198,8 @@ BOOL STDAPICALLTYPE MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
                         present->VolumeSerial == info->VolumeSerial && present->Links < 2;
     if (present && !itself) {
       if (!replace) return FailWith(ERROR_ALREADY_EXISTS, FALSE);
-      if (present->IsDirectory() || info->IsDirectory()) return FailWith(ERROR_ACCESS_DENIED, FALSE);
+      if (present->IsDirectory() || info->IsDirectory())
+        return FailWith(ERROR_ACCESS_DENIED, FALSE);
     }
     if (Rename(source, *target, replace || itself) == 0) return TRUE;
     const int error = errno;

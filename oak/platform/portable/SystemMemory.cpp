@@ -158,9 +158,8 @@ HRESULT STDAPICALLTYPE OleGetClipboard(IDataObject** data) {
 // --- PortableMemory.h --------------------------------------------------------
 
 HGLOBAL PortableGlobalAlloc(SIZE_T bytes) noexcept {
-  return SystemCall<HGLOBAL>(nullptr, [&] {
-    return TSystemHandles::Instance().Add(std::make_shared<TBlock>(bytes));
-  });
+  return SystemCall<HGLOBAL>(
+      nullptr, [&] { return TSystemHandles::Instance().Add(std::make_shared<TBlock>(bytes)); });
 }
 
 void PortableGlobalFree(HGLOBAL block) noexcept {

@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <vector>
 
+#include "oak/platform/portable/PortableConfig.h"
 #include "oak/platform/portable/PortableFiles.h"
 #include "oak/platform/portable/PortableStrings.h"
-#include "oak/platform/portable/PortableConfig.h"
 #include "oak/platform/portable/SystemBinding.h"
 
 namespace oak {
@@ -69,9 +69,10 @@ DWORD STDAPICALLTYPE GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD cap
     if (!buffer || capacity == 0) return FailWith<DWORD>(ERROR_INSUFFICIENT_BUFFER, 0);
     if (module && !IsModule(module)) return FailWith<DWORD>(ERROR_MOD_NOT_FOUND, 0);
     const TString library = module ? PortableModuleName(module) : TString();
-    const TString path = library.empty()
-                             ? ProgramPath()
-                             : IncludeTrailingPathDelimiter(WindowsPath(PortableConfig()->System)) + library;
+    const TString path =
+        library.empty()
+            ? ProgramPath()
+            : IncludeTrailingPathDelimiter(WindowsPath(PortableConfig()->System)) + library;
     if (CopyText(path, buffer, capacity)) return static_cast<DWORD>(path.size());
     CopyText(TStringView(path).substr(0, capacity - 1), buffer, capacity);
     return FailWith<DWORD>(ERROR_INSUFFICIENT_BUFFER, capacity);

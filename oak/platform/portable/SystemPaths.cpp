@@ -104,7 +104,8 @@ LPWSTR STDAPICALLTYPE PathCombineW(LPWSTR out, LPCWSTR directory, LPCWSTR file) 
 
 TString CurrentDirectory() {
   TString text(static_cast<std::size_t>(Api().GetCurrentDirectoryW.Function()(0, nullptr)), u'\0');
-  const DWORD length = Api().GetCurrentDirectoryW.Function()(static_cast<DWORD>(text.size()), WBuffer(text));
+  const DWORD length =
+      Api().GetCurrentDirectoryW.Function()(static_cast<DWORD>(text.size()), WBuffer(text));
   text.resize(std::min<std::size_t>(length, text.size()));
   return text;
 }

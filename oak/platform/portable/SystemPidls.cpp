@@ -1,5 +1,6 @@
 // Item identifier lists as memory. A list ends at the first element that claims
-// fewer bytes than its own size field takes.
+// fewer bytes than its own size field takes. What asks whether two lists lead to
+// one object belongs to the namespace.
 #include <cstring>
 
 #include "oak/platform/portable/SystemBinding.h"
@@ -75,33 +76,6 @@ BOOL STDAPICALLTYPE ILRemoveLastID(LPITEMIDLIST pidl) {
   return TRUE;
 }
 
-BOOL STDAPICALLTYPE ILIsEqual(LPCITEMIDLIST a, LPCITEMIDLIST b) {
-  if (!a || !b) return a == b;
-  const std::size_t length = Length(a);
-  return length == Length(b) && std::memcmp(a, b, length) == 0;
-}
-
-// What follows `parent` in `child`: the end of the child if both are equal.
-LPITEMIDLIST STDAPICALLTYPE ILFindChild(LPCITEMIDLIST parent, LPCITEMIDLIST child) {
-  if (!parent || !child) return nullptr;
-  const BYTE* mine = Bytes(parent);
-  const BYTE* other = Bytes(child);
-  while (const std::size_t size = ElementSize(mine)) {
-    if (ElementSize(other) != size || std::memcmp(mine, other, size) != 0) return nullptr;
-    mine += size;
-    other += size;
-  }
-  return Mutable(List(other));
-}
-
-BOOL STDAPICALLTYPE ILIsParent(LPCITEMIDLIST parent, LPCITEMIDLIST child, BOOL immediate) {
-  const LPCITEMIDLIST rest = ILFindChild(parent, child);
-  if (!rest) return FALSE;
-  if (!immediate) return TRUE;
-  const LPCITEMIDLIST next = ILGetNext(rest);
-  return next && ElementSize(Bytes(next)) == 0;
-}
-
 }  // namespace
 
 #define BIND(Name) api.Name.SetFunction(&Name)
@@ -114,9 +88,6 @@ void BindSystemPidls(TApi& api) {
   BIND(ILGetNext);
   BIND(ILFindLastID);
   BIND(ILRemoveLastID);
-  BIND(ILIsEqual);
-  BIND(ILFindChild);
-  BIND(ILIsParent);
 }
 #undef BIND
 

@@ -259,7 +259,8 @@ std::optional<TString> GetRegistryText(HKEY root, TStringView key, TStringView n
 
 std::optional<DWORD> GetRegistryNumber(HKEY root, TStringView key, TStringView name) {
   const auto value = Read(root, key, name);
-  if (!value || value->Type != REG_DWORD || value->Data.size() != sizeof(DWORD)) return std::nullopt;
+  if (!value || value->Type != REG_DWORD || value->Data.size() != sizeof(DWORD))
+    return std::nullopt;
   DWORD number = 0;
   std::memcpy(&number, value->Data.data(), sizeof number);
   return number;

@@ -30,12 +30,18 @@ int AccessFlags(DWORD access) {
 // The native flags of a disposition, -1 for an unknown one.
 int DispositionFlags(DWORD disposition) {
   switch (disposition) {
-    case CREATE_NEW: return O_CREAT | O_EXCL;
-    case CREATE_ALWAYS: return O_CREAT | O_TRUNC;
-    case OPEN_EXISTING: return 0;
-    case OPEN_ALWAYS: return O_CREAT;
-    case TruncateExisting: return O_TRUNC;
-    default: return -1;
+    case CREATE_NEW:
+      return O_CREAT | O_EXCL;
+    case CREATE_ALWAYS:
+      return O_CREAT | O_TRUNC;
+    case OPEN_EXISTING:
+      return 0;
+    case OPEN_ALWAYS:
+      return O_CREAT;
+    case TruncateExisting:
+      return O_TRUNC;
+    default:
+      return -1;
   }
 }
 
@@ -109,9 +115,9 @@ BOOL STDAPICALLTYPE WriteFile(HANDLE handle, LPCVOID buffer, DWORD size, DWORD* 
   if (written) *written = 0;
   do {
     DWORD count = 0;
-    const bool good =
-        Transfer(handle, size - total, &count, overlapped,
-                 [&](int file, DWORD rest) { return ::write(file, bytes + total, rest); });
+    const bool good = Transfer(handle, size - total, &count, overlapped, [&](int file, DWORD rest) {
+      return ::write(file, bytes + total, rest);
+    });
     if (!good) return FALSE;
     if (count == 0 && size > 0) return FailWith(ERROR_DISK_FULL, FALSE);
     total += count;

@@ -42,7 +42,8 @@ TString WithSeparators(std::uint64_t value) {
 TString ThreeDigits(std::uint64_t hundredths) {
   if (hundredths >= 10000) return WithSeparators(hundredths / 100);
   const auto digit = [](std::uint64_t value) { return static_cast<char16_t>(u'0' + value % 10); };
-  TString text = IntToStr(static_cast<std::int64_t>(hundredths / 100)) + u'.' + digit(hundredths / 10);
+  TString text =
+      IntToStr(static_cast<std::int64_t>(hundredths / 100)) + u'.' + digit(hundredths / 10);
   if (hundredths < 1000) text += digit(hundredths);
   return text;
 }
@@ -87,7 +88,8 @@ LPWSTR STDAPICALLTYPE StrFormatByteSizeW(LONGLONG size, LPWSTR buffer, UINT capa
   });
 }
 
-HRESULT STDAPICALLTYPE StrFormatByteSizeEx(ULONGLONG size, int flags, LPWSTR buffer, UINT capacity) {
+HRESULT STDAPICALLTYPE StrFormatByteSizeEx(ULONGLONG size, int flags, LPWSTR buffer,
+                                           UINT capacity) {
   constexpr int rounds = 1, truncates = 2;
   if (!buffer || capacity == 0 || (flags != rounds && flags != truncates)) return E_INVALIDARG;
   return SystemCall<HRESULT>(E_OUTOFMEMORY, [&] {
@@ -143,6 +145,40 @@ HRESULT STDAPICALLTYPE StrRetToStrW(STRRET* name, PCUITEMID_CHILD pidl, LPWSTR* 
   });
 }
 
+// --- narrow text -------------------------------------------------------------
+
+// The narrow text of this system is UTF-8, which stands in for its code pages.
+bool IsUtf8CodePage(UINT codePage) {
+  constexpr UINT utf8 = 65001;
+  return codePage <= 3 || codePage == utf8;  // CP_ACP, CP_OEMCP, CP_MACCP, CP_THREAD_ACP
+}
+
+int STDAPICALLTYPE MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR text, int length,
+                                       LPWSTR buffer, int capacity) {
+  constexpr UINT latin1 = 28591;
+  constexpr DWORD failOnInvalid = 8;  // MB_ERR_INVALID_CHARS
+  return SystemCall<int>(0, [&] {
+    const bool known = IsUtf8CodePage(codePage) || codePage == latin1;
+    if (!known || !text || length < -1 || length == 0 || capacity < 0 || (capacity && !buffer))
+      return FailWith(ERROR_INVALID_PARAMETER, 0);
+    const std::string_view bytes = length < 0
+                                       ? std::string_view(text, std::strlen(text) + 1)
+                                       : std::string_view(text, static_cast<std::size_t>(length));
+    TString wide;
+    if (codePage == latin1)
+      for (const char byte : bytes) wide.push_back(static_cast<unsigned char>(byte));
+    else
+      wide = FromUtf8(bytes);
+    if ((flags & failOnInvalid) && codePage != latin1 && ToUtf8(wide) != bytes)
+      return FailWith(ERROR_NO_UNICODE_TRANSLATION, 0);
+    const int needed = static_cast<int>(wide.size());
+    if (capacity == 0) return needed;
+    if (needed > capacity) return FailWith(ERROR_INSUFFICIENT_BUFFER, 0);
+    std::copy(wide.begin(), wide.end(), buffer);
+    return needed;
+  });
+}
+
 }  // namespace
 
 #define BIND(Name) api.Name.SetFunction(&Name)
@@ -153,6 +189,7 @@ void BindSystemText(TApi& api) {
   BIND(StrFormatByteSizeEx);
   BIND(StrFormatKBSizeW);
   BIND(StrRetToStrW);
+  BIND(MultiByteToWideChar);
 }
 #undef BIND
 

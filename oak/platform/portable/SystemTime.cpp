@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
+#include <mutex>
+#include <string>
 
 #include "oak/base/DateTime.h"
 #include "oak/platform/portable/SystemBinding.h"
@@ -141,12 +144,37 @@ DWORD ReadZone(time_t now, TIME_ZONE_INFORMATION& zone) {
   return present == toDaylight.After ? TIME_ZONE_ID_DAYLIGHT : TIME_ZONE_ID_STANDARD;
 }
 
+// Finding the changes of a year takes microseconds, and a listing asks once for each
+// date that it shows: the answer holds for the second in which it was found.
+class TZoneCache {
+ public:
+  DWORD Get(TIME_ZONE_INFORMATION& zone) {
+    const time_t now = time(nullptr);
+    const char* variable = getenv("TZ");
+    const std::string name = variable ? variable : "/etc/localtime";
+    const std::lock_guard guard(fLock);
+    if (now != fSecond || name != fName) {
+      tzset();
+      fState = ReadZone(now, fZone);
+      fSecond = now;
+      fName = name;
+    }
+    zone = fZone;
+    return fState;
+  }
+
+ private:
+  std::mutex fLock;
+  std::string fName;
+  time_t fSecond = -1;
+  TIME_ZONE_INFORMATION fZone{};
+  DWORD fState = TIME_ZONE_ID_UNKNOWN;
+};
+
 DWORD STDAPICALLTYPE GetTimeZoneInformation(TIME_ZONE_INFORMATION* zone) {
   if (!zone) return FailWith(ERROR_INVALID_PARAMETER, TIME_ZONE_ID_INVALID);
-  return SystemCall<DWORD>(TIME_ZONE_ID_INVALID, [&] {
-    tzset();
-    return ReadZone(time(nullptr), *zone);
-  });
+  static TZoneCache cache;
+  return SystemCall<DWORD>(TIME_ZONE_ID_INVALID, [&] { return cache.Get(*zone); });
 }
 
 TIME_ZONE_INFORMATION ZoneOrMachine(const TIME_ZONE_INFORMATION* zone) {

@@ -44,17 +44,22 @@ std::optional<TPlace> PlaceOf(LPCWSTR root) {
 
 bool IsRootOf(const TPlace& place) {
   if (place.Drive) return place.Drive->Directory == place.Directory;
-  return std::any_of(place.Config->Shares.begin(), place.Config->Shares.end(),
-                     [&](const TPortableShare& share) { return share.Directory == place.Directory; });
+  return std::any_of(
+      place.Config->Shares.begin(), place.Config->Shares.end(),
+      [&](const TPortableShare& share) { return share.Directory == place.Directory; });
 }
 
 UINT TypeOf(const TPortableDrive* drive) {
   if (!drive) return DRIVE_REMOTE;  // a share without a letter
   switch (drive->Kind) {
-    case TPortableDriveKind::Removable: return DRIVE_REMOVABLE;
-    case TPortableDriveKind::Network: return DRIVE_REMOTE;
-    case TPortableDriveKind::CdRom: return DRIVE_CDROM;
-    case TPortableDriveKind::Fixed: break;
+    case TPortableDriveKind::Removable:
+      return DRIVE_REMOVABLE;
+    case TPortableDriveKind::Network:
+      return DRIVE_REMOTE;
+    case TPortableDriveKind::CdRom:
+      return DRIVE_CDROM;
+    case TPortableDriveKind::Fixed:
+      break;
   }
   return DRIVE_FIXED;
 }
@@ -102,12 +107,12 @@ TStringView FileSystemName(const std::string& directory) {
     TStringView Name;
   };
   static constexpr TName names[] = {
-      {0xEF53, u"ext4"},       {0x9123683E, u"btrfs"}, {0x58465342, u"XFS"},
-      {0x01021994, u"tmpfs"},  {0x794C7630, u"overlay"}, {0x6969, u"NFS"},
-      {0xFF534D42, u"CIFS"},   {0xFE534D42, u"SMB2"},  {0x4D44, u"FAT32"},
-      {0x2011BAB0, u"exFAT"},  {0x5346544E, u"NTFS"},  {0x7366746E, u"NTFS"},
-      {0x9660, u"CDFS"},       {0x15013346, u"UDF"},   {0x65735546, u"FUSE"},
-      {0x2FC12FC1, u"ZFS"},    {0xF2F52010, u"F2FS"},  {0x73717368, u"squashfs"}};
+      {0xEF53, u"ext4"},      {0x9123683E, u"btrfs"},   {0x58465342, u"XFS"},
+      {0x01021994, u"tmpfs"}, {0x794C7630, u"overlay"}, {0x6969, u"NFS"},
+      {0xFF534D42, u"CIFS"},  {0xFE534D42, u"SMB2"},    {0x4D44, u"FAT32"},
+      {0x2011BAB0, u"exFAT"}, {0x5346544E, u"NTFS"},    {0x7366746E, u"NTFS"},
+      {0x9660, u"CDFS"},      {0x15013346, u"UDF"},     {0x65735546, u"FUSE"},
+      {0x2FC12FC1, u"ZFS"},   {0xF2F52010, u"F2FS"},    {0x73717368, u"squashfs"}};
   struct statfs info {};
   if (statfs(directory.c_str(), &info) == 0)
     for (const TName& name : names)
@@ -168,8 +173,10 @@ BOOL STDAPICALLTYPE GetVolumePathNameW(LPCWSTR path, LPWSTR buffer, DWORD capaci
     if (!path || !buffer) return FailWith(ERROR_INVALID_PARAMETER, FALSE);
     const auto place = PlaceOf(path);
     if (!place) return FailWith(ERROR_PATH_NOT_FOUND, FALSE);
-    const TString root = place->Drive ? TString(1, place->Drive->Letter) + u":\\"
-                                      : IncludeTrailingPathDelimiter(ExtractFileDrive(WindowsPath(place->Directory)));
+    const TString root =
+        place->Drive
+            ? TString(1, place->Drive->Letter) + u":\\"
+            : IncludeTrailingPathDelimiter(ExtractFileDrive(WindowsPath(place->Directory)));
     if (CopyText(root, buffer, capacity)) return TRUE;
     return FailWith(ERROR_FILENAME_EXCED_RANGE, FALSE);
   });

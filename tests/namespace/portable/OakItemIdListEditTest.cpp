@@ -1,19 +1,17 @@
 // Operations that change real files through items.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <functional>
 
 #include "oak/namespace/Oak.Shell.Types.h"
 #include "oak/namespace/OakItemIdList.h"
 #include "oak/platform/Api.h"
-#include "testkit/ScopedApi.h"
-#include "tests/namespace/FakeShellItem.h"
+#include "testkit/FaultInjection.h"
 #include "tests/namespace/TestFolder.h"
 
 namespace oak::testing {
 namespace {
 
-using ::testing::HasSubstr;
-using testkit::TScopedApi;
 
 using TItem = TOakItemIdList;
 
@@ -57,8 +55,9 @@ TEST_F(OakItemIdListEdit, RenameGoesOnWithTheNewNameIfWanted) {
     EXPECT_EQ(TItem::Create(held, iloCopyMemory)->Name(), u"old.txt");
 
     const auto unchanged = Item(u"new.txt");
-    unchanged->Rename(u"third.txt", window, false);
-    EXPECT_TRUE(fFolder.Exists(u"third.txt"));
+    const TStringView third = window ? u"by shell.txt" : u"by storage.txt";
+    unchanged->Rename(third, window, false);
+    EXPECT_TRUE(fFolder.Exists(third));
     EXPECT_EQ(unchanged->Path(), fFolder.Path(u"new.txt"));
   }
 }
@@ -86,7 +85,7 @@ TEST_F(OakItemIdListEdit, RenameNeverOverwrites) {
 
 TEST_F(OakItemIdListEdit, RenameOfWhatCanNotBeRenamed) {
   try {
-    TItem::CreateForSpecialFolder(SF_DRIVES, true)->Rename(u"x", nullptr, true);
+    TItem::CreateForSpecialFolder(SF_NETWORK, true)->Rename(u"x", nullptr, true);
     ADD_FAILURE() << "nothing was raised";
   } catch (const EFolderTrekError& error) {
     EXPECT_EQ(ToUtf8(error.GetMessage()), "Element cannot be renamed");
@@ -161,6 +160,49 @@ TEST_F(OakItemIdListEdit, WhatIsNoLinkHasNoTarget) {
   EXPECT_EQ(TShellLinkHelper::AddLinkTo(item, u"", u"x"), nullptr);
   EXPECT_THROW((void)TShellLinkHelper::AddLinkTo(item, fFolder.Path(u"missing"), u"x"),
                EFolderTrekError);
+}
+
+// Runs a change with each of its platform calls failing in turn. A failure comes
+// out as the documented exception or not at all.
+void SweepChange(const std::function<void()>& prepare, const std::function<void()>& change) {
+  bool hasRaised = false;
+  const int failures = testkit::SweepFaults([&] {
+    IApiObserver* injector = SetApiObserver(nullptr);
+    prepare();
+    SetApiObserver(injector);
+    try {
+      change();
+    } catch (const EFolderTrekError&) {
+      hasRaised = true;
+    }
+  });
+  EXPECT_GT(failures, 0);
+  EXPECT_TRUE(hasRaised);
+}
+
+TEST_F(OakItemIdListEdit, EveryFailureOfAChangeIsRaisedOrHarmless) {
+  Ref<IItemIdList> item;
+  const auto prepare = [&] {
+    fFolder.MakeFile(u"a.txt");
+    item = Item(u"a.txt");
+  };
+  for (const HWND window : {HWND{}, AnyWindow()}) {
+    SweepChange(
+        [&] {
+          if (fFolder.Exists(u"b.txt")) TItem::From(Item(u"b.txt"))->RemoveStorage();
+          prepare();
+        },
+        [&] { item->Rename(u"b.txt", window, true); });
+    EXPECT_TRUE(fFolder.Exists(u"b.txt"));
+  }
+  SweepChange(prepare, [&] { TItem::From(item)->RemoveStorage(); });
+  EXPECT_FALSE(fFolder.Exists(u"a.txt"));
+  SweepChange([&] { item = Item(); }, [&] { (void)item->CreateNewFolder(u""); });
+  SweepChange(prepare, [&] {
+    const auto link = TShellLinkHelper::AddLinkTo(item, fFolder.Path(), u"link");
+    if (link) (void)link->LinkTarget();
+  });
+  EXPECT_TRUE(fFolder.Exists(u"link.lnk"));
 }
 
 TEST_F(OakItemIdListEdit, ErrorModeIsRestored) {

@@ -122,8 +122,9 @@ TEST(FileProperties, WhatPeopleWrite) {
   EXPECT_TRUE(Get(source, u"file", PKEY_Title).IsEmpty());
   EXPECT_EQ(Set(source, u"file", PKEY_Title, TPropVariant::From(u"Ein Tïtel\nzwei")), S_OK);
   EXPECT_EQ(Text(Get(source, u"file", PKEY_Title)), u"Ein Tïtel\nzwei");
-  EXPECT_EQ(Set(source, u"file", PKEY_Keywords, TPropVariant::From(TStringArray{u"a", u" b;c ", u""})),
-            S_OK);
+  EXPECT_EQ(
+      Set(source, u"file", PKEY_Keywords, TPropVariant::From(TStringArray{u"a", u" b;c ", u""})),
+      S_OK);
   EXPECT_EQ(Text(Get(source, u"file", PKEY_Keywords)), u"a; b;c");
   EXPECT_EQ(Set(source, u"file", PKEY_Author, TPropVariant::From(u"One; Two")), S_OK);
   EXPECT_EQ(Get(source, u"file", PKEY_Author).Get().calpwstr.cElems, 2u);

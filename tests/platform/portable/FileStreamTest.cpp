@@ -119,7 +119,8 @@ TEST(FileStream, ShareModes) {
     for (const DWORD shareA : share)
       for (const DWORD b : access)
         for (const DWORD shareB : share) {
-          SCOPED_TRACE(::testing::Message() << a << '/' << shareA << " then " << b << '/' << shareB);
+          SCOPED_TRACE(::testing::Message()
+                       << a << '/' << shareA << " then " << b << '/' << shareB);
           const auto first = Open(tree, "file", a | shareA);
           Open(tree, "file", b | shareB,
                conflicts(a | shareA, b | shareB) ? STG_E_SHAREVIOLATION : S_OK);

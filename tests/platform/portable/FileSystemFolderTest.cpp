@@ -16,8 +16,8 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::UnorderedElementsAre;
 
-constexpr DWORD kAll = SHCONTF_FOLDERS | SHCONTF_NONFOLDERS | SHCONTF_INCLUDEHIDDEN |
-                       SHCONTF_INCLUDESUPERHIDDEN;
+constexpr DWORD kAll =
+    SHCONTF_FOLDERS | SHCONTF_NONFOLDERS | SHCONTF_INCLUDEHIDDEN | SHCONTF_INCLUDESUPERHIDDEN;
 
 std::set<std::string> List(const Ref<IFolderSource>& source, DWORD flags) {
   std::set<std::string> names;
@@ -76,16 +76,15 @@ TEST(FileSystemFolder, ListsWhatTheFlagsAskFor) {
   const struct {
     DWORD Flags;
     std::set<std::string> Names;
-  } cases[] = {
-      {SHCONTF_FOLDERS, {"dir", "link to dir"}},
-      {SHCONTF_NONFOLDERS, {"file", "link to file", "broken", "loop", "pipe"}},
-      {SHCONTF_FOLDERS | SHCONTF_INCLUDEHIDDEN, {"dir", ".hidden dir", "link to dir"}},
-      {SHCONTF_NONFOLDERS | SHCONTF_INCLUDEHIDDEN,
-       {"file", ".hidden", "link to file", "broken", "loop", "pipe"}},
-      {kAll,
-       {"dir", ".hidden dir", "file", ".hidden", "link to dir", "link to file", "broken", "loop",
-        "pipe", ".pipe"}},
-      {0, {}}};
+  } cases[] = {{SHCONTF_FOLDERS, {"dir", "link to dir"}},
+               {SHCONTF_NONFOLDERS, {"file", "link to file", "broken", "loop", "pipe"}},
+               {SHCONTF_FOLDERS | SHCONTF_INCLUDEHIDDEN, {"dir", ".hidden dir", "link to dir"}},
+               {SHCONTF_NONFOLDERS | SHCONTF_INCLUDEHIDDEN,
+                {"file", ".hidden", "link to file", "broken", "loop", "pipe"}},
+               {kAll,
+                {"dir", ".hidden dir", "file", ".hidden", "link to dir", "link to file", "broken",
+                 "loop", "pipe", ".pipe"}},
+               {0, {}}};
   for (const auto& test : cases) EXPECT_EQ(List(tree.Source(), test.Flags), test.Names);
 }
 
@@ -93,15 +92,15 @@ TEST(FileSystemFolder, ListsWhatTheFlagsAskFor) {
 // while the walk is on.
 TEST(FileSystemFolder, LargeListingsAreCompleteAndSurviveChanges) {
   const TNativeTree tree;
-  const std::string filler(100, 'n');
-  for (int i = 0; i < 3000; ++i) tree.File(filler + std::to_string(i), "");
+  const std::string filler(240, 'n');
+  for (int i = 0; i < 600; ++i) tree.File(filler + std::to_string(i), "");
   const auto source = tree.Source();
-  EXPECT_EQ(List(source, kAll).size(), 3000u);
+  EXPECT_EQ(List(source, kAll).size(), 600u);
   Ref<IFolderCursor> cursor;
   ASSERT_EQ(source->Enumerate(kAll, cursor), S_OK);
   PCUITEMID_CHILD element = nullptr;
   ASSERT_EQ(cursor->Next(&element), S_OK);
-  for (int i = 0; i < 3000; i += 2) unlink(tree.Native(filler + std::to_string(i)).c_str());
+  for (int i = 0; i < 600; i += 2) unlink(tree.Native(filler + std::to_string(i)).c_str());
   HRESULT result;
   while ((result = cursor->Next(&element)) == S_OK) {
   }
@@ -205,7 +204,9 @@ TEST(FileSystemFolder, ParsesExactlyThenIgnoringCase) {
   const TNativeTree tree;
   tree.File("Both");
   tree.File("both");
-  tree.Folder("Gr\xC3\xBC\xC3\x9F" "e");
+  tree.Folder(
+      "Gr\xC3\xBC\xC3\x9F"
+      "e");
   const auto source = tree.Source();
   EXPECT_EQ(NameOf(source, Parse(source, u"both").Get()), u"both");
   EXPECT_EQ(NameOf(source, Parse(source, u"Both").Get()), u"Both");
@@ -288,7 +289,7 @@ TEST(FileSystemFolder, Order) {
     int order = 99, reverse = 99;
     EXPECT_EQ(source->Compare(what, Parse(source, a).Get(), Parse(source, b).Get(), order), S_OK);
     EXPECT_EQ(source->Compare(what, Parse(source, b).Get(), Parse(source, a).Get(), reverse), S_OK);
-    EXPECT_EQ(order < 0, reverse > 0);
+    EXPECT_EQ(order<0, reverse> 0);
     return order < 0 ? -1 : order > 0 ? 1 : 0;
   };
   EXPECT_EQ(compare(0, u"file 9", u"file 10"), -1);

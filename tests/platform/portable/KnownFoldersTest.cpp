@@ -58,9 +58,11 @@ TEST(KnownFolderTable, IsConsistent) {
     EXPECT_TRUE(names.insert(ToUtf8(UpperCase(folder.Name))).second) << name;
     EXPECT_TRUE(folder.Csidl < 0 || numbers.insert(folder.Csidl).second) << name;
     EXPECT_TRUE(folder.Parent == GUID_NULL || FindKnownFolder(folder.Parent)) << name;
-    EXPECT_EQ(folder.Kind == TKnownFolderKind::Virtual, KnownFolderNativePath(folder).empty()) << name;
+    EXPECT_EQ(folder.Kind == TKnownFolderKind::Virtual, KnownFolderNativePath(folder).empty())
+        << name;
     if (*folder.ParsingName) {
-      EXPECT_EQ(FindKnownFolderByParsingName(u"shell:" + TString(folder.ParsingName)), &folder) << name;
+      EXPECT_EQ(FindKnownFolderByParsingName(u"shell:" + TString(folder.ParsingName)), &folder)
+          << name;
     }
   }
 }
@@ -121,17 +123,16 @@ TEST_F(KnownFoldersTest, FromPath) {
     TString Path;
     FFFP_MODE Mode;
     GUID Id;
-  } cases[] = {
-      {HomePath(u"\\Dokumente"), FFFP_EXACTMATCH, FOLDERID_Documents},
-      {HomePath(u"\\Dokumente\\"), FFFP_EXACTMATCH, FOLDERID_Documents},
-      {UpperCase(HomePath(u"\\Dokumente")), FFFP_EXACTMATCH, FOLDERID_Documents},
-      {HomePath(u"\\Downloads"), FFFP_EXACTMATCH, FOLDERID_Downloads},
-      {HomePath(u"\\downloads"), FFFP_EXACTMATCH, GUID_NULL},
-      {HomePath(u"\\Dokumente\\a\\b.txt"), FFFP_EXACTMATCH, GUID_NULL},
-      {HomePath(u"\\Dokumente\\a\\b.txt"), FFFP_NEARESTPARENTMATCH, FOLDERID_Documents},
-      {HomePath(u"\\DokumenteX"), FFFP_NEARESTPARENTMATCH, FOLDERID_Profile},
-      {u"C:\\", FFFP_NEARESTPARENTMATCH, GUID_NULL},
-      {u"no path", FFFP_NEARESTPARENTMATCH, GUID_NULL}};
+  } cases[] = {{HomePath(u"\\Dokumente"), FFFP_EXACTMATCH, FOLDERID_Documents},
+               {HomePath(u"\\Dokumente\\"), FFFP_EXACTMATCH, FOLDERID_Documents},
+               {UpperCase(HomePath(u"\\Dokumente")), FFFP_EXACTMATCH, FOLDERID_Documents},
+               {HomePath(u"\\Downloads"), FFFP_EXACTMATCH, FOLDERID_Downloads},
+               {HomePath(u"\\downloads"), FFFP_EXACTMATCH, GUID_NULL},
+               {HomePath(u"\\Dokumente\\a\\b.txt"), FFFP_EXACTMATCH, GUID_NULL},
+               {HomePath(u"\\Dokumente\\a\\b.txt"), FFFP_NEARESTPARENTMATCH, FOLDERID_Documents},
+               {HomePath(u"\\DokumenteX"), FFFP_NEARESTPARENTMATCH, FOLDERID_Profile},
+               {u"C:\\", FFFP_NEARESTPARENTMATCH, GUID_NULL},
+               {u"no path", FFFP_NEARESTPARENTMATCH, GUID_NULL}};
   for (const auto& test : cases) {
     Ref<IKnownFolder> folder;
     const HRESULT result = Manager()->FindFolderFromPath(W(test.Path), test.Mode, folder.Put());
@@ -155,7 +156,8 @@ TEST_F(KnownFoldersTest, FromItemIdList) {
       {u"C:\\", GUID_NULL}};
   for (const auto& [name, id] : cases) {
     TPidl list;
-    ASSERT_EQ(Api().SHParseDisplayName(W(name), nullptr, list.Put(), 0, nullptr), S_OK) << ToUtf8(name);
+    ASSERT_EQ(Api().SHParseDisplayName(W(name), nullptr, list.Put(), 0, nullptr), S_OK)
+        << ToUtf8(name);
     Manager()->FindFolderFromIDList(list.Get(), folder.Put());
     EXPECT_EQ(IdOf(folder), id) << ToUtf8(name);
   }

@@ -22,9 +22,7 @@ class TNativeTree {
     std::string pattern = ::testing::TempDir() + "oak-tree-XXXXXX";
     fRoot = mkdtemp(pattern.data());
   }
-  ~TNativeTree() {
-    nftw(fRoot.c_str(), &Remove, 16, FTW_DEPTH | FTW_PHYS);
-  }
+  ~TNativeTree() { nftw(fRoot.c_str(), &Remove, 16, FTW_DEPTH | FTW_PHYS); }
   TNativeTree(const TNativeTree&) = delete;
   TNativeTree& operator=(const TNativeTree&) = delete;
 

@@ -167,7 +167,8 @@ TEST(PropertySystem, FormatsIntoABuffer) {
 
 TEST(PropertySystem, Compares) {
   const auto time = [](int hour, int minute) {
-    return TPropVariant::From(DateTimeToFileTime(EncodeDateTime({2020, 6, 15}, {hour, minute, 0, 0})));
+    return TPropVariant::From(
+        DateTimeToFileTime(EncodeDateTime({2020, 6, 15}, {hour, minute, 0, 0})));
   };
   const struct {
     TPropVariant A, B;
@@ -175,7 +176,8 @@ TEST(PropertySystem, Compares) {
     PROPVAR_COMPARE_FLAGS Flags;
     int Expected;
   } cases[] = {
-      {TPropVariant::From(2), TPropVariant::From(std::uint64_t{10}), PVCU_DEFAULT, PVCF_DEFAULT, -1},
+      {TPropVariant::From(2), TPropVariant::From(std::uint64_t{10}), PVCU_DEFAULT, PVCF_DEFAULT,
+       -1},
       {TPropVariant(), TPropVariant::From(0), PVCU_DEFAULT, PVCF_DEFAULT, -1},
       {TPropVariant(), TPropVariant::From(0), PVCU_DEFAULT, PVCF_TREATEMPTYASGREATERTHAN, 1},
       {TPropVariant(), TPropVariant::Null(), PVCU_DEFAULT, PVCF_TREATEMPTYASGREATERTHAN, 0},
@@ -198,8 +200,9 @@ TEST(PropertySystem, Converts) {
   EXPECT_EQ(FromW(Api().PropVariantToStringWithDefault(text, u"none")), u"True");
   EXPECT_EQ(FromW(Api().PropVariantToStringWithDefault(value, u"none")), u"none");
   PropVariantClear(&text);
-  ASSERT_EQ(Api().PropVariantChangeType(&text, TPropVariant::From(u"nonsense"), PVCHF_DEFAULT, VT_I4),
-            DISP_E_TYPEMISMATCH);
+  ASSERT_EQ(
+      Api().PropVariantChangeType(&text, TPropVariant::From(u"nonsense"), PVCHF_DEFAULT, VT_I4),
+      DISP_E_TYPEMISMATCH);
   EXPECT_EQ(text.vt, VT_EMPTY);
   TVariant variant;
   ASSERT_EQ(Api().PropVariantToVariant(&TPropVariant::From(u"text").Get(), variant.Put()), S_OK);

@@ -1,5 +1,6 @@
 // Find functions, attributes, and operations on real files.
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -103,11 +104,13 @@ TEST_F(SystemFiles, LookUpErrors) {
   };
   for (const auto& c : cases) {
     WIN32_FIND_DATAW data{};
-    EXPECT_EQ(ErrorAfter([&] { Api().FindFirstFileW(c.Path, &data); }), c.Find) << Show(FromW(c.Path));
+    EXPECT_EQ(ErrorAfter([&] { Api().FindFirstFileW(c.Path, &data); }), c.Find)
+        << Show(FromW(c.Path));
     EXPECT_EQ(ErrorAfter([&] { Api().GetFileAttributesW(c.Path); }), c.Attributes)
         << Show(FromW(c.Path));
   }
-  EXPECT_EQ(ErrorAfter([] { Api().FindFirstFileW(W(u"T:\\*"), nullptr); }), ERROR_INVALID_PARAMETER);
+  EXPECT_EQ(ErrorAfter([] { Api().FindFirstFileW(W(u"T:\\*"), nullptr); }),
+            ERROR_INVALID_PARAMETER);
   WIN32_FIND_DATAW data{};
   EXPECT_EQ(ErrorAfter([&] { Api().FindNextFileW(INVALID_HANDLE_VALUE, &data); }),
             ERROR_INVALID_HANDLE);
@@ -175,7 +178,8 @@ TEST(SystemFileTimes, ExtremesAreCut) {
 
 TEST_F(SystemFiles, Directories) {
   EXPECT_TRUE(Api().CreateDirectoryW(W(u"T:\\New"), nullptr));
-  EXPECT_EQ(ErrorAfter([] { Api().CreateDirectoryW(W(u"T:\\NEW"), nullptr); }), ERROR_ALREADY_EXISTS);
+  EXPECT_EQ(ErrorAfter([] { Api().CreateDirectoryW(W(u"T:\\NEW"), nullptr); }),
+            ERROR_ALREADY_EXISTS);
   EXPECT_EQ(ErrorAfter([] { Api().CreateDirectoryW(W(u"T:\\no\\x"), nullptr); }),
             ERROR_PATH_NOT_FOUND);
   EXPECT_EQ(ErrorAfter([] { Api().CreateDirectoryW(nullptr, nullptr); }), ERROR_PATH_NOT_FOUND);
@@ -257,7 +261,8 @@ TEST_F(SystemFiles, OpenFiles) {
   EXPECT_FALSE(Api().WriteFile(file, "x", 1, &count, nullptr));
   EXPECT_FALSE(Api().FindClose(file));  // a handle of another kind
   Api().CloseHandle(file);
-  EXPECT_EQ(ErrorAfter([&] { open(u"T:\\none", GENERIC_READ, OPEN_EXISTING); }), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(ErrorAfter([&] { open(u"T:\\none", GENERIC_READ, OPEN_EXISTING); }),
+            ERROR_FILE_NOT_FOUND);
   EXPECT_EQ(ErrorAfter([&] { open(u"T:\\", GENERIC_READ, OPEN_EXISTING); }), ERROR_ACCESS_DENIED);
   EXPECT_EQ(ErrorAfter([&] { open(u"T:\\f", GENERIC_READ, 99); }), ERROR_INVALID_PARAMETER);
   file = open(u"T:\\", 0, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
@@ -271,7 +276,8 @@ TEST_F(SystemFiles, StreamsOnFiles) {
     return Api().SHCreateStreamOnFileEx(path, mode, 0, create, nullptr, stream.Put());
   };
   Ref<IStream> stream;
-  EXPECT_EQ(open(u"T:\\there", STGM_READWRITE, TRUE, stream), HRESULT_FROM_WIN32(ERROR_FILE_EXISTS));
+  EXPECT_EQ(open(u"T:\\there", STGM_READWRITE, TRUE, stream),
+            HRESULT_FROM_WIN32(ERROR_FILE_EXISTS));
   EXPECT_TRUE(FAILED(open(u"T:\\none", STGM_READ, FALSE, stream)));
   EXPECT_FALSE(stream);
   ASSERT_EQ(open(u"T:\\THERE", STGM_READ, FALSE, stream), S_OK);
@@ -285,6 +291,44 @@ TEST_F(SystemFiles, StreamsOnFiles) {
   EXPECT_EQ(ReadAll("new"), "ab");
   EXPECT_EQ(open(nullptr, STGM_READ, FALSE, stream), E_INVALIDARG);
   EXPECT_EQ(Api().IStream_Size(nullptr, &size), E_INVALIDARG);
+}
+
+// A program that writes what it was started with into a pipe.
+TEST_F(SystemFiles, ProgramsAndDocumentsAreOpened) {
+  const std::string before = getenv("PATH");
+  mkfifo(Native("pipe").c_str(), 0600);
+  MakeDirectory("cwd");
+  for (const char* name : {"tool", "xdg-open"}) {
+    WriteFile(name, "#!/bin/sh\nprintf '%s|' \"${PWD##*/}\" \"$@\" > '" + Native("pipe") + "'\n");
+    chmod(Native(name).c_str(), 0700);
+  }
+  WriteFile("doc.txt");
+  setenv("PATH", (Root() + ":" + before).c_str(), 1);
+  const int pipe = open(Native("pipe").c_str(), O_RDWR | O_CLOEXEC);
+  const auto run = [&](LPCWSTR file, LPCWSTR parameters, LPCWSTR directory) {
+    SHELLEXECUTEINFOW info{};
+    info.cbSize = sizeof info;
+    info.lpFile = file;
+    info.lpParameters = parameters;
+    info.lpDirectory = directory;
+    if (!Api().ShellExecuteExW(&info)) return "error " + std::to_string(Api().GetLastError());
+    EXPECT_GT(reinterpret_cast<LONG_PTR>(info.hInstApp), 32);
+    char buffer[512];
+    pollfd ready{pipe, POLLIN, 0};
+    if (poll(&ready, 1, 20000) != 1) return std::string("silence");
+    return std::string(buffer, static_cast<std::size_t>(read(pipe, buffer, sizeof buffer)));
+  };
+  EXPECT_EQ(run(u"T:\\TOOL", u"a \"b c\"  \\\"d \"\"", u"T:\\cwd"), "cwd|a|b c|\"d||");
+  EXPECT_EQ(run(u"T:\\doc.txt", nullptr, u"T:\\cwd"), "cwd|" + Native("doc.txt") + "|");
+  EXPECT_EQ(run(u"https://example.org/x?y", nullptr, u"T:\\cwd"), "cwd|https://example.org/x?y|");
+  EXPECT_EQ(run(u"T:\\none", nullptr, nullptr), "error 2");
+  EXPECT_EQ(run(nullptr, nullptr, nullptr), "error 3");
+  EXPECT_EQ(run(u"T:\\tool", nullptr, u"T:\\doc.txt"), "error 267");
+  setenv("PATH", Native("cwd").c_str(), 1);
+  EXPECT_EQ(run(u"T:\\doc.txt", nullptr, nullptr), "error 1155");
+  setenv("PATH", before.c_str(), 1);
+  close(pipe);
+  EXPECT_FALSE(Api().ShellExecuteExW(nullptr));
 }
 
 // What threads share: the configuration, the registry, open handles.

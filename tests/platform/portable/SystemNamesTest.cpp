@@ -19,16 +19,18 @@ TEST(SystemNames, KnownPairs) {
       {"plain.txt", u"plain.txt"},
       {"\xC3\xA4\xE2\x82\xAC", u"ä€"},
       {"\xF0\x9F\x98\x80", u"\xD83D\xDE00"},
-      {"a:b", u"a\xF03A" u"b"},
+      {"a:b",
+       u"a\xF03A"
+       u"b"},
       {"what?*<>|\"", u"what\xF03F\xF02A\xF03C\xF03E\xF07C\xF022"},
       {"back\\slash", u"back\xF05Cslash"},
       {"\x01\x1F\x7F", u"\xF001\xF01F\x7F"},
       {"\xFF\xFE", u"\xF0FF\xF0FE"},
       {"half\xE2\x82", u"half\xF0E2\xF082"},
-      {"\xC0\xAF", u"\xF0C0\xF0AF"},                  // an overlong "/"
-      {"\xED\xA0\x80", u"\xF0ED\xF0A0\xF080"},        // a surrogate
+      {"\xC0\xAF", u"\xF0C0\xF0AF"},                      // an overlong "/"
+      {"\xED\xA0\x80", u"\xF0ED\xF0A0\xF080"},            // a surrogate
       {"\xF4\x90\x80\x80", u"\xF0F4\xF090\xF080\xF080"},  // beyond the last character
-      {"\xEF\x80\xAA", u"\xF0EF\xF080\xF0AA"},        // U+F02A itself
+      {"\xEF\x80\xAA", u"\xF0EF\xF080\xF0AA"},            // U+F02A itself
       {"trailing. ", u"trailing. "},
   };
   for (const TNameCase& c : cases) {
@@ -39,7 +41,8 @@ TEST(SystemNames, KnownPairs) {
 
 TEST(SystemNames, AnyBytesComeBack) {
   std::mt19937 random(7);
-  const char* const pieces[] = {"\xEF\x80\xAA", "\xEF\x83\xBF", "\xC3", "\xA4", "a", "\\", "\xF0\x9F", "\xED\xB0\x80"};
+  const char* const pieces[] = {"\xEF\x80\xAA", "\xEF\x83\xBF", "\xC3",        "\xA4", "a",
+                                "\\",           "\xF0\x9F",     "\xED\xB0\x80"};
   for (int round = 0; round < 20000; ++round) {
     std::string name;
     const std::size_t length = random() % 12 + 1;
@@ -203,8 +206,9 @@ TEST_F(SystemPathMapping, BadDrivesAreRefused) {
 
 // Whatever a directory holds, every listed name leads back to its file.
 TEST_F(SystemPathMapping, NastyFilesAreListedAndReached) {
-  const std::set<std::string> names = {"con:colon", "star*", "\xFFraw", "tail.", "tail ", " lead",
-                                       "\\back\\", "a\nb", "\xEF\x80\xBA", "Ünï", "~", "..."};
+  const std::set<std::string> names = {"con:colon",    "star*", "\xFFraw",  "tail.",
+                                       "tail ",        " lead", "\\back\\", "a\nb",
+                                       "\xEF\x80\xBA", "Ünï",   "~",        "..."};
   MakeDirectory("nasty");
   for (const std::string& name : names) WriteFile("nasty/" + name, name);
   std::set<std::string> seen;

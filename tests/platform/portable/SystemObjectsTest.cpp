@@ -27,7 +27,8 @@ TEST(SystemRegistry, ValuesAndKeys) {
   TString text(7, u'\0');
   auto* bytes = reinterpret_cast<BYTE*>(text.data());
   size = 13;
-  EXPECT_EQ(Api().RegQueryValueExW(key, u"", nullptr, nullptr, bytes, &size), LSTATUS{ERROR_MORE_DATA});
+  EXPECT_EQ(Api().RegQueryValueExW(key, u"", nullptr, nullptr, bytes, &size),
+            LSTATUS{ERROR_MORE_DATA});
   EXPECT_EQ(size, 14u);
   EXPECT_EQ(Api().RegQueryValueExW(key, u"", nullptr, nullptr, bytes, &size), 0);
   EXPECT_EQ(FromW(W(text)), u"run %1");
@@ -62,9 +63,13 @@ TEST(SystemRegistry, Enumeration) {
   ASSERT_EQ(Api().RegOpenKeyExW(HKEY_CURRENT_USER, u"Enum", 0, KEY_READ, &key), 0);
   TStringArray keys, values;
   WCHAR name[8];
-  for (DWORD i = 0, size = 8; Api().RegEnumKeyExW(key, i, name, &size, nullptr, nullptr, nullptr, nullptr) == 0; ++i, size = 8)
+  for (DWORD i = 0, size = 8;
+       Api().RegEnumKeyExW(key, i, name, &size, nullptr, nullptr, nullptr, nullptr) == 0;
+       ++i, size = 8)
     keys.push_back(TString(name, size));
-  for (DWORD i = 0, size = 8; Api().RegEnumValueW(key, i, name, &size, nullptr, nullptr, nullptr, nullptr) == 0; ++i, size = 8)
+  for (DWORD i = 0, size = 8;
+       Api().RegEnumValueW(key, i, name, &size, nullptr, nullptr, nullptr, nullptr) == 0;
+       ++i, size = 8)
     values.push_back(TString(name, size));
   EXPECT_EQ(keys, (TStringArray{u"Alpha", u"beta", u"gamma"}));
   EXPECT_EQ(values, keys);
@@ -121,7 +126,8 @@ TEST(SystemMemory, DroppedFiles) {
     TStringArray names(Api().DragQueryFileW(drop, 0xFFFFFFFFu, nullptr, 0));
     for (UINT i = 0; i < names.size(); ++i) {
       names[i].resize(Api().DragQueryFileW(drop, i, nullptr, 0) + 1u);
-      names[i].resize(Api().DragQueryFileW(drop, i, WBuffer(names[i]), static_cast<UINT>(names[i].size())));
+      names[i].resize(
+          Api().DragQueryFileW(drop, i, WBuffer(names[i]), static_cast<UINT>(names[i].size())));
     }
     PortableGlobalFree(block);
     return names;
@@ -133,8 +139,9 @@ TEST(SystemMemory, DroppedFiles) {
   DROPFILES header{};
   header.pFiles = sizeof header;
   std::string bytes(reinterpret_cast<const char*>(&header), sizeof header);
-  EXPECT_EQ(query(PortableGlobalCopy((bytes + std::string("x\0y\0\0z\0", 7)).data(), sizeof header + 7)),
-            (TStringArray{u"x", u"y"}));
+  EXPECT_EQ(
+      query(PortableGlobalCopy((bytes + std::string("x\0y\0\0z\0", 7)).data(), sizeof header + 7)),
+      (TStringArray{u"x", u"y"}));
   EXPECT_EQ(query(PortableGlobalCopy((bytes + "cut").data(), sizeof header + 3)), TStringArray{});
   EXPECT_EQ(query(PortableGlobalCopy(bytes.data(), 5)), TStringArray{});
   header.pFiles = 0xFFFFFFFF;
@@ -233,7 +240,8 @@ TEST(SystemCom, Classes) {
   EXPECT_EQ(Api().CoCreateInstance(clsid, nullptr, CLSCTX_ALL, IID_IUnknown, object.PutVoid()),
             REGDB_E_CLASSNOTREG);
   RegisterPortableClass<TCounted>(clsid);
-  EXPECT_EQ(Api().CoCreateInstance(clsid, nullptr, CLSCTX_ALL, IID_IUnknown, object.PutVoid()), S_OK);
+  EXPECT_EQ(Api().CoCreateInstance(clsid, nullptr, CLSCTX_ALL, IID_IUnknown, object.PutVoid()),
+            S_OK);
   EXPECT_EQ(TCounted::Alive, 1);
   void* none = &object;
   EXPECT_EQ(Api().CoCreateInstance(clsid, nullptr, CLSCTX_ALL, unknown, &none), E_NOINTERFACE);

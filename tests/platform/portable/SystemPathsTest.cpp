@@ -49,24 +49,19 @@ TEST(SystemPaths, Combine) {
     LPCWSTR More;
     TStringView Result;
   } const cases[] = {
-      {u"C:\\a", u"b", u"C:\\a\\b"},
-      {u"C:\\a\\", u"b\\", u"C:\\a\\b\\"},
-      {u"C:", u"b", u"C:\\b"},
-      {u"C:\\a", u"..\\..\\b", u"C:\\b"},
-      {u"C:\\a", u"\\b", u"C:\\b"},
-      {u"\\\\srv\\shr\\a", u"\\b", u"\\\\srv\\shr\\b"},
-      {u"C:\\a", u"D:\\b", u"D:\\b"},
-      {u"C:\\a", u"\\\\srv\\shr", u"\\\\srv\\shr"},
-      {u"C:\\a", nullptr, u"C:\\a"},
-      {u"C:\\a", u"", u"C:\\a"},
-      {nullptr, u"b", u"b"},
-      {u"", u"\\b", u"\\b"},
+      {u"C:\\a", u"b", u"C:\\a\\b"},  {u"C:\\a\\", u"b\\", u"C:\\a\\b\\"},
+      {u"C:", u"b", u"C:\\b"},        {u"C:\\a", u"..\\..\\b", u"C:\\b"},
+      {u"C:\\a", u"\\b", u"C:\\b"},   {u"\\\\srv\\shr\\a", u"\\b", u"\\\\srv\\shr\\b"},
+      {u"C:\\a", u"D:\\b", u"D:\\b"}, {u"C:\\a", u"\\\\srv\\shr", u"\\\\srv\\shr"},
+      {u"C:\\a", nullptr, u"C:\\a"},  {u"C:\\a", u"", u"C:\\a"},
+      {nullptr, u"b", u"b"},          {u"", u"\\b", u"\\b"},
       {u"a", u"b", u"a\\b"},
   };
   for (const auto& c : cases) {
     TString buffer(MAX_PATH, u'#');
     ASSERT_TRUE(Api().PathCombineW(WBuffer(buffer), c.Base, c.More));
-    EXPECT_EQ(Show(FromW(W(buffer))), Show(c.Result)) << Show(FromW(c.Base)) << " + " << Show(FromW(c.More));
+    EXPECT_EQ(Show(FromW(W(buffer))), Show(c.Result))
+        << Show(FromW(c.Base)) << " + " << Show(FromW(c.More));
   }
   TString buffer(MAX_PATH, u'#');
   EXPECT_FALSE(Api().PathCombineW(WBuffer(buffer), nullptr, nullptr));
@@ -151,11 +146,11 @@ TEST_F(SystemPathsOnDisk, DrivesAndVolumes) {
   struct {
     LPCWSTR Root;
     UINT Type;
-  } const types[] = {
-      {u"T:\\", DRIVE_FIXED},        {u"u:", DRIVE_REMOVABLE},       {u"D:\\", DRIVE_CDROM},
-      {u"N:\\", DRIVE_REMOTE},       {u"\\\\srv\\shr", DRIVE_REMOTE}, {u"Q:\\", DRIVE_NO_ROOT_DIR},
-      {u"T:\\usb", DRIVE_NO_ROOT_DIR}, {u"", DRIVE_NO_ROOT_DIR},     {u"\\\\x\\y", DRIVE_NO_ROOT_DIR},
-      {u"\\\\?\\U:\\", DRIVE_REMOVABLE}};
+  } const types[] = {{u"T:\\", DRIVE_FIXED},           {u"u:", DRIVE_REMOVABLE},
+                     {u"D:\\", DRIVE_CDROM},           {u"N:\\", DRIVE_REMOTE},
+                     {u"\\\\srv\\shr", DRIVE_REMOTE},  {u"Q:\\", DRIVE_NO_ROOT_DIR},
+                     {u"T:\\usb", DRIVE_NO_ROOT_DIR},  {u"", DRIVE_NO_ROOT_DIR},
+                     {u"\\\\x\\y", DRIVE_NO_ROOT_DIR}, {u"\\\\?\\U:\\", DRIVE_REMOVABLE}};
   for (const auto& c : types) EXPECT_EQ(Api().GetDriveTypeW(c.Root), c.Type) << Show(c.Root);
   EXPECT_EQ(Api().GetLogicalDrives(), 1u << 19 | 1u << 20 | 1u << 3 | 1u << 13);
 
@@ -171,12 +166,15 @@ TEST_F(SystemPathsOnDisk, DrivesAndVolumes) {
 
   WCHAR label[32] = {}, system[32] = {};
   DWORD serial = 0, longest = 0, flags = 0;
-  EXPECT_TRUE(Api().GetVolumeInformationW(u"U:\\", label, 32, &serial, &longest, &flags, system, 32));
+  EXPECT_TRUE(
+      Api().GetVolumeInformationW(u"U:\\", label, 32, &serial, &longest, &flags, system, 32));
   EXPECT_EQ(FromW(label), u"Stick");
   EXPECT_EQ(longest, 255u);
   EXPECT_NE(FromW(system), u"");
-  EXPECT_FALSE(Api().GetVolumeInformationW(u"U:\\", label, 3, nullptr, nullptr, nullptr, nullptr, 0));
-  EXPECT_TRUE(Api().GetVolumeInformationW(u"U:\\", nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0));
+  EXPECT_FALSE(
+      Api().GetVolumeInformationW(u"U:\\", label, 3, nullptr, nullptr, nullptr, nullptr, 0));
+  EXPECT_TRUE(
+      Api().GetVolumeInformationW(u"U:\\", nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0));
 }
 
 TEST_F(SystemPathsOnDisk, VolumeNames) {

@@ -20,7 +20,9 @@ std::vector<BYTE> List(std::initializer_list<std::string_view> elements) {
   bytes.insert(bytes.end(), {0, 0});
   return bytes;
 }
-PCItemIdList P(const std::vector<BYTE>& list) { return reinterpret_cast<PCItemIdList>(list.data()); }
+PCItemIdList P(const std::vector<BYTE>& list) {
+  return reinterpret_cast<PCItemIdList>(list.data());
+}
 std::ptrdiff_t Offset(const std::vector<BYTE>& list, PCItemIdList at) {
   return at ? reinterpret_cast<const BYTE*>(at) - list.data() : -1;
 }
@@ -69,7 +71,7 @@ TEST(SystemPidls, Kinship) {
     std::ptrdiff_t Rest;
     bool Immediate;
   } const cases[] = {
-      {root, abc, 0, false}, {root, a, 0, true},   {a, abc, 3, false}, {ab, abc, 7, true},
+      {root, abc, 0, false}, {root, a, 0, true},   {a, abc, 3, false},   {ab, abc, 7, true},
       {abc, abc, 12, false}, {abc, ab, -1, false}, {ax, abc, -1, false}, {root, root, 0, false},
   };
   for (const auto& c : cases) {

@@ -68,7 +68,8 @@ TEST(SystemText, StrRet) {
   EXPECT_EQ(FromW(text), u"bc");
   CoTaskMemFree(text);
   offset.uOffset = 7;
-  EXPECT_EQ(Api().StrRetToStrW(&offset, reinterpret_cast<LPCITEMIDLIST>(pidl), &text), E_INVALIDARG);
+  EXPECT_EQ(Api().StrRetToStrW(&offset, reinterpret_cast<LPCITEMIDLIST>(pidl), &text),
+            E_INVALIDARG);
   EXPECT_EQ(text, nullptr);
   EXPECT_EQ(Api().StrRetToStrW(&offset, nullptr, &text), E_INVALIDARG);
   offset.uType = 9;
@@ -85,9 +86,29 @@ TEST(SystemText, NamesAndPatterns) {
   EXPECT_FALSE(Api().PathMatchSpecW(u"a", nullptr));
 }
 
+TEST(SystemText, NarrowText) {
+  const auto widen = [](UINT page, DWORD flags, std::string_view text) {
+    WCHAR buffer[16];
+    const int length = Api().MultiByteToWideChar(page, flags, text.data(),
+                                                 static_cast<int>(text.size()), buffer, 16);
+    return TString(buffer, static_cast<std::size_t>(length));
+  };
+  EXPECT_EQ(widen(0, 0, "\xC3\xA4"), u"ä");
+  EXPECT_EQ(widen(65001, 0, "a\xFF"), u"a\xFFFD");
+  EXPECT_EQ(widen(65001, 8, "a\xFF"), u"");
+  EXPECT_EQ(widen(28591, 8, "a\xFF"), u"aÿ");
+  EXPECT_EQ(widen(12345, 0, "a"), u"");
+  EXPECT_EQ(Api().MultiByteToWideChar(0, 0, "abc", -1, nullptr, 0), 4);
+  WCHAR small[3];
+  EXPECT_EQ(ErrorAfter([&] { Api().MultiByteToWideChar(0, 0, "abc", -1, small, 3); }),
+            ERROR_INSUFFICIENT_BUFFER);
+  EXPECT_EQ(Api().MultiByteToWideChar(0, 0, nullptr, -1, small, 3), 0);
+}
+
 TString Message(DWORD flags, LPCVOID source, DWORD code, va_list* arguments = nullptr) {
   TString buffer(512, u'\0');
-  const DWORD length = Api().FormatMessageW(flags, source, code, 0, WBuffer(buffer), 512, arguments);
+  const DWORD length =
+      Api().FormatMessageW(flags, source, code, 0, WBuffer(buffer), 512, arguments);
   return buffer.substr(0, length);
 }
 
@@ -117,21 +138,25 @@ TEST(SystemText, Messages) {
   EXPECT_EQ(ErrorAfter([&] { Api().FormatMessageW(plain, nullptr, 2, 0, nullptr, 4, nullptr); }),
             ERROR_INVALID_PARAMETER);
 
-  const DWORD_PTR inserts[] = {reinterpret_cast<DWORD_PTR>(u"one"), reinterpret_cast<DWORD_PTR>(u"two")};
+  const DWORD_PTR inserts[] = {reinterpret_cast<DWORD_PTR>(u"one"),
+                               reinterpret_cast<DWORD_PTR>(u"two")};
   auto* list = reinterpret_cast<va_list*>(const_cast<DWORD_PTR*>(inserts));
   EXPECT_EQ(Message(FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY,
-                    u"%2!s! and %1%n100%%%0 never", 0, list), u"two and one\r\n100%");
+                    u"%2!s! and %1%n100%%%0 never", 0, list),
+            u"two and one\r\n100%");
   EXPECT_EQ(Message(FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_IGNORE_INSERTS, u"%1", 0), u"%1");
   EXPECT_EQ(Message(FORMAT_MESSAGE_FROM_STRING, u"<%1>", 0), u"<>");
 }
 
 TString Date(const SYSTEMTIME& date, DWORD flags, LPCWSTR picture = nullptr) {
   WCHAR buffer[80] = {};
-  return Api().GetDateFormatW(0x400, flags, &date, picture, buffer, 80) ? FromW(buffer) : u"(failed)";
+  return Api().GetDateFormatW(0x400, flags, &date, picture, buffer, 80) ? FromW(buffer)
+                                                                        : u"(failed)";
 }
 TString Time(const SYSTEMTIME& time, DWORD flags, LPCWSTR picture = nullptr) {
   WCHAR buffer[80] = {};
-  return Api().GetTimeFormatW(0x400, flags, &time, picture, buffer, 80) ? FromW(buffer) : u"(failed)";
+  return Api().GetTimeFormatW(0x400, flags, &time, picture, buffer, 80) ? FromW(buffer)
+                                                                        : u"(failed)";
 }
 
 TEST(SystemText, DatesFollowTheLanguage) {
@@ -225,7 +250,8 @@ TEST(SystemModules, StringsByLibraryAndNumber) {
   EXPECT_EQ(PortableIndirectString(u"@%SystemRoot%\\system32\\shell32.dll,-4161;a comment"),
             u"Control Panel");
   EXPECT_EQ(PortableIndirectString(u"plain"), u"plain");
-  for (TStringView broken : {u"@", u"@shell32.dll", u"@shell32.dll,-", u"@shell32.dll,-99999999999"})
+  for (TStringView broken :
+       {u"@", u"@shell32.dll", u"@shell32.dll,-", u"@shell32.dll,-99999999999"})
     EXPECT_EQ(PortableIndirectString(broken), std::nullopt) << Show(broken);
 }
 

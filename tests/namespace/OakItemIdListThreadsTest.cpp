@@ -1,0 +1,125 @@
+// Items that several threads use at once. The assertions are few: what counts is
+// that the sanitizers find nothing.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <thread>
+#include <vector>
+
+#include "oak/namespace/Oak.Shell.Types.h"
+#include "oak/namespace/OakItemIdList.h"
+#include "oak/platform/Api.h"
+#include "tests/namespace/TestFolder.h"
+
+namespace oak::testing {
+namespace {
+
+using TItem = TOakItemIdList;
+
+/// Runs the body on several threads that start together.
+void OnThreads(int count, const std::function<void(int)>& body) {
+  std::atomic<int> waiting{count};
+  std::vector<std::thread> threads;
+  for (int i = 0; i < count; ++i)
+    threads.emplace_back([&, i] {
+      const HRESULT entered = Api().CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+      --waiting;
+      while (waiting > 0) std::this_thread::yield();
+      body(i);
+      if (SUCCEEDED(entered)) Api().CoUninitialize();
+    });
+  for (auto& thread : threads) thread.join();
+}
+
+class OakItemIdListThreads : public ::testing::Test {
+ protected:
+  static constexpr int kThreads = 6;
+  static constexpr int kRounds = 20;
+
+  OakItemIdListThreads() {
+    fFolder.MakeFile(u"a.txt");
+    fFolder.MakeFile(u"b.txt");
+  }
+  TTestFolder fFolder;
+};
+
+TEST_F(OakItemIdListThreads, AllSeeTheOneListThatWasFound) {
+  for (int round = 0; round < kRounds; ++round) {
+    const auto item = TItem::Create(fFolder.Path(u"a.txt"));
+    PItemIdList seen[kThreads];
+    OnThreads(kThreads, [&](int i) {
+      seen[i] = item->WindowsPointer();
+      EXPECT_EQ(item->Path(), fFolder.Path(u"a.txt"));
+      EXPECT_EQ(item->Name(), u"a.txt");
+      EXPECT_EQ(item->SpecialFolder(), SF_FILESYSTEMFOLDER);
+      EXPECT_TRUE(item->HasAttributes(SFGAO_FILESYSTEM));
+    });
+    for (const PItemIdList pidl : seen) EXPECT_EQ(pidl, item->WindowsPointer());
+  }
+}
+
+TEST_F(OakItemIdListThreads, PathsOfListsAreFoundByAll) {
+  const auto folder = TItem::Create(fFolder.Path());
+  for (int round = 0; round < kRounds; ++round) {
+    const auto item = TItem::Create(folder->WindowsPointer(), iloCopyMemory);
+    OnThreads(kThreads, [&](int) {
+      EXPECT_EQ(item->Path(), fFolder.Path());
+      EXPECT_EQ(item->DisplayName(dnfInFolder), ExtractFileName(fFolder.Path()));
+      EXPECT_TRUE(item->Equals(folder, ilcDisplay));
+      EXPECT_NE(item.As<IShellFolder>(), nullptr);
+    });
+  }
+}
+
+TEST_F(OakItemIdListThreads, ReadersGoOnWhileTheListIsReplaced) {
+  const auto a = TItem::Create(fFolder.Path(u"a.txt"));
+  const auto b = TItem::Create(fFolder.Path(u"b.txt"));
+  const int depth = a->Depth();
+  ASSERT_EQ(b->Depth(), depth);
+  const auto item = TItem::Create(a->WindowsPointer(), iloCopyMemory);
+  OnThreads(kThreads, [&](int i) {
+    for (int round = 0; round < kRounds; ++round) {
+      if (i == 0)
+        TItem::From(item)->SetPidl(TPidl::Copy((round % 2 ? a : b)->WindowsPointer()));
+      else if (i == 1)
+        (void)item->Reload();
+      EXPECT_EQ(item->Depth(), depth);
+      const TString name = item->Name();
+      EXPECT_TRUE(name == u"a.txt" || name == u"b.txt") << ToUtf8(name);
+      (void)item->Path();
+      (void)item->SpecialFolder();
+    }
+  });
+}
+
+TEST_F(OakItemIdListThreads, SpecialFoldersAreMadeByAll) {
+  TItem::ClearCaches();
+  const TString name = TItem::CreateForSpecialFolder(SF_DRIVES, false)->DisplayName(dnfInFolder);
+  OnThreads(kThreads, [&](int) {
+    for (const TOakShellFolder folder : {SF_PROFILE, SF_DRIVES, SF_DESKTOP, SF_NETWORK})
+      EXPECT_FALSE(TItem::CreateForSpecialFolder(folder, true)->IsInvalid());
+    const auto found = TItem::CreateForSpecialFolder(name);
+    EXPECT_TRUE(found && found->IsSpecialFolder(SF_DRIVES));
+    EXPECT_TRUE(TItem::Parse(u"no such name at all", nullptr, false)->IsInvalid());
+  });
+}
+
+TEST(TReentrantLock, KeepsOthersOutAndLetsTheOwnerInAgain) {
+  TReentrantLock lock;
+  int guarded = 0;
+  OnThreads(4, [&](int) {
+    for (int i = 0; i < 500; ++i) {
+      lock.Enter();
+      lock.Enter();
+      ++guarded;
+      lock.Leave();
+      ++guarded;
+      lock.Leave();
+    }
+  });
+  EXPECT_EQ(guarded, 4 * 500 * 2);
+}
+
+}  // namespace
+}  // namespace oak::testing
