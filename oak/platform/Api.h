@@ -74,7 +74,8 @@ class TApiEntry<R(A...)> {
 
   explicit operator bool() const noexcept { return fFunction || fReplacement; }
   R operator()(A... args) const {
-    if (IApiObserver* observer = GetApiObserver()) [[unlikely]] return Observed(*observer, args...);
+    if (IApiObserver* observer = GetApiObserver()) [[unlikely]]
+      return Observed(*observer, args...);
     return Call(args...);
   }
 

@@ -1,7 +1,6 @@
 #include "oak/platform/portable/FileProperties.h"
 
 #include <pwd.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <array>
@@ -10,20 +9,18 @@
 
 #include "oak/base/Guid.h"
 #include "oak/base/Variant.h"
-#include "oak/platform/Api.h"
 #include "oak/platform/portable/FileAttributeStore.h"
 #include "oak/platform/portable/FileKinds.h"
 #include "oak/platform/portable/PortableConfig.h"
 #include "oak/platform/portable/PortableFiles.h"
 #include "oak/platform/portable/PropertyTable.h"
+#include "oak/platform/shell_api.h"
 
 namespace oak {
 namespace {
 
 constexpr PROPERTYKEY kOwnerOfOldViews{FMTID_Displaced, 4};
 constexpr PROPERTYKEY kNameWithoutExtension{FMTID_Storage, 24};
-constexpr PROPERTYKEY kIsRoot{FMTID_Volume, 10};
-constexpr PROPERTYKEY kIsMappedDrive{detail::GuidOf("149C0B69-2C2D-48FC-808F-D318D78C4636"), 2};
 
 std::optional<TFileInfo> InfoOf(const TFileObject& object, DWORD& error) {
   auto info = GetFileInfo(object.Native, true, &error);
@@ -148,53 +145,6 @@ HRESULT GetLinkTarget(const TFileObject& object, TPropVariant& value) {
   return S_OK;
 }
 
-// --- volumes ---------------------------------------------------------------------
-
-HRESULT FromVolume(const TFileObject& object, TPropVariant& value,
-                   TPropVariant (*get)(const struct statvfs&, std::uint64_t unit)) {
-  if (!object.IsRoot) return S_OK;
-  struct statvfs info {};
-  if (::statvfs(object.Native.c_str(), &info) != 0) return S_OK;  // no medium: no value
-  value = get(info, info.f_frsize ? info.f_frsize : info.f_bsize);
-  return S_OK;
-}
-HRESULT GetCapacity(const TFileObject& object, TPropVariant& value) {
-  return FromVolume(object, value, [](const struct statvfs& info, std::uint64_t unit) {
-    return TPropVariant::From(unit * info.f_blocks);
-  });
-}
-HRESULT GetFreeSpace(const TFileObject& object, TPropVariant& value) {
-  return FromVolume(object, value, [](const struct statvfs& info, std::uint64_t unit) {
-    return TPropVariant::From(unit * info.f_bavail);
-  });
-}
-HRESULT GetPercentFull(const TFileObject& object, TPropVariant& value) {
-  return FromVolume(object, value, [](const struct statvfs& info, std::uint64_t) {
-    if (info.f_blocks == 0) return TPropVariant();
-    const auto used = static_cast<double>(info.f_blocks - info.f_bfree);
-    return TPropVariant::From(static_cast<ULONG>(used * 100 / static_cast<double>(info.f_blocks)));
-  });
-}
-HRESULT GetFileSystem(const TFileObject& object, TPropVariant& value) {
-  TString name(64, u'\0');
-  const TString root = IncludeTrailingPathDelimiter(object.Path);
-  if (object.IsRoot && Api().GetVolumeInformationW(W(root), nullptr, 0, nullptr, nullptr, nullptr,
-                                                   WBuffer(name), 64))
-    value = TPropVariant::From(TStringView(name.c_str()));
-  return S_OK;
-}
-HRESULT GetIsRoot(const TFileObject& object, TPropVariant& value) {
-  value = TPropVariant::From(object.IsRoot);
-  return S_OK;
-}
-HRESULT GetIsMapped(const TFileObject& object, TPropVariant& value) {
-  const auto config = PortableConfig();
-  const TPortableDrive* drive =
-      object.IsRoot && !object.Path.empty() ? config->FindDrive(object.Path[0]) : nullptr;
-  value = TPropVariant::From(drive && drive->Kind == TPortableDriveKind::Network);
-  return S_OK;
-}
-
 // --- the table ---------------------------------------------------------------------
 
 using TGetter = HRESULT (*)(const TFileObject& object, TPropVariant& value);
@@ -222,12 +172,6 @@ const TGetters& Getters() {
       {PKEY_ComputerName, GetComputer},
       {PKEY_IsShared, GetShared},
       {PKEY_Link_TargetParsingPath, GetLinkTarget},
-      {PKEY_Capacity, GetCapacity},
-      {PKEY_FreeSpace, GetFreeSpace},
-      {PKEY_PercentFull, GetPercentFull},
-      {PKEY_Volume_FileSystem, GetFileSystem},
-      {kIsRoot, GetIsRoot},
-      {kIsMappedDrive, GetIsMapped},
   };
   return *getters;
 }
@@ -246,14 +190,11 @@ HRESULT GetFileProperty(const TFileObject& object, REFPROPERTYKEY key, PROPVARIA
   return code;
 }
 
-std::vector<PROPERTYKEY> FilePropertyKeys(const TFileObject& object) {
+std::vector<PROPERTYKEY> FilePropertyKeys() {
   std::vector<PROPERTYKEY> keys;
   for (const TPropertyInfo& info : PropertyTable()) {
     const bool answered = Getters().contains(info.Key) || IsStoredProperty(info.Key);
-    const bool volume =
-        info.Key.fmtid == FMTID_Volume || TPropertyKeyEqual{}(info.Key, kIsMappedDrive);
-    if (answered && (object.IsRoot || !volume) && !HasFlag(info.Flags, TPropertyFlags::Alias))
-      keys.push_back(info.Key);
+    if (answered && !HasFlag(info.Flags, TPropertyFlags::Alias)) keys.push_back(info.Key);
   }
   return keys;
 }

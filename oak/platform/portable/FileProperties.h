@@ -8,13 +8,12 @@
 
 namespace oak {
 
-/// One file-system object whose properties are asked or set.
+/// One file-system object whose properties are asked or set. Its name may differ
+/// from that of the native file (an object in the recycle bin).
 struct TFileObject {
-  TString Path;        ///< absolute, Windows form
-  TString Name;        ///< whole file name; of a drive "C:\"
+  TString Name;        ///< whole file name, in Windows form
   std::string Native;  ///< native path
   bool IsFolder = false;
-  bool IsRoot = false;  ///< root of a drive or share
 };
 
 /// The value of a property. HRESULT_FROM_WIN32(ERROR_NOT_FOUND) if the file system
@@ -26,8 +25,8 @@ HRESULT GetFileProperty(const TFileObject& object, REFPROPERTYKEY key, PROPVARIA
 /// property that cannot be set, of ERROR_NOT_SUPPORTED if the file system keeps no
 /// extended attributes, DISP_E_TYPEMISMATCH for a value of a wrong kind.
 HRESULT SetFileProperty(const TFileObject& object, REFPROPERTYKEY key, REFPROPVARIANT value);
-/// The keys that GetFileProperty answers for objects of that kind.
-std::vector<PROPERTYKEY> FilePropertyKeys(const TFileObject& object);
+/// The keys that GetFileProperty answers.
+std::vector<PROPERTYKEY> FilePropertyKeys();
 
 /// Name of the kind of an object, by its extension: "TXT File", "File folder".
 TString FileTypeName(TStringView name, bool isFolder);

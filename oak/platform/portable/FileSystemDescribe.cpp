@@ -72,7 +72,6 @@ HRESULT TFileSystemFolder::Describe(PCUITEMID_CHILD element, TFileObject& object
   if (!ReadFileElement(element, file)) return E_INVALIDARG;
   object.Native = NativeChild(file.Name);
   if (object.Native.empty()) return HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND);
-  object.Path = PathOf(file.Name);
   object.IsFolder = IsFolder(file);
   object.Name = std::move(file.Name);
   return S_OK;
@@ -101,10 +100,8 @@ HRESULT TFileSystemFolder::SetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY k
   return FAILED(result) ? result : SetFileProperty(object, key, value);
 }
 
-std::vector<PROPERTYKEY> TFileSystemFolder::GetPropertyKeys(PCUITEMID_CHILD element) {
-  TFileObject object;
-  if (FAILED(Describe(element, object))) return {};
-  return FilePropertyKeys(object);
+std::vector<PROPERTYKEY> TFileSystemFolder::GetPropertyKeys(PCUITEMID_CHILD) {
+  return FilePropertyKeys();
 }
 
 HRESULT TFileSystemFolder::GetTypeName(PCUITEMID_CHILD element, TString& name) {

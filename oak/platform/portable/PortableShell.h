@@ -43,18 +43,18 @@ struct TElementHeader {
 inline constexpr USHORT ElementMagic = 0x6B4F;
 
 enum TElementKind : BYTE {
-  ekMount = 1,       ///< A mounted folder, by class identifier or by name.
+  ekMount = 1,  ///< A mounted folder, by class identifier or by name.
   ekDrive = 2,
   ekServer = 3,
   ekShare = 4,
-  ekCategory = 5,    ///< Control panel category.
-  ekPinned = 6,      ///< Entry of quick access.
+  ekCategory = 5,  ///< Control panel category.
+  ekPinned = 6,    ///< Entry of quick access.
   ekFileSystem = 10,
   ekTrash = 11,
   ekLibrary = 12,
   ekArchive = 13,
   ekSearch = 14,
-  ekFirstFree = 64   ///< Kinds of scripted folders and of users.
+  ekFirstFree = 64  ///< Kinds of scripted folders and of users.
 };
 
 /// The bytes after the header if `element` is a well-formed element of this kind
@@ -74,13 +74,13 @@ bool ReadNameElement(PCUITEMID_CHILD element, BYTE kind, BYTE version, DWORD& fl
 
 /// Which name of an element is wanted.
 enum class TNameForm : std::uint8_t {
-  Display,         ///< As shown in its folder.
-  Normal,          ///< As shown elsewhere; by default the same.
-  Editing,         ///< What a rename starts with.
-  Parsing,         ///< Unique in the folder, understood by ParseName.
-  AddressBar,      ///< By default Display.
-  AbsoluteParsing, ///< The absolute ones may be left to the shell (S_FALSE):
-  AbsoluteEditing, ///< it joins the parent's and the relative one by "\".
+  Display,          ///< As shown in its folder.
+  Normal,           ///< As shown elsewhere; by default the same.
+  Editing,          ///< What a rename starts with.
+  Parsing,          ///< Unique in the folder, understood by ParseName.
+  AddressBar,       ///< By default Display.
+  AbsoluteParsing,  ///< The absolute ones may be left to the shell (S_FALSE):
+  AbsoluteEditing,  ///< it joins the parent's and the relative one by "\".
   FileSystemPath
 };
 
@@ -97,14 +97,15 @@ struct TParseOptions {
 struct TFolderColumn {
   PROPERTYKEY Key;
   TString Title;
-  UINT Width = 20;                        ///< In characters.
-  int Format = 0;                         ///< LVCFMT_
-  DWORD State = 0x1 | 0x10;               ///< SHCOLSTATE_: a text, shown by default.
+  UINT Width = 20;           ///< In characters.
+  int Format = 0;            ///< LVCFMT_
+  DWORD State = 0x1 | 0x10;  ///< SHCOLSTATE_: a text, shown by default.
 };
 
 /// The objects of a folder, one after the other, as the system delivers them.
 struct IFolderCursor : IUnknown {
-  static constexpr GUID Iid{0x0C1A3B5E, 0x5C2D, 0x4B0C, {0x9E, 0x42, 0x7D, 0x11, 0x60, 0x3B, 0x52, 0xA1}};
+  static constexpr GUID Iid{
+      0x0C1A3B5E, 0x5C2D, 0x4B0C, {0x9E, 0x42, 0x7D, 0x11, 0x60, 0x3B, 0x52, 0xA1}};
   /// S_OK and a list of one element, valid until the next call; S_FALSE at the end.
   virtual HRESULT Next(PCUITEMID_CHILD* element) = 0;
 };
@@ -112,7 +113,8 @@ struct IFolderCursor : IUnknown {
 /// The contents of one folder. Implement it through TFolderSource, which answers
 /// all but the first group.
 struct IFolderSource : IUnknown {
-  static constexpr GUID Iid{0x4E0D5A11, 0x2A68, 0x4C52, {0x8F, 0x0B, 0x34, 0xA9, 0x7C, 0xE2, 0x15, 0xD6}};
+  static constexpr GUID Iid{
+      0x4E0D5A11, 0x2A68, 0x4C52, {0x8F, 0x0B, 0x34, 0xA9, 0x7C, 0xE2, 0x15, 0xD6}};
 
   /// A walk over the objects that pass the SHCONTF_ flags. No result is made
   /// before it is asked for; no look at each object beyond what listing tells.
@@ -138,7 +140,8 @@ struct IFolderSource : IUnknown {
   virtual HRESULT Create(TStringView name, bool folder, bool replace, TPidl& element) = 0;
   /// Renames. `form` is Display (a hidden extension is kept) or Parsing (the name
   /// is whole).
-  virtual HRESULT Rename(PCUITEMID_CHILD element, TStringView name, TNameForm form, TPidl& renamed) = 0;
+  virtual HRESULT Rename(PCUITEMID_CHILD element, TStringView name, TNameForm form,
+                         TPidl& renamed) = 0;
   /// Removes the object for good, a folder with its contents.
   virtual HRESULT Destroy(PCUITEMID_CHILD element) = 0;
   /// Contents of the object as a stream, counted. `mode` is STGM_.
@@ -146,7 +149,8 @@ struct IFolderSource : IUnknown {
   /// HRESULT_FROM_WIN32(ERROR_NOT_FOUND) for a property that the object lacks:
   /// the shell then answers names, kind and attributes itself.
   virtual HRESULT GetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY key, PROPVARIANT* value) = 0;
-  virtual HRESULT SetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY key, REFPROPVARIANT value) = 0;
+  virtual HRESULT SetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY key,
+                              REFPROPVARIANT value) = 0;
   /// Keys that GetProperty answers for the object.
   virtual std::vector<PROPERTYKEY> GetPropertyKeys(PCUITEMID_CHILD element) = 0;
   virtual HRESULT GetTypeName(PCUITEMID_CHILD element, TString& name) = 0;
@@ -157,7 +161,8 @@ struct IFolderSource : IUnknown {
   virtual HRESULT GetIconIndex(PCUITEMID_CHILD element, bool open, int& index) = 0;
   /// An object of the shell for the elements: IShellLinkW for a link, IContextMenu,
   /// IDataObject ... Counted. E_NOINTERFACE: the shell may have one.
-  virtual HRESULT GetUIObject(std::span<const PCUITEMID_CHILD> elements, REFIID iid, void** object) = 0;
+  virtual HRESULT GetUIObject(std::span<const PCUITEMID_CHILD> elements, REFIID iid,
+                              void** object) = 0;
   /// What a link element points to, absolute.
   virtual HRESULT GetLinkTarget(PCUITEMID_CHILD element, TPidl& target) = 0;
   /// The element as it is now (sizes, times, flags); S_FALSE if nothing changed.
@@ -176,7 +181,8 @@ class TFolderSource : public TInterfacedObject<IFolderSource> {
   HRESULT ParseName(TStringView name, const TParseOptions& options, TPidl& element) override;
   /// STG_E_ACCESSDENIED for what changes something, E_NOTIMPL for the rest.
   HRESULT Create(TStringView name, bool folder, bool replace, TPidl& element) override;
-  HRESULT Rename(PCUITEMID_CHILD element, TStringView name, TNameForm form, TPidl& renamed) override;
+  HRESULT Rename(PCUITEMID_CHILD element, TStringView name, TNameForm form,
+                 TPidl& renamed) override;
   HRESULT Destroy(PCUITEMID_CHILD element) override;
   HRESULT OpenStream(PCUITEMID_CHILD element, DWORD mode, IStream** stream) override;
   HRESULT Open(PCUITEMID_CHILD element, Ref<IFolderSource>& child) override;
@@ -188,7 +194,8 @@ class TFolderSource : public TInterfacedObject<IFolderSource> {
   HRESULT GetInfoTip(PCUITEMID_CHILD element, TString& tip) override;
   HRESULT GetOverlayIndex(PCUITEMID_CHILD element, int& index) override;
   HRESULT GetIconIndex(PCUITEMID_CHILD element, bool open, int& index) override;
-  HRESULT GetUIObject(std::span<const PCUITEMID_CHILD> elements, REFIID iid, void** object) override;
+  HRESULT GetUIObject(std::span<const PCUITEMID_CHILD> elements, REFIID iid,
+                      void** object) override;
   HRESULT GetLinkTarget(PCUITEMID_CHILD element, TPidl& target) override;
   HRESULT Refresh(PCUITEMID_CHILD element, TPidl& fresh) override;
   /// The name alone.
@@ -264,14 +271,23 @@ void MountRecycleBin();
 void MountLibraries();
 
 // --- published class identifiers ------------------------------------------------
-inline constexpr GUID ComputerClassId{0x20D04FE0, 0x3AEA, 0x1069, {0xA2, 0xD8, 0x08, 0x00, 0x2B, 0x30, 0x30, 0x9D}};
-inline constexpr GUID NetworkClassId{0xF02C1A0D, 0xBE21, 0x4350, {0x88, 0xB0, 0x73, 0x67, 0xFC, 0x96, 0xEF, 0x3C}};
-inline constexpr GUID RecycleBinClassId{0x645FF040, 0x5081, 0x101B, {0x9F, 0x08, 0x00, 0xAA, 0x00, 0x2F, 0x95, 0x4E}};
-inline constexpr GUID LibrariesClassId{0x031E4825, 0x7B94, 0x4DC3, {0xB1, 0x31, 0xE9, 0x46, 0xB4, 0x4C, 0x8D, 0xD5}};
-inline constexpr GUID ControlPanelClassId{0x26EE0668, 0xA00A, 0x44D7, {0x93, 0x71, 0xBE, 0xB0, 0x64, 0xC9, 0x86, 0x83}};
-inline constexpr GUID QuickAccessClassId{0x679F85CB, 0x0220, 0x4080, {0xB2, 0x9B, 0x55, 0x40, 0xCC, 0x05, 0xAA, 0xB6}};
-inline constexpr GUID ProfileClassId{0x59031A47, 0x3F72, 0x44A7, {0x89, 0xC5, 0x55, 0x95, 0xFE, 0x6B, 0x30, 0xEE}};
-inline constexpr GUID DesktopClassId{0x00021400, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
-inline constexpr GUID FileSystemFolderClassId{0xF3364BA0, 0x65B9, 0x11CE, {0xA9, 0xBA, 0x00, 0xAA, 0x00, 0x4A, 0xE8, 0x37}};
+inline constexpr GUID ComputerClassId{
+    0x20D04FE0, 0x3AEA, 0x1069, {0xA2, 0xD8, 0x08, 0x00, 0x2B, 0x30, 0x30, 0x9D}};
+inline constexpr GUID NetworkClassId{
+    0xF02C1A0D, 0xBE21, 0x4350, {0x88, 0xB0, 0x73, 0x67, 0xFC, 0x96, 0xEF, 0x3C}};
+inline constexpr GUID RecycleBinClassId{
+    0x645FF040, 0x5081, 0x101B, {0x9F, 0x08, 0x00, 0xAA, 0x00, 0x2F, 0x95, 0x4E}};
+inline constexpr GUID LibrariesClassId{
+    0x031E4825, 0x7B94, 0x4DC3, {0xB1, 0x31, 0xE9, 0x46, 0xB4, 0x4C, 0x8D, 0xD5}};
+inline constexpr GUID ControlPanelClassId{
+    0x26EE0668, 0xA00A, 0x44D7, {0x93, 0x71, 0xBE, 0xB0, 0x64, 0xC9, 0x86, 0x83}};
+inline constexpr GUID QuickAccessClassId{
+    0x679F85CB, 0x0220, 0x4080, {0xB2, 0x9B, 0x55, 0x40, 0xCC, 0x05, 0xAA, 0xB6}};
+inline constexpr GUID ProfileClassId{
+    0x59031A47, 0x3F72, 0x44A7, {0x89, 0xC5, 0x55, 0x95, 0xFE, 0x6B, 0x30, 0xEE}};
+inline constexpr GUID DesktopClassId{
+    0x00021400, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+inline constexpr GUID FileSystemFolderClassId{
+    0xF3364BA0, 0x65B9, 0x11CE, {0xA9, 0xBA, 0x00, 0xAA, 0x00, 0x4A, 0xE8, 0x37}};
 
 }  // namespace oak

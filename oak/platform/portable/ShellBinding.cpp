@@ -23,8 +23,8 @@ HRESULT ParseWithContext(LPCWSTR name, IBindCtx* context, TPidl& list) {
   return ParseAbsolute(name, options, list);
 }
 
-HRESULT STDAPICALLTYPE SHParseDisplayName(LPCWSTR name, IBindCtx* context, PIDLIST_ABSOLUTE* pidl, SFGAOF mask,
-                                          SFGAOF* attributes) {
+HRESULT STDAPICALLTYPE SHParseDisplayName(LPCWSTR name, IBindCtx* context, PIDLIST_ABSOLUTE* pidl,
+                                          SFGAOF mask, SFGAOF* attributes) {
   return PortableCall("SHParseDisplayName", [&]() -> HRESULT {
     if (!pidl) return E_POINTER;
     *pidl = nullptr;
@@ -53,7 +53,8 @@ PIDLIST_ABSOLUTE STDAPICALLTYPE SHSimpleIDListFromPath(LPCWSTR path) {
   return ShellCall<PIDLIST_ABSOLUTE>(nullptr, [&]() -> PIDLIST_ABSOLUTE {
     if (!path || !*path) return nullptr;
     WIN32_FIND_DATAW data{};
-    data.dwFileAttributes = EndsWith(path, u"\\") ? 0x10 : 0x80;  // FILE_ATTRIBUTE_DIRECTORY, _NORMAL
+    data.dwFileAttributes =
+        EndsWith(path, u"\\") ? 0x10 : 0x80;  // FILE_ATTRIBUTE_DIRECTORY, _NORMAL
     TParseOptions options;
     options.FindData = &data;
     TPidl list;
@@ -64,11 +65,13 @@ PIDLIST_ABSOLUTE STDAPICALLTYPE SHSimpleIDListFromPath(LPCWSTR path) {
 HRESULT STDAPICALLTYPE SHGetDesktopFolder(IShellFolder** folder) {
   return PortableCall("SHGetDesktopFolder", [&]() -> HRESULT {
     if (!folder) return E_POINTER;
-    return MakeFolderObject(TFolderNode::Desktop(), IID_IShellFolder, reinterpret_cast<void**>(folder));
+    return MakeFolderObject(TFolderNode::Desktop(), IID_IShellFolder,
+                            reinterpret_cast<void**>(folder));
   });
 }
 
-HRESULT STDAPICALLTYPE SHBindToParent(PCIDLIST_ABSOLUTE pidl, REFIID iid, void** out, PCUITEMID_CHILD* last) {
+HRESULT STDAPICALLTYPE SHBindToParent(PCIDLIST_ABSOLUTE pidl, REFIID iid, void** out,
+                                      PCUITEMID_CHILD* last) {
   return PortableCall("SHBindToParent", [&]() -> HRESULT {
     if (!out) return E_POINTER;
     *out = nullptr;
@@ -82,8 +85,8 @@ HRESULT STDAPICALLTYPE SHBindToParent(PCIDLIST_ABSOLUTE pidl, REFIID iid, void**
   });
 }
 
-HRESULT STDAPICALLTYPE SHBindToObject(IShellFolder* folder, PCUIDLIST_RELATIVE pidl, IBindCtx* context,
-                                      REFIID iid, void** out) {
+HRESULT STDAPICALLTYPE SHBindToObject(IShellFolder* folder, PCUIDLIST_RELATIVE pidl,
+                                      IBindCtx* context, REFIID iid, void** out) {
   return PortableCall("SHBindToObject", [&]() -> HRESULT {
     if (!out) return E_POINTER;
     *out = nullptr;
@@ -98,7 +101,8 @@ HRESULT STDAPICALLTYPE SHBindToObject(IShellFolder* folder, PCUIDLIST_RELATIVE p
 }
 
 // A list made without looking gets what the system knows of the object.
-HRESULT STDAPICALLTYPE SHGetRealIDL(IShellFolder* folder, PCUITEMID_CHILD simple, PITEMID_CHILD* real) {
+HRESULT STDAPICALLTYPE SHGetRealIDL(IShellFolder* folder, PCUITEMID_CHILD simple,
+                                    PITEMID_CHILD* real) {
   return PortableCall("SHGetRealIDL", [&]() -> HRESULT {
     if (!folder || !real) return E_POINTER;
     *real = nullptr;
@@ -132,7 +136,8 @@ BOOL STDAPICALLTYPE SHGetPathFromIDListEx(PCIDLIST_ABSOLUTE pidl, LPWSTR path, D
     if (!path || size == 0) return FALSE;
     *path = 0;
     TString name;
-    if (FAILED(NameOfList(pidl, SIGDN_FILESYSPATH, name)) || name.empty() || name.size() >= size) return FALSE;
+    if (FAILED(NameOfList(pidl, SIGDN_FILESYSPATH, name)) || name.empty() || name.size() >= size)
+      return FALSE;
     std::copy_n(name.c_str(), name.size() + 1, path);
     return TRUE;
   });
@@ -177,7 +182,8 @@ HRESULT STDAPICALLTYPE SHGetSpecialFolderLocation(HWND, int csidl, PIDLIST_ABSOL
   });
 }
 
-HRESULT STDAPICALLTYPE SHGetKnownFolderIDList(REFKNOWNFOLDERID id, DWORD flags, HANDLE, PIDLIST_ABSOLUTE* pidl) {
+HRESULT STDAPICALLTYPE SHGetKnownFolderIDList(REFKNOWNFOLDERID id, DWORD flags, HANDLE,
+                                              PIDLIST_ABSOLUTE* pidl) {
   return PortableCall("SHGetKnownFolderIDList", [&]() -> HRESULT {
     if (!pidl) return E_POINTER;
     *pidl = nullptr;
@@ -190,7 +196,8 @@ HRESULT STDAPICALLTYPE SHGetKnownFolderIDList(REFKNOWNFOLDERID id, DWORD flags, 
   });
 }
 
-HRESULT STDAPICALLTYPE SHGetKnownFolderPath(REFKNOWNFOLDERID id, DWORD flags, HANDLE, LPWSTR* path) {
+HRESULT STDAPICALLTYPE SHGetKnownFolderPath(REFKNOWNFOLDERID id, DWORD flags, HANDLE,
+                                            LPWSTR* path) {
   return PortableCall("SHGetKnownFolderPath", [&]() -> HRESULT {
     if (!path) return E_POINTER;
     *path = nullptr;
@@ -218,7 +225,8 @@ HRESULT STDAPICALLTYPE SHGetFolderPathW(HWND, int csidl, HANDLE, DWORD, LPWSTR p
 
 BOOL STDAPICALLTYPE SHGetSpecialFolderPathW(HWND window, LPWSTR path, int csidl, BOOL create) {
   const int flags = create ? CSIDL_FLAG_CREATE : 0;
-  return SUCCEEDED(SHGetFolderPathW(window, (csidl & 0xFF) | flags, nullptr, 0, path)) ? TRUE : FALSE;
+  return SUCCEEDED(SHGetFolderPathW(window, (csidl & 0xFF) | flags, nullptr, 0, path)) ? TRUE
+                                                                                       : FALSE;
 }
 
 }  // namespace

@@ -31,10 +31,14 @@ TString RootOf(char16_t letter) { return {letter, u':', u'\\'}; }
 
 const char16_t* KindName(TPortableDriveKind kind) {
   switch (kind) {
-    case TPortableDriveKind::Removable: return u"Removable Disk";
-    case TPortableDriveKind::Network: return u"Network Drive";
-    case TPortableDriveKind::CdRom: return u"CD Drive";
-    default: return u"Local Disk";
+    case TPortableDriveKind::Removable:
+      return u"Removable Disk";
+    case TPortableDriveKind::Network:
+      return u"Network Drive";
+    case TPortableDriveKind::CdRom:
+      return u"CD Drive";
+    default:
+      return u"Local Disk";
   }
 }
 
@@ -48,16 +52,21 @@ TString RemoteLabel(const TString& remote) {
 TString LabelOf(const TPortableDrive* drive) {
   if (!drive) return KindName(TPortableDriveKind::Fixed);
   if (!drive->Label.empty()) return drive->Label;
-  if (drive->Kind == TPortableDriveKind::Network && !drive->Remote.empty()) return RemoteLabel(drive->Remote);
+  if (drive->Kind == TPortableDriveKind::Network && !drive->Remote.empty())
+    return RemoteLabel(drive->Remote);
   return KindName(drive->Kind);
 }
 
 int IconOf(TPortableDriveKind kind) {
   switch (kind) {
-    case TPortableDriveKind::Removable: return iconRemovable;
-    case TPortableDriveKind::Network: return iconNetDrive;
-    case TPortableDriveKind::CdRom: return iconCdRom;
-    default: return iconDrive;
+    case TPortableDriveKind::Removable:
+      return iconRemovable;
+    case TPortableDriveKind::Network:
+      return iconNetDrive;
+    case TPortableDriveKind::CdRom:
+      return iconCdRom;
+    default:
+      return iconDrive;
   }
 }
 
@@ -188,7 +197,8 @@ class TComputerSource : public TFolderSource {
     const TString root = RootOf(letter);
     if (IsKey(key, PKEY_Volume_FileSystem)) {
       TString text(64, u'\0');
-      if (!Api().GetVolumeInformationW(W(root), nullptr, 0, nullptr, nullptr, nullptr, WBuffer(text), 64))
+      if (!Api().GetVolumeInformationW(W(root), nullptr, 0, nullptr, nullptr, nullptr,
+                                       WBuffer(text), 64))
         return PropertyNotFound;
       *value = TPropVariant::From(TStringView(text.c_str())).Detach();
       return S_OK;
@@ -199,7 +209,9 @@ class TComputerSource : public TFolderSource {
     if (!Api().GetDiskFreeSpaceExW(W(root), &available, &total, nullptr)) return PropertyNotFound;
     const ULONGLONG used = total.QuadPart - std::min(available.QuadPart, total.QuadPart);
     if (percent)
-      *value = TPropVariant::From(static_cast<DWORD>(total.QuadPart ? used * 100 / total.QuadPart : 0)).Detach();
+      *value =
+          TPropVariant::From(static_cast<DWORD>(total.QuadPart ? used * 100 / total.QuadPart : 0))
+              .Detach();
     else
       *value = TPropVariant::From(free ? available.QuadPart : total.QuadPart).Detach();
     return S_OK;
@@ -213,8 +225,10 @@ class TComputerSource : public TFolderSource {
     static const TFolderColumn kColumns[] = {
         {PKEY_ItemNameDisplay, u"Name", 30},
         {PKEY_ItemTypeText, u"Type", 20},
-        {PKEY_Capacity, u"Total Size", 12, LVCFMT_RIGHT, SHCOLSTATE_TYPE_INT | SHCOLSTATE_ONBYDEFAULT},
-        {PKEY_FreeSpace, u"Free Space", 12, LVCFMT_RIGHT, SHCOLSTATE_TYPE_INT | SHCOLSTATE_ONBYDEFAULT},
+        {PKEY_Capacity, u"Total Size", 12, LVCFMT_RIGHT,
+         SHCOLSTATE_TYPE_INT | SHCOLSTATE_ONBYDEFAULT},
+        {PKEY_FreeSpace, u"Free Space", 12, LVCFMT_RIGHT,
+         SHCOLSTATE_TYPE_INT | SHCOLSTATE_ONBYDEFAULT},
         {PKEY_Volume_FileSystem, u"File System", 12, LVCFMT_LEFT, SHCOLSTATE_TYPE_STR},
         {PKEY_PercentFull, u"Percent Full", 12, LVCFMT_LEFT, SHCOLSTATE_TYPE_INT}};
     return kColumns;

@@ -18,8 +18,9 @@ struct TCategory {
   const char16_t* Name;
 };
 constexpr TCategory kCategories[] = {
-    {5, u"System and Security"}, {3, u"Network and Internet"},           {2, u"Hardware and Sound"},
-    {8, u"Programs"},            {9, u"User Accounts"},                  {1, u"Appearance and Personalization"},
+    {5, u"System and Security"}, {3, u"Network and Internet"},
+    {2, u"Hardware and Sound"},  {8, u"Programs"},
+    {9, u"User Accounts"},       {1, u"Appearance and Personalization"},
     {6, u"Clock and Region"},    {7, u"Ease of Access"}};
 
 struct TItem {
@@ -61,7 +62,8 @@ class TCategorySource : public TFolderSource {
     std::vector<TPidl> elements;
     if (flags & SHCONTF_NONFOLDERS)
       for (std::size_t i = 0; i < std::size(kItems); ++i)
-        if (kItems[i].Category == fCategory) elements.push_back(TableElement(kItemVersion, i, kItems[i].Name));
+        if (kItems[i].Category == fCategory)
+          elements.push_back(TableElement(kItemVersion, i, kItems[i].Name));
     cursor = MakeListCursor(std::move(elements));
     return S_OK;
   }
@@ -125,10 +127,11 @@ class TQuickAccessSource : public TFolderSource {
   HRESULT Enumerate(DWORD flags, Ref<IFolderCursor>& cursor) override {
     std::vector<TPidl> elements;
     if (flags & SHCONTF_FOLDERS)
-      for (const GUID& id : {FOLDERID_Desktop, FOLDERID_Downloads, FOLDERID_Documents, FOLDERID_Pictures,
-                             FOLDERID_Music, FOLDERID_Videos}) {
+      for (const GUID& id : {FOLDERID_Desktop, FOLDERID_Downloads, FOLDERID_Documents,
+                             FOLDERID_Pictures, FOLDERID_Music, FOLDERID_Videos}) {
         const TKnownFolder* folder = FindKnownFolder(id);
-        const TString path = folder ? KnownFolderPath(*folder) : TString();
+        if (!folder || !EnsureKnownFolder(*folder)) continue;  // the user has none
+        const TString path = KnownFolderPath(*folder);
         if (!path.empty()) elements.push_back(MakeNameElement(ekPinned, kPinnedVersion, 0, path));
       }
     cursor = MakeListCursor(std::move(elements));

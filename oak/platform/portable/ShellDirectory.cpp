@@ -58,7 +58,8 @@ HRESULT TDirectorySource::GetName(PCUITEMID_CHILD element, TNameForm form, TStri
 HRESULT TDirectorySource::GetAttributes(PCUITEMID_CHILD element, DWORD mask, DWORD& attributes) {
   return Inner()->GetAttributes(element, mask, attributes);
 }
-HRESULT TDirectorySource::ParseName(TStringView name, const TParseOptions& options, TPidl& element) {
+HRESULT TDirectorySource::ParseName(TStringView name, const TParseOptions& options,
+                                    TPidl& element) {
   return Inner(true)->ParseName(name, options, element);
 }
 HRESULT TDirectorySource::Open(PCUITEMID_CHILD element, Ref<IFolderSource>& child) {
@@ -70,17 +71,20 @@ HRESULT TDirectorySource::Compare(LPARAM what, PCUITEMID_CHILD a, PCUITEMID_CHIL
 HRESULT TDirectorySource::Create(TStringView name, bool folder, bool replace, TPidl& element) {
   return Inner(true)->Create(name, folder, replace, element);
 }
-HRESULT TDirectorySource::Rename(PCUITEMID_CHILD element, TStringView name, TNameForm form, TPidl& renamed) {
+HRESULT TDirectorySource::Rename(PCUITEMID_CHILD element, TStringView name, TNameForm form,
+                                 TPidl& renamed) {
   return Inner()->Rename(element, name, form, renamed);
 }
 HRESULT TDirectorySource::Destroy(PCUITEMID_CHILD element) { return Inner()->Destroy(element); }
 HRESULT TDirectorySource::OpenStream(PCUITEMID_CHILD element, DWORD mode, IStream** stream) {
   return Inner()->OpenStream(element, mode, stream);
 }
-HRESULT TDirectorySource::GetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY key, PROPVARIANT* value) {
+HRESULT TDirectorySource::GetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY key,
+                                      PROPVARIANT* value) {
   return Inner()->GetProperty(element, key, value);
 }
-HRESULT TDirectorySource::SetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY key, REFPROPVARIANT value) {
+HRESULT TDirectorySource::SetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY key,
+                                      REFPROPVARIANT value) {
   return Inner()->SetProperty(element, key, value);
 }
 std::vector<PROPERTYKEY> TDirectorySource::GetPropertyKeys(PCUITEMID_CHILD element) {
@@ -98,7 +102,8 @@ HRESULT TDirectorySource::GetOverlayIndex(PCUITEMID_CHILD element, int& index) {
 HRESULT TDirectorySource::GetIconIndex(PCUITEMID_CHILD element, bool open, int& index) {
   return Inner()->GetIconIndex(element, open, index);
 }
-HRESULT TDirectorySource::GetUIObject(std::span<const PCUITEMID_CHILD> elements, REFIID iid, void** object) {
+HRESULT TDirectorySource::GetUIObject(std::span<const PCUITEMID_CHILD> elements, REFIID iid,
+                                      void** object) {
   return Inner()->GetUIObject(elements, iid, object);
 }
 HRESULT TDirectorySource::GetLinkTarget(PCUITEMID_CHILD element, TPidl& target) {

@@ -24,7 +24,8 @@ class TDirectorySource : public TFolderSource {
   GUID GetClassId() override { return fClassId; }
   HRESULT Compare(LPARAM what, PCUITEMID_CHILD a, PCUITEMID_CHILD b, int& order) override;
   HRESULT Create(TStringView name, bool folder, bool replace, TPidl& element) override;
-  HRESULT Rename(PCUITEMID_CHILD element, TStringView name, TNameForm form, TPidl& renamed) override;
+  HRESULT Rename(PCUITEMID_CHILD element, TStringView name, TNameForm form,
+                 TPidl& renamed) override;
   HRESULT Destroy(PCUITEMID_CHILD element) override;
   HRESULT OpenStream(PCUITEMID_CHILD element, DWORD mode, IStream** stream) override;
   HRESULT GetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY key, PROPVARIANT* value) override;
@@ -34,7 +35,8 @@ class TDirectorySource : public TFolderSource {
   HRESULT GetInfoTip(PCUITEMID_CHILD element, TString& tip) override;
   HRESULT GetOverlayIndex(PCUITEMID_CHILD element, int& index) override;
   HRESULT GetIconIndex(PCUITEMID_CHILD element, bool open, int& index) override;
-  HRESULT GetUIObject(std::span<const PCUITEMID_CHILD> elements, REFIID iid, void** object) override;
+  HRESULT GetUIObject(std::span<const PCUITEMID_CHILD> elements, REFIID iid,
+                      void** object) override;
   HRESULT GetLinkTarget(PCUITEMID_CHILD element, TPidl& target) override;
   HRESULT Refresh(PCUITEMID_CHILD element, TPidl& fresh) override;
   std::span<const TFolderColumn> GetColumns() override;

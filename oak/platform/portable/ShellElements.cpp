@@ -65,7 +65,8 @@ TPidl MakeNameElement(BYTE kind, BYTE version, DWORD flags, TStringView name) {
   return MakeElement(kind, version, payload);
 }
 
-bool ReadNameElement(PCUITEMID_CHILD element, BYTE kind, BYTE version, DWORD& flags, TString& name) {
+bool ReadNameElement(PCUITEMID_CHILD element, BYTE kind, BYTE version, DWORD& flags,
+                     TString& name) {
   const std::span<const BYTE> payload = ElementPayload(element, kind, version);
   if (payload.size() < sizeof flags + sizeof(char16_t)) return false;
   const std::size_t bytes = payload.size() - sizeof flags;

@@ -19,7 +19,8 @@ class TFolderWalk {
     fMounts.Reset();
     fObjects.Reset();
     fPassed = 0;
-    const HRESULT result = fNode->Mounts().Enumerate(fFlags, fMounts);
+    const HRESULT result =
+        fNode->MayHaveMounts() ? fNode->Mounts().Enumerate(fFlags, fMounts) : S_OK;
     return FAILED(result) ? result : fNode->Contents().Enumerate(fFlags, fObjects);
   }
 
@@ -65,7 +66,8 @@ class TFolderEnumerator : public TInterfacedObject<TInterface> {
         HRESULT result = fWalk.Next(child);
         if (result == S_OK) result = TTraits::Convert(fWalk.Node(), child, rgelt[count]);
         if (FAILED(result) && count == 0) return result;
-        if (result != S_OK) return S_FALSE;  // the rest was delivered; a failure comes back next time
+        if (result != S_OK)
+          return S_FALSE;  // the rest was delivered; a failure comes back next time
         if (pceltFetched) *pceltFetched = count + 1;
       }
       return S_OK;
@@ -152,8 +154,8 @@ HRESULT MakeEnumShellItems(const Ref<TFolderNode>& node, DWORD flags, IEnumShell
 }
 
 HRESULT MakeEnumStatStg(const Ref<TFolderNode>& node, IEnumSTATSTG** result) {
-  constexpr DWORD kAll = SHCONTF_FOLDERS | SHCONTF_NONFOLDERS | SHCONTF_INCLUDEHIDDEN |
-                         SHCONTF_INCLUDESUPERHIDDEN;
+  constexpr DWORD kAll =
+      SHCONTF_FOLDERS | SHCONTF_NONFOLDERS | SHCONTF_INCLUDEHIDDEN | SHCONTF_INCLUDESUPERHIDDEN;
   return MakeEnumerator<TStatTraits, IEnumSTATSTG, STATSTG>(node, kAll, result);
 }
 

@@ -76,12 +76,13 @@ HRESULT FillInfo(const TPlace& place, UINT flags, SHFILEINFOW& info) {
   int overlay = -1;
   if (place.Folder && (flags & SHGFI_OVERLAYINDEX) &&
       place.Folder->SourceOf(place.Child).GetOverlayIndex(place.Child, overlay) == S_OK)
-    info.iIcon |= (overlay + 1) << 24;
+    info.iIcon |= overlay << 24;
   if (flags & SHGFI_ICONLOCATION) CopyCut(u"shell32.dll", info.szDisplayName);
   return result;
 }
 
-DWORD_PTR STDAPICALLTYPE SHGetFileInfoW(LPCWSTR path, DWORD attributes, SHFILEINFOW* info, UINT size, UINT flags) {
+DWORD_PTR STDAPICALLTYPE SHGetFileInfoW(LPCWSTR path, DWORD attributes, SHFILEINFOW* info,
+                                        UINT size, UINT flags) {
   return ShellCall<DWORD_PTR>(0, [&]() -> DWORD_PTR {
     if (flags & SHGFI_EXETYPE) return 0;  // no program of that platform
     if (!info || size < sizeof(SHFILEINFOW)) return 0;
@@ -143,12 +144,20 @@ DWORD DescriptionOf(const TFolderNode& node, PCUITEMID_CHILD child) {
   DWORD attributes = 0;
   (void)node.GetAttributes(child, SFGAO_FOLDER | SFGAO_REMOVABLE, attributes);
   switch (ElementKind(child)) {
-    case ekMount: return 1;
-    case ekFileSystem: return attributes & SFGAO_FOLDER ? 3u : 2u;
-    case ekServer: return 14;
-    case ekShare: return 15;
-    case ekDrive: return attributes & SFGAO_REMOVABLE ? 7u : node.GetIconIndex(child, false) == iconNetDrive ? 9u : 8u;
-    default: return 4;
+    case ekMount:
+      return 1;
+    case ekFileSystem:
+      return attributes & SFGAO_FOLDER ? 3u : 2u;
+    case ekServer:
+      return 14;
+    case ekShare:
+      return 15;
+    case ekDrive:
+      return attributes & SFGAO_REMOVABLE                      ? 7u
+             : node.GetIconIndex(child, false) == iconNetDrive ? 9u
+                                                               : 8u;
+    default:
+      return 4;
   }
 }
 
@@ -157,7 +166,8 @@ HRESULT FillDescription(const TFolderNode& node, PCUITEMID_CHILD child, void* da
   auto& description = *static_cast<SHDESCRIPTIONID*>(data);
   description = {DescriptionOf(node, child), GUID_NULL};
   Ref<TFolderNode> folder;
-  if (ElementKind(child) == ekMount && SUCCEEDED(node.Open(child, folder))) description.clsid = folder->ClassId();
+  if (ElementKind(child) == ekMount && SUCCEEDED(node.Open(child, folder)))
+    description.clsid = folder->ClassId();
   return S_OK;
 }
 
@@ -181,8 +191,8 @@ HRESULT FillNetResource(const TFolderNode& node, PCUITEMID_CHILD child, void* da
   return S_OK;
 }
 
-HRESULT STDAPICALLTYPE SHGetDataFromIDListW(IShellFolder* folder, PCUITEMID_CHILD pidl, int format, void* data,
-                                            int size) {
+HRESULT STDAPICALLTYPE SHGetDataFromIDListW(IShellFolder* folder, PCUITEMID_CHILD pidl, int format,
+                                            void* data, int size) {
   return PortableCall("SHGetDataFromIDListW", [&]() -> HRESULT {
     if (!folder || !pidl || !data) return E_INVALIDARG;
     Ref<TFolderNode> start, node;

@@ -16,8 +16,8 @@ DWORD ModeOf(IBindCtx* context) {
   return options.grfMode;
 }
 
-HRESULT BindChild(const Ref<TFolderNode>& node, PCUIDLIST_RELATIVE pidl, IBindCtx* context, REFIID iid,
-                  void** object) {
+HRESULT BindChild(const Ref<TFolderNode>& node, PCUIDLIST_RELATIVE pidl, IBindCtx* context,
+                  REFIID iid, void** object) {
   Ref<TFolderNode> parent;
   PCUITEMID_CHILD child = nullptr;
   HRESULT result = BindParent(node, pidl, parent, child);
@@ -47,7 +47,8 @@ HRESULT ReturnText(TStringView text, STRRET* result) {
   return S_OK;
 }
 
-HRESULT FormatProperty(const TFolderNode& node, PCUITEMID_CHILD child, REFPROPERTYKEY key, TString& text) {
+HRESULT FormatProperty(const TFolderNode& node, PCUITEMID_CHILD child, REFPROPERTYKEY key,
+                       TString& text) {
   TPropVariant value;
   const HRESULT result = node.GetProperty(child, key, value.Put());
   text.clear();
@@ -76,7 +77,8 @@ LPWSTR TaskText(TStringView text) {
 TNameForm NameFormOf(SHGDNF flags) noexcept {
   const bool inFolder = (flags & SHGDN_INFOLDER) != 0;
   if (flags & SHGDN_FORPARSING) {
-    if (flags & SHGDN_FORADDRESSBAR) return inFolder ? TNameForm::AddressBar : TNameForm::AbsoluteEditing;
+    if (flags & SHGDN_FORADDRESSBAR)
+      return inFolder ? TNameForm::AddressBar : TNameForm::AbsoluteEditing;
     return inFolder ? TNameForm::Parsing : TNameForm::AbsoluteParsing;
   }
   if (flags & SHGDN_FOREDITING) return TNameForm::Editing;
@@ -93,8 +95,8 @@ HRESULT CommonAttributes(const TFolderNode& node, std::span<const PCUITEMID_CHIL
   }
   for (PCUITEMID_CHILD child : children) {
     DWORD own = 0;
-    const HRESULT result =
-        AttributesOfList(Ref<TFolderNode>::Share(const_cast<TFolderNode*>(&node)), child, mask, own);
+    const HRESULT result = AttributesOfList(
+        Ref<TFolderNode>::Share(const_cast<TFolderNode*>(&node)), child, mask, own);
     if (FAILED(result)) return result;
     attributes &= own;
   }
@@ -124,8 +126,9 @@ HRESULT NodeOf(IUnknown* folder, Ref<TFolderNode>& node) {
 
 // --- IShellFolder --------------------------------------------------------------
 
-HRESULT TPortableFolder::ParseDisplayName(HWND, IBindCtx* pbc, LPWSTR pszDisplayName, ULONG* pchEaten,
-                                          PIDLIST_RELATIVE* ppidl, ULONG* pdwAttributes) {
+HRESULT TPortableFolder::ParseDisplayName(HWND, IBindCtx* pbc, LPWSTR pszDisplayName,
+                                          ULONG* pchEaten, PIDLIST_RELATIVE* ppidl,
+                                          ULONG* pdwAttributes) {
   return PortableCall("IShellFolder::ParseDisplayName", [&]() -> HRESULT {
     if (!ppidl) return E_POINTER;
     *ppidl = nullptr;
@@ -156,7 +159,8 @@ HRESULT TPortableFolder::EnumObjects(HWND, SHCONTF grfFlags, IEnumIDList** ppenu
   });
 }
 
-HRESULT TPortableFolder::BindToObject(PCUIDLIST_RELATIVE pidl, IBindCtx* pbc, REFIID riid, void** ppv) {
+HRESULT TPortableFolder::BindToObject(PCUIDLIST_RELATIVE pidl, IBindCtx* pbc, REFIID riid,
+                                      void** ppv) {
   return PortableCall("IShellFolder::BindToObject", [&]() -> HRESULT {
     if (!ppv) return E_POINTER;
     *ppv = nullptr;
@@ -164,7 +168,8 @@ HRESULT TPortableFolder::BindToObject(PCUIDLIST_RELATIVE pidl, IBindCtx* pbc, RE
   });
 }
 
-HRESULT TPortableFolder::BindToStorage(PCUIDLIST_RELATIVE pidl, IBindCtx* pbc, REFIID riid, void** ppv) {
+HRESULT TPortableFolder::BindToStorage(PCUIDLIST_RELATIVE pidl, IBindCtx* pbc, REFIID riid,
+                                       void** ppv) {
   return PortableCall("IShellFolder::BindToStorage", [&]() -> HRESULT {
     if (!ppv) return E_POINTER;
     *ppv = nullptr;
@@ -172,7 +177,8 @@ HRESULT TPortableFolder::BindToStorage(PCUIDLIST_RELATIVE pidl, IBindCtx* pbc, R
   });
 }
 
-HRESULT TPortableFolder::CompareIDs(LPARAM lParam, PCUIDLIST_RELATIVE pidl1, PCUIDLIST_RELATIVE pidl2) {
+HRESULT TPortableFolder::CompareIDs(LPARAM lParam, PCUIDLIST_RELATIVE pidl1,
+                                    PCUIDLIST_RELATIVE pidl2) {
   return PortableCall("IShellFolder::CompareIDs", [&]() -> HRESULT {
     int order = 0;
     const HRESULT result = fNode->CompareLists(lParam, pidl1, pidl2, order);
@@ -197,8 +203,8 @@ HRESULT TPortableFolder::GetAttributesOf(UINT cidl, PCUITEMID_CHILD_ARRAY apidl,
   });
 }
 
-HRESULT TPortableFolder::GetUIObjectOf(HWND, UINT cidl, PCUITEMID_CHILD_ARRAY apidl, REFIID riid, UINT*,
-                                       void** ppv) {
+HRESULT TPortableFolder::GetUIObjectOf(HWND, UINT cidl, PCUITEMID_CHILD_ARRAY apidl, REFIID riid,
+                                       UINT*, void** ppv) {
   return PortableCall("IShellFolder::GetUIObjectOf", [&]() -> HRESULT {
     if (!ppv) return E_POINTER;
     *ppv = nullptr;

@@ -9,13 +9,15 @@ namespace oak {
 
 /// How the portable shell recognises its own folder objects.
 struct INodeAccess : IUnknown {
-  static constexpr GUID Iid{0x6A3B0C52, 0x91D7, 0x4C3E, {0xA6, 0x0D, 0x58, 0x21, 0xB9, 0xE4, 0x77, 0x03}};
+  static constexpr GUID Iid{
+      0x6A3B0C52, 0x91D7, 0x4C3E, {0xA6, 0x0D, 0x58, 0x21, 0xB9, 0xE4, 0x77, 0x03}};
   virtual const Ref<TFolderNode>& Node() = 0;
 };
 
 /// A folder of the namespace. Immutable; any thread.
-class TPortableFolder : public TInterfacedObject<IShellFolder2, IPersistFolder2, IPersistIDList, IStorage,
-                                                 IShellIconOverlay, IShellIcon, INodeAccess> {
+class TPortableFolder
+    : public TInterfacedObject<IShellFolder2, IPersistFolder2, IPersistIDList, IStorage,
+                               IShellIconOverlay, IShellIcon, INodeAccess> {
  public:
   explicit TPortableFolder(Ref<TFolderNode> node) : fNode(std::move(node)) {}
   const Ref<TFolderNode>& Node() override { return fNode; }
@@ -59,8 +61,8 @@ class TPortableFolder : public TInterfacedObject<IShellFolder2, IPersistFolder2,
                      IStream** ppstm) override;
   HRESULT CreateStorage(const OLECHAR* pwcsName, DWORD grfMode, DWORD reserved1, DWORD reserved2,
                         IStorage** ppstg) override;
-  HRESULT OpenStorage(const OLECHAR* pwcsName, IStorage* pstgPriority, DWORD grfMode, SNB snbExclude,
-                      DWORD reserved, IStorage** ppstg) override;
+  HRESULT OpenStorage(const OLECHAR* pwcsName, IStorage* pstgPriority, DWORD grfMode,
+                      SNB snbExclude, DWORD reserved, IStorage** ppstg) override;
   HRESULT CopyTo(DWORD ciidExclude, const IID* rgiidExclude, SNB snbExclude,
                  IStorage* pstgDest) override;
   HRESULT MoveElementTo(const OLECHAR* pwcsName, IStorage* pstgDest, const OLECHAR* pwcsNewName,
@@ -96,11 +98,12 @@ HRESULT MakeEnumIdList(const Ref<TFolderNode>& node, DWORD flags, IEnumIDList** 
 HRESULT MakeEnumShellItems(const Ref<TFolderNode>& node, DWORD flags, IEnumShellItems** result);
 HRESULT MakeEnumStatStg(const Ref<TFolderNode>& node, IEnumSTATSTG** result);
 /// The tip of a child as IQueryInfo.
-HRESULT MakeQueryInfo(const Ref<TFolderNode>& node, PCUITEMID_CHILD child, REFIID iid, void** object);
+HRESULT MakeQueryInfo(const Ref<TFolderNode>& node, PCUITEMID_CHILD child, REFIID iid,
+                      void** object);
 /// What a set of children has in common, or a handler for them: IQueryInfo here,
 /// everything else by the source.
-HRESULT MakeUIObject(const Ref<TFolderNode>& node, std::span<const PCUITEMID_CHILD> children, REFIID iid,
-                     void** object);
+HRESULT MakeUIObject(const Ref<TFolderNode>& node, std::span<const PCUITEMID_CHILD> children,
+                     REFIID iid, void** object);
 
 /// Task memory with the text; throws std::bad_alloc.
 LPWSTR TaskText(TStringView text);

@@ -14,17 +14,34 @@ namespace {
 // The child name form behind a SIGDN_; false for an unknown one.
 bool FormOf(SIGDN form, TNameForm& name) {
   switch (static_cast<DWORD>(form)) {
-    case static_cast<DWORD>(SIGDN_NORMALDISPLAY): name = TNameForm::Normal; return true;
-    case static_cast<DWORD>(SIGDN_PARENTRELATIVEPARSING): name = TNameForm::Parsing; return true;
-    case static_cast<DWORD>(SIGDN_DESKTOPABSOLUTEPARSING): name = TNameForm::AbsoluteParsing; return true;
-    case static_cast<DWORD>(SIGDN_PARENTRELATIVEEDITING): name = TNameForm::Editing; return true;
-    case static_cast<DWORD>(SIGDN_DESKTOPABSOLUTEEDITING): name = TNameForm::AbsoluteEditing; return true;
+    case static_cast<DWORD>(SIGDN_NORMALDISPLAY):
+      name = TNameForm::Normal;
+      return true;
+    case static_cast<DWORD>(SIGDN_PARENTRELATIVEPARSING):
+      name = TNameForm::Parsing;
+      return true;
+    case static_cast<DWORD>(SIGDN_DESKTOPABSOLUTEPARSING):
+      name = TNameForm::AbsoluteParsing;
+      return true;
+    case static_cast<DWORD>(SIGDN_PARENTRELATIVEEDITING):
+      name = TNameForm::Editing;
+      return true;
+    case static_cast<DWORD>(SIGDN_DESKTOPABSOLUTEEDITING):
+      name = TNameForm::AbsoluteEditing;
+      return true;
     case static_cast<DWORD>(SIGDN_URL):
-    case static_cast<DWORD>(SIGDN_FILESYSPATH): name = TNameForm::FileSystemPath; return true;
-    case static_cast<DWORD>(SIGDN_PARENTRELATIVEFORADDRESSBAR): name = TNameForm::AddressBar; return true;
+    case static_cast<DWORD>(SIGDN_FILESYSPATH):
+      name = TNameForm::FileSystemPath;
+      return true;
+    case static_cast<DWORD>(SIGDN_PARENTRELATIVEFORADDRESSBAR):
+      name = TNameForm::AddressBar;
+      return true;
     case static_cast<DWORD>(SIGDN_PARENTRELATIVE):
-    case static_cast<DWORD>(SIGDN_PARENTRELATIVEFORUI): name = TNameForm::Display; return true;
-    default: return false;
+    case static_cast<DWORD>(SIGDN_PARENTRELATIVEFORUI):
+      name = TNameForm::Display;
+      return true;
+    default:
+      return false;
   }
 }
 
@@ -35,9 +52,9 @@ HRESULT CompareItems(IItemAccess& a, IItemAccess& b, LPARAM what, int& order) {
     order = static_cast<int>(folderA.Get() != nullptr) - static_cast<int>(folderB.Get() != nullptr);
     return S_OK;
   }
-  const bool sameFolder =
-      folderA == folderB || (folderA->PidlBytes() == folderB->PidlBytes() &&
-                             std::memcmp(folderA->Pidl(), folderB->Pidl(), folderA->PidlBytes()) == 0);
+  const bool sameFolder = folderA == folderB || (folderA->PidlBytes() == folderB->PidlBytes() &&
+                                                 std::memcmp(folderA->Pidl(), folderB->Pidl(),
+                                                             folderA->PidlBytes()) == 0);
   if (sameFolder) return folderA->Compare(what, a.Child(), b.Child(), order);
   const TPidl listA = folderA->PidlOf(a.Child()), listB = folderB->PidlOf(b.Child());
   return TFolderNode::Desktop()->CompareLists(what, listA.Get(), listB.Get(), order);
@@ -76,7 +93,8 @@ HRESULT MakeItem(const Ref<TFolderNode>& folder, PCUITEMID_CHILD child, REFIID i
   return made->QueryInterface(iid, item);
 }
 
-HRESULT MakeItemOfList(const Ref<TFolderNode>& folder, PCUIDLIST_RELATIVE list, REFIID iid, void** item) {
+HRESULT MakeItemOfList(const Ref<TFolderNode>& folder, PCUIDLIST_RELATIVE list, REFIID iid,
+                       void** item) {
   *item = nullptr;
   if (list && IsEmptyPidl(list)) {
     if (folder->IsDesktop()) return MakeRef<TShellItem>()->QueryInterface(iid, item);
@@ -91,8 +109,8 @@ HRESULT MakeItemOfList(const Ref<TFolderNode>& folder, PCUIDLIST_RELATIVE list, 
 HRESULT NameOfChild(const TFolderNode* folder, PCUITEMID_CHILD child, SIGDN form, TString& name) {
   TNameForm nameForm;
   if (!FormOf(form, nameForm)) return E_INVALIDARG;
-  const HRESULT result =
-      folder ? folder->GetName(child, nameForm, name) : TFolderNode::Desktop()->GetFolderName(nameForm, name);
+  const HRESULT result = folder ? folder->GetName(child, nameForm, name)
+                                : TFolderNode::Desktop()->GetFolderName(nameForm, name);
   if (SUCCEEDED(result) && form == SIGDN_URL) name = UrlFromPath(name);
   return result;
 }
@@ -131,8 +149,9 @@ HRESULT TShellItem::GetAttributes(SFGAOF sfgaoMask, SFGAOF* psfgaoAttribs) {
     if (!psfgaoAttribs) return E_POINTER;
     *psfgaoAttribs = 0;
     DWORD attributes = 0;
-    const HRESULT result = IsDesktop() ? TFolderNode::Desktop()->GetFolderAttributes(sfgaoMask, attributes)
-                                       : fFolder->GetAttributes(Child(), sfgaoMask, attributes);
+    const HRESULT result = IsDesktop()
+                               ? TFolderNode::Desktop()->GetFolderAttributes(sfgaoMask, attributes)
+                               : fFolder->GetAttributes(Child(), sfgaoMask, attributes);
     if (FAILED(result)) return result;
     *psfgaoAttribs = attributes & sfgaoMask;
     return *psfgaoAttribs == sfgaoMask ? S_OK : S_FALSE;
@@ -149,14 +168,17 @@ HRESULT TShellItem::Compare(IShellItem* psi, SICHINTF hint, int* piOrder) {
       TPidl list;
       HRESULT result = ListOfObject(psi, list);
       if (SUCCEEDED(result))
-        result = MakeItemOfList(TFolderNode::Desktop(), list.Get(), IItemAccess::Iid, other.PutVoid());
+        result =
+            MakeItemOfList(TFolderNode::Desktop(), list.Get(), IItemAccess::Iid, other.PutVoid());
       if (FAILED(result)) return result;
     }
     constexpr DWORD kKnown = SICHINT_CANONICAL | SICHINT_ALLFIELDS;
-    const HRESULT result = CompareItems(*this, *other, static_cast<LPARAM>(hint & kKnown), *piOrder);
+    const HRESULT result =
+        CompareItems(*this, *other, static_cast<LPARAM>(hint & kKnown), *piOrder);
     if (FAILED(result)) return result;
     *piOrder = (*piOrder > 0) - (*piOrder < 0);
-    if (*piOrder != 0 && (hint & SICHINT_TEST_FILESYSPATH_IF_NOT_EQUAL) && SameFileSystemPath(*this, *other))
+    if (*piOrder != 0 && (hint & SICHINT_TEST_FILESYSPATH_IF_NOT_EQUAL) &&
+        SameFileSystemPath(*this, *other))
       *piOrder = 0;
     return *piOrder == 0 ? S_OK : S_FALSE;
   });
@@ -169,7 +191,8 @@ HRESULT TShellItem::GetParent(IShellItem** ppsi) {
     if (IsDesktop()) return E_INVALIDARG;
     void** item = reinterpret_cast<void**>(ppsi);
     if (fFolder->IsDesktop()) return MakeRef<TShellItem>()->QueryInterface(IID_IShellItem, item);
-    return MakeItem(Ref<TFolderNode>::Share(fFolder->Parent()), fFolder->Element(), IID_IShellItem, item);
+    return MakeItem(Ref<TFolderNode>::Share(fFolder->Parent()), fFolder->Element(), IID_IShellItem,
+                    item);
   });
 }
 
@@ -184,7 +207,8 @@ HRESULT TShellItem::Open(Ref<TFolderNode>& node) {
 HRESULT TShellItem::BindStream(IBindCtx* context, REFIID iid, void** object) {
   if (IsDesktop()) return E_NOTIMPL;
   Ref<IStream> stream;
-  const HRESULT result = fFolder->SourceOf(Child()).OpenStream(Child(), ModeOf(context), stream.Put());
+  const HRESULT result =
+      fFolder->SourceOf(Child()).OpenStream(Child(), ModeOf(context), stream.Put());
   return SUCCEEDED(result) && stream ? stream->QueryInterface(iid, object) : result;
 }
 
@@ -199,7 +223,8 @@ HRESULT TShellItem::BindLinkTarget(REFIID iid, void** object) {
   if (IsDesktop()) return E_NOTIMPL;
   TPidl target;
   const HRESULT result = fFolder->SourceOf(Child()).GetLinkTarget(Child(), target);
-  return SUCCEEDED(result) ? MakeItemOfList(TFolderNode::Desktop(), target.Get(), iid, object) : result;
+  return SUCCEEDED(result) ? MakeItemOfList(TFolderNode::Desktop(), target.Get(), iid, object)
+                           : result;
 }
 
 HRESULT TShellItem::BindUIObject(REFIID iid, void** object) {
@@ -221,7 +246,8 @@ HRESULT TShellItem::BindToHandler(IBindCtx* pbc, REFGUID bhid, REFIID riid, void
     Ref<TFolderNode> node;
     HRESULT result = Open(node);
     Ref<IEnumShellItems> items;
-    if (SUCCEEDED(result)) result = MakeEnumShellItems(node, SHCONTF_FOLDERS | SHCONTF_NONFOLDERS, items.Put());
+    if (SUCCEEDED(result))
+      result = MakeEnumShellItems(node, SHCONTF_FOLDERS | SHCONTF_NONFOLDERS, items.Put());
     return SUCCEEDED(result) ? items->QueryInterface(riid, ppv) : result;
   });
 }
@@ -232,8 +258,8 @@ HRESULT TShellItem::GetPropertyStore(GETPROPERTYSTOREFLAGS flags, REFIID riid, v
   return GetPropertyStoreForKeys(nullptr, 0, flags, riid, ppv);
 }
 
-HRESULT TShellItem::GetPropertyStoreWithCreateObject(GETPROPERTYSTOREFLAGS flags, IUnknown*, REFIID riid,
-                                                     void** ppv) {
+HRESULT TShellItem::GetPropertyStoreWithCreateObject(GETPROPERTYSTOREFLAGS flags, IUnknown*,
+                                                     REFIID riid, void** ppv) {
   return GetPropertyStoreForKeys(nullptr, 0, flags, riid, ppv);
 }
 
@@ -278,9 +304,8 @@ HRESULT TShellItem::Value(REFPROPERTYKEY key, PROPVARIANT* value) {
 }
 
 HRESULT TShellItem::GetProperty(REFPROPERTYKEY key, PROPVARIANT* ppropvar) {
-  return PortableCall("IShellItem2::GetProperty", [&]() -> HRESULT {
-    return ppropvar ? Value(key, ppropvar) : E_POINTER;
-  });
+  return PortableCall("IShellItem2::GetProperty",
+                      [&]() -> HRESULT { return ppropvar ? Value(key, ppropvar) : E_POINTER; });
 }
 
 namespace {
@@ -300,7 +325,8 @@ HRESULT TShellItem::GetCLSID(REFPROPERTYKEY key, CLSID* pclsid) {
     if (!pclsid) return E_POINTER;
     TPropVariant value;
     const HRESULT result = Value(key, value.Put());
-    return Convert(result, value, VT_CLSID, [](const PROPVARIANT& v) { return *v.puuid; }, pclsid);
+    return Convert(
+        result, value, VT_CLSID, [](const PROPVARIANT& v) { return *v.puuid; }, pclsid);
   });
 }
 
@@ -309,7 +335,8 @@ HRESULT TShellItem::GetFileTime(REFPROPERTYKEY key, FILETIME* pft) {
     if (!pft) return E_POINTER;
     TPropVariant value;
     const HRESULT result = Value(key, value.Put());
-    return Convert(result, value, VT_FILETIME, [](const PROPVARIANT& v) { return v.filetime; }, pft);
+    return Convert(
+        result, value, VT_FILETIME, [](const PROPVARIANT& v) { return v.filetime; }, pft);
   });
 }
 
@@ -318,7 +345,8 @@ HRESULT TShellItem::GetInt32(REFPROPERTYKEY key, int* pi) {
     if (!pi) return E_POINTER;
     TPropVariant value;
     const HRESULT result = Value(key, value.Put());
-    return Convert(result, value, VT_I4, [](const PROPVARIANT& v) { return v.lVal; }, pi);
+    return Convert(
+        result, value, VT_I4, [](const PROPVARIANT& v) { return v.lVal; }, pi);
   });
 }
 
@@ -338,7 +366,8 @@ HRESULT TShellItem::GetUInt32(REFPROPERTYKEY key, ULONG* pui) {
     if (!pui) return E_POINTER;
     TPropVariant value;
     const HRESULT result = Value(key, value.Put());
-    return Convert(result, value, VT_UI4, [](const PROPVARIANT& v) { return v.ulVal; }, pui);
+    return Convert(
+        result, value, VT_UI4, [](const PROPVARIANT& v) { return v.ulVal; }, pui);
   });
 }
 
@@ -347,7 +376,8 @@ HRESULT TShellItem::GetUInt64(REFPROPERTYKEY key, ULONGLONG* pull) {
     if (!pull) return E_POINTER;
     TPropVariant value;
     const HRESULT result = Value(key, value.Put());
-    return Convert(result, value, VT_UI8, [](const PROPVARIANT& v) { return v.uhVal.QuadPart; }, pull);
+    return Convert(
+        result, value, VT_UI8, [](const PROPVARIANT& v) { return v.uhVal.QuadPart; }, pull);
   });
 }
 
@@ -356,7 +386,8 @@ HRESULT TShellItem::GetBool(REFPROPERTYKEY key, BOOL* pf) {
     if (!pf) return E_POINTER;
     TPropVariant value;
     const HRESULT result = Value(key, value.Put());
-    return Convert(result, value, VT_BOOL, [](const PROPVARIANT& v) { return BOOL{v.boolVal != 0}; }, pf);
+    return Convert(
+        result, value, VT_BOOL, [](const PROPVARIANT& v) { return BOOL{v.boolVal != 0}; }, pf);
   });
 }
 
@@ -390,7 +421,8 @@ HRESULT TShellItem::GetParentAndItem(PIDLIST_ABSOLUTE* ppidlParent, IShellFolder
     if (IsDesktop()) return E_INVALIDARG;
     TPidl parent = TPidl::Copy(fFolder->Pidl()), child = TPidl::Copy(Child());
     if (ppsf) {
-      const HRESULT result = MakeFolderObject(fFolder, IID_IShellFolder, reinterpret_cast<void**>(ppsf));
+      const HRESULT result =
+          MakeFolderObject(fFolder, IID_IShellFolder, reinterpret_cast<void**>(ppsf));
       if (FAILED(result)) return result;
     }
     if (ppidlParent) *ppidlParent = parent.Detach();

@@ -12,7 +12,8 @@ namespace oak {
 
 /// How the portable shell recognises its own items.
 struct IItemAccess : IUnknown {
-  static constexpr GUID Iid{0x2F90D8A6, 0x1B44, 0x4E5B, {0x8C, 0x71, 0x0A, 0x9D, 0x3E, 0x62, 0xF5, 0xC8}};
+  static constexpr GUID Iid{
+      0x2F90D8A6, 0x1B44, 0x4E5B, {0x8C, 0x71, 0x0A, 0x9D, 0x3E, 0x62, 0xF5, 0xC8}};
   /// The folder that the object lies in; nil for the desktop itself.
   virtual const Ref<TFolderNode>& Folder() = 0;
   /// The object in that folder, nil for the desktop. Lives as long as the item.
@@ -21,7 +22,8 @@ struct IItemAccess : IUnknown {
 
 /// One object of the namespace. May be used by several threads at once; Update
 /// is the only operation that changes it, and readers see the old or the new state.
-class TShellItem : public TInterfacedObject<IShellItem2, IPersistIDList, IParentAndItem, IItemAccess> {
+class TShellItem
+    : public TInterfacedObject<IShellItem2, IPersistIDList, IParentAndItem, IItemAccess> {
  public:
   /// The desktop.
   TShellItem() = default;
@@ -41,8 +43,8 @@ class TShellItem : public TInterfacedObject<IShellItem2, IPersistIDList, IParent
   HRESULT GetPropertyStore(GETPROPERTYSTOREFLAGS flags, REFIID riid, void** ppv) override;
   HRESULT GetPropertyStoreWithCreateObject(GETPROPERTYSTOREFLAGS flags, IUnknown* punkCreateObject,
                                            REFIID riid, void** ppv) override;
-  HRESULT GetPropertyStoreForKeys(const PROPERTYKEY* rgKeys, UINT cKeys, GETPROPERTYSTOREFLAGS flags,
-                                  REFIID riid, void** ppv) override;
+  HRESULT GetPropertyStoreForKeys(const PROPERTYKEY* rgKeys, UINT cKeys,
+                                  GETPROPERTYSTOREFLAGS flags, REFIID riid, void** ppv) override;
   HRESULT GetPropertyDescriptionList(REFPROPERTYKEY keyType, REFIID riid, void** ppv) override;
   HRESULT Update(IBindCtx* pbc) override;
   HRESULT GetProperty(REFPROPERTYKEY key, PROPVARIANT* ppropvar) override;
@@ -80,14 +82,15 @@ class TShellItem : public TInterfacedObject<IShellItem2, IPersistIDList, IParent
 
   const Ref<TFolderNode> fFolder;
   std::atomic<PCUITEMID_CHILD> fChild{nullptr};
-  TPidl fOwned;                       // this and the next under a lock that all items share
+  TPidl fOwned;  // this and the next under a lock that all items share
   std::unique_ptr<TFormer> fFormer;
 };
 
 /// An item for the first element of `child`.
 HRESULT MakeItem(const Ref<TFolderNode>& folder, PCUITEMID_CHILD child, REFIID iid, void** item);
 /// An item for a list relative to `folder`; the empty list gives the folder itself.
-HRESULT MakeItemOfList(const Ref<TFolderNode>& folder, PCUIDLIST_RELATIVE list, REFIID iid, void** item);
+HRESULT MakeItemOfList(const Ref<TFolderNode>& folder, PCUIDLIST_RELATIVE list, REFIID iid,
+                       void** item);
 /// Absolute list of any object that has one: items, folders, arrays of one item.
 HRESULT ListOfObject(IUnknown* object, TPidl& pidl);
 /// A text name in one of the published forms (SIGDN).

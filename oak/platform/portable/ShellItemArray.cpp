@@ -100,7 +100,8 @@ class TItemArray : public TInterfacedObject<IShellItemArray> {
     if (ppv) *ppv = nullptr;
     return E_NOTIMPL;
   }
-  HRESULT GetAttributes(SIATTRIBFLAGS AttribFlags, SFGAOF sfgaoMask, SFGAOF* psfgaoAttribs) override {
+  HRESULT GetAttributes(SIATTRIBFLAGS AttribFlags, SFGAOF sfgaoMask,
+                        SFGAOF* psfgaoAttribs) override {
     return PortableCall("IShellItemArray::GetAttributes", [&]() -> HRESULT {
       if (!psfgaoAttribs) return E_POINTER;
       *psfgaoAttribs = 0;
@@ -168,12 +169,13 @@ HRESULT MakeItemArray(std::vector<Ref<IShellItem>> items, REFIID iid, void** arr
   return MakeRef<TItemArray>(std::move(items))->QueryInterface(iid, array);
 }
 
-HRESULT MakeQueryInfo(const Ref<TFolderNode>& node, PCUITEMID_CHILD child, REFIID iid, void** object) {
+HRESULT MakeQueryInfo(const Ref<TFolderNode>& node, PCUITEMID_CHILD child, REFIID iid,
+                      void** object) {
   return MakeRef<TQueryInfo>(node, child)->QueryInterface(iid, object);
 }
 
-HRESULT MakeUIObject(const Ref<TFolderNode>& node, std::span<const PCUITEMID_CHILD> children, REFIID iid,
-                     void** object) {
+HRESULT MakeUIObject(const Ref<TFolderNode>& node, std::span<const PCUITEMID_CHILD> children,
+                     REFIID iid, void** object) {
   *object = nullptr;
   const bool mounts = ElementKind(children[0]) == ekMount;
   for (PCUITEMID_CHILD child : children) {

@@ -15,8 +15,8 @@ HRESULT FolderOf(PCIDLIST_ABSOLUTE parent, IShellFolder* folder, Ref<TFolderNode
   return folder || !parent ? NodeOf(folder, node) : TFolderNode::FromPidl(parent, node);
 }
 
-HRESULT MakeItemIn(PCIDLIST_ABSOLUTE parent, IShellFolder* folder, PCUIDLIST_RELATIVE pidl, REFIID iid,
-                   void** out) {
+HRESULT MakeItemIn(PCIDLIST_ABSOLUTE parent, IShellFolder* folder, PCUIDLIST_RELATIVE pidl,
+                   REFIID iid, void** out) {
   if (!out) return E_POINTER;
   *out = nullptr;
   if (!pidl) return E_INVALIDARG;
@@ -30,8 +30,8 @@ HRESULT MakeItemIn(PCIDLIST_ABSOLUTE parent, IShellFolder* folder, PCUIDLIST_REL
   return MakeItemOfList(node, pidl, iid, out);
 }
 
-HRESULT STDAPICALLTYPE SHCreateShellItem(PCIDLIST_ABSOLUTE parent, IShellFolder* folder, PCUITEMID_CHILD pidl,
-                                         IShellItem** item) {
+HRESULT STDAPICALLTYPE SHCreateShellItem(PCIDLIST_ABSOLUTE parent, IShellFolder* folder,
+                                         PCUITEMID_CHILD pidl, IShellItem** item) {
   return PortableCall("SHCreateShellItem", [&]() -> HRESULT {
     return MakeItemIn(parent, folder, pidl, IID_IShellItem, reinterpret_cast<void**>(item));
   });
@@ -48,7 +48,8 @@ HRESULT STDAPICALLTYPE SHCreateItemFromIDList(PCIDLIST_ABSOLUTE pidl, REFIID iid
                       [&]() -> HRESULT { return MakeItemIn(nullptr, nullptr, pidl, iid, out); });
 }
 
-HRESULT ParseItem(const Ref<TFolderNode>& start, LPCWSTR name, IBindCtx* context, REFIID iid, void** out) {
+HRESULT ParseItem(const Ref<TFolderNode>& start, LPCWSTR name, IBindCtx* context, REFIID iid,
+                  void** out) {
   if (!name) return E_INVALIDARG;
   WIN32_FIND_DATAW data;
   TParseOptions options;
@@ -58,7 +59,8 @@ HRESULT ParseItem(const Ref<TFolderNode>& start, LPCWSTR name, IBindCtx* context
   return SUCCEEDED(result) ? MakeItemOfList(start, list.Get(), iid, out) : result;
 }
 
-HRESULT STDAPICALLTYPE SHCreateItemFromParsingName(LPCWSTR path, IBindCtx* context, REFIID iid, void** out) {
+HRESULT STDAPICALLTYPE SHCreateItemFromParsingName(LPCWSTR path, IBindCtx* context, REFIID iid,
+                                                   void** out) {
   return PortableCall("SHCreateItemFromParsingName", [&]() -> HRESULT {
     if (!out) return E_POINTER;
     *out = nullptr;
@@ -66,8 +68,8 @@ HRESULT STDAPICALLTYPE SHCreateItemFromParsingName(LPCWSTR path, IBindCtx* conte
   });
 }
 
-HRESULT STDAPICALLTYPE SHCreateItemFromRelativeName(IShellItem* parent, LPCWSTR name, IBindCtx* context,
-                                                    REFIID iid, void** out) {
+HRESULT STDAPICALLTYPE SHCreateItemFromRelativeName(IShellItem* parent, LPCWSTR name,
+                                                    IBindCtx* context, REFIID iid, void** out) {
   return PortableCall("SHCreateItemFromRelativeName", [&]() -> HRESULT {
     if (!out) return E_POINTER;
     *out = nullptr;
@@ -81,7 +83,8 @@ HRESULT STDAPICALLTYPE SHCreateItemFromRelativeName(IShellItem* parent, LPCWSTR 
 
 // --- arrays -------------------------------------------------------------------------------
 
-HRESULT AddItem(const Ref<TFolderNode>& start, PCUIDLIST_RELATIVE pidl, std::vector<Ref<IShellItem>>& items) {
+HRESULT AddItem(const Ref<TFolderNode>& start, PCUIDLIST_RELATIVE pidl,
+                std::vector<Ref<IShellItem>>& items) {
   if (!pidl) return E_INVALIDARG;
   Ref<IShellItem> item;
   const HRESULT result = MakeItemOfList(start, pidl, IID_IShellItem, item.PutVoid());
@@ -100,8 +103,9 @@ HRESULT MakeArrayIn(const Ref<TFolderNode>& start, UINT count, const ITEMIDLIST*
   return MakeItemArray(std::move(made), IID_IShellItemArray, reinterpret_cast<void**>(items));
 }
 
-HRESULT STDAPICALLTYPE SHCreateShellItemArray(PCIDLIST_ABSOLUTE parent, IShellFolder* folder, UINT count,
-                                              PCUITEMID_CHILD_ARRAY pidls, IShellItemArray** items) {
+HRESULT STDAPICALLTYPE SHCreateShellItemArray(PCIDLIST_ABSOLUTE parent, IShellFolder* folder,
+                                              UINT count, PCUITEMID_CHILD_ARRAY pidls,
+                                              IShellItemArray** items) {
   return PortableCall("SHCreateShellItemArray", [&]() -> HRESULT {
     if (!items) return E_POINTER;
     *items = nullptr;
@@ -135,7 +139,8 @@ HRESULT STDAPICALLTYPE SHCreateShellItemArrayFromIDLists(UINT count, PCIDLIST_AB
   });
 }
 
-HRESULT STDAPICALLTYPE SHCreateShellItemArrayFromShellItem(IShellItem* item, REFIID iid, void** out) {
+HRESULT STDAPICALLTYPE SHCreateShellItemArrayFromShellItem(IShellItem* item, REFIID iid,
+                                                           void** out) {
   return PortableCall("SHCreateShellItemArrayFromShellItem", [&]() -> HRESULT {
     if (!out) return E_POINTER;
     *out = nullptr;
@@ -167,7 +172,8 @@ PCUIDLIST_RELATIVE RestAfter(PCUIDLIST_RELATIVE parent, PCUIDLIST_RELATIVE child
     if (!ElementKind(parent) || ElementKind(parent) != ElementKind(child)) return nullptr;
     Ref<TFolderNode> folder;
     const auto bytes = static_cast<std::size_t>(reinterpret_cast<const BYTE*>(parent) - start);
-    if (FAILED(TFolderNode::FromPidl(reinterpret_cast<PCUIDLIST_ABSOLUTE>(start), bytes, folder))) return nullptr;
+    if (FAILED(TFolderNode::FromPidl(reinterpret_cast<PCUIDLIST_ABSOLUTE>(start), bytes, folder)))
+      return nullptr;
     if (!SameElements(folder, parent, child)) return nullptr;
   }
   return child;

@@ -41,7 +41,8 @@ HRESULT KnownFolderList(const TKnownFolder& folder, DWORD flags, TPidl& list) {
     return S_OK;
   }
   if (folder.Kind != TKnownFolderKind::Virtual) return DirectoryList(folder, flags, list);
-  return folder.ParsingName && *folder.ParsingName ? ParseAbsolute(folder.ParsingName, {}, list) : kNotFound;
+  return folder.ParsingName && *folder.ParsingName ? ParseAbsolute(folder.ParsingName, {}, list)
+                                                   : kNotFound;
 }
 
 HRESULT SpecialFolderList(int csidl, TPidl& list) {

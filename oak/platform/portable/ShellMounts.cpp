@@ -22,6 +22,7 @@ struct TMountTable {
   std::mutex Lock;
   std::vector<TMountEntryPtr> Entries;  // newest last
   std::atomic<std::uint64_t> Generation{1};
+  std::atomic<std::size_t> Inner{0};  // of them, those in other folders than the desktop
   TMountHandle LastHandle = 0;
 };
 
@@ -126,7 +127,8 @@ class TMountSource : public TFolderSource {
       TStringView parsing = ParsingNameOf(mount);
       const TString classText = u"::" + GuidToString(mount.ClassId);
       if (EndsWith(parsing, u"\\")) parsing.remove_suffix(1);
-      const bool hit = mount.ClassId == GUID_NULL ? SameText(bare, parsing) : SameText(bare, classText);
+      const bool hit =
+          mount.ClassId == GUID_NULL ? SameText(bare, parsing) : SameText(bare, classText);
       if (!hit && !SameText(name, DisplayNameOf(mount))) continue;
       element = ElementOf(mount);
       return S_OK;
@@ -146,7 +148,8 @@ class TMountSource : public TFolderSource {
       case TNameForm::AbsoluteParsing:
       case TNameForm::AbsoluteEditing:
         name = PathOf(mount);
-        if (name.empty() && !hasClass && IsAbsoluteName(ParsingNameOf(mount))) name = ParsingNameOf(mount);
+        if (name.empty() && !hasClass && IsAbsoluteName(ParsingNameOf(mount)))
+          name = ParsingNameOf(mount);
         return name.empty() ? S_FALSE : S_OK;
       case TNameForm::FileSystemPath:
         name = PathOf(mount);
@@ -241,6 +244,8 @@ std::uint64_t MountGeneration() noexcept {
   return Table().Generation.load(std::memory_order_acquire);
 }
 
+bool HasInnerMounts() noexcept { return Table().Inner.load(std::memory_order_acquire) != 0; }
+
 Ref<IFolderSource> MakeMountSource(TString place) {
   return MakeRef<TMountSource>(std::move(place));
 }
@@ -253,6 +258,7 @@ TMountHandle MountFolder(TFolderMount mount) {
   const std::lock_guard lock(table.Lock);
   entry->Handle = ++table.LastHandle;
   table.Entries.push_back(entry);
+  if (!entry->Place.empty()) table.Inner.fetch_add(1, std::memory_order_acq_rel);
   table.Generation.fetch_add(1, std::memory_order_acq_rel);
   return entry->Handle;
 }
@@ -261,11 +267,13 @@ bool UnmountFolder(TMountHandle handle) {
   TMountEntryPtr gone;  // its source is released without the lock
   TMountTable& table = Table();
   const std::lock_guard lock(table.Lock);
-  const auto hit = std::find_if(table.Entries.begin(), table.Entries.end(),
-                                [&](const TMountEntryPtr& entry) { return entry->Handle == handle; });
+  const auto hit =
+      std::find_if(table.Entries.begin(), table.Entries.end(),
+                   [&](const TMountEntryPtr& entry) { return entry->Handle == handle; });
   if (hit == table.Entries.end()) return false;
   gone = *hit;
   table.Entries.erase(hit);
+  if (!gone->Place.empty()) table.Inner.fetch_sub(1, std::memory_order_acq_rel);
   table.Generation.fetch_add(1, std::memory_order_acq_rel);
   return true;
 }

@@ -22,6 +22,9 @@ TString MountPlace(TStringView parsingName);
 /// be out of date. Any thread.
 std::uint64_t MountGeneration() noexcept;
 
+/// Whether any folder but the desktop shows mounts. Any thread, no lock.
+bool HasInnerMounts() noexcept;
+
 /// The mounts shown in a folder, as a source of elements of kind ekMount.
 Ref<IFolderSource> MakeMountSource(TString place);
 

@@ -12,7 +12,8 @@ namespace {
 constexpr BYTE kVersion = 1;
 constexpr DWORD kServer = SFGAO_FOLDER | SFGAO_FILESYSANCESTOR | SFGAO_HASSUBFOLDER |
                           SFGAO_STORAGEANCESTOR | SFGAO_CANLINK | SFGAO_HASPROPSHEET;
-constexpr DWORD kShare = kServer | SFGAO_FILESYSTEM | SFGAO_STORAGE | SFGAO_CANCOPY | SFGAO_DROPTARGET;
+constexpr DWORD kShare =
+    kServer | SFGAO_FILESYSTEM | SFGAO_STORAGE | SFGAO_CANCOPY | SFGAO_DROPTARGET;
 
 // A name as an element has to hold it, or false.
 bool NameOf(PCUITEMID_CHILD element, BYTE kind, TString& name) {
@@ -33,7 +34,8 @@ class TServerSource : public TFolderSource {
     for (const TPortableShare& share : config->Shares) {
       if (!SameText(share.Server, fServer)) continue;
       known = true;
-      if (flags & SHCONTF_FOLDERS) elements.push_back(MakeNameElement(ekShare, kVersion, 0, share.Share));
+      if (flags & SHCONTF_FOLDERS)
+        elements.push_back(MakeNameElement(ekShare, kVersion, 0, share.Share));
     }
     if (!known) return HRESULT_FROM_WIN32(53);  // ERROR_BAD_NETPATH
     cursor = MakeListCursor(std::move(elements));

@@ -31,7 +31,8 @@ TNodeCache& Cache() {
 }
 
 bool StartsWithNode(const void* pidl, std::size_t bytes, const Ref<TFolderNode>& node) noexcept {
-  return node && node->PidlBytes() <= bytes && std::memcmp(pidl, node->Pidl(), node->PidlBytes()) == 0;
+  return node && node->PidlBytes() <= bytes &&
+         std::memcmp(pidl, node->Pidl(), node->PidlBytes()) == 0;
 }
 
 void AddBackslash(TString& text) {
@@ -42,9 +43,13 @@ void AddBackslash(TString& text) {
 
 TFolderNode::TFolderNode(Ref<TFolderNode> parent, TPidl pidl, std::size_t elementAt,
                          Ref<IFolderSource> source)
-    : fParent(std::move(parent)), fPidl(std::move(pidl)), fBytes(elementAt), fSource(std::move(source)) {
+    : fParent(std::move(parent)),
+      fPidl(std::move(pidl)),
+      fBytes(elementAt),
+      fSource(std::move(source)) {
   if (!fParent) return;
-  fElement = reinterpret_cast<PCUITEMID_CHILD>(reinterpret_cast<const BYTE*>(fPidl.Get()) + elementAt);
+  fElement =
+      reinterpret_cast<PCUITEMID_CHILD>(reinterpret_cast<const BYTE*>(fPidl.Get()) + elementAt);
   fBytes += ElementSize(fElement);
 }
 
@@ -94,7 +99,11 @@ HRESULT TFolderNode::FromPidl(PCUIDLIST_ABSOLUTE pidl, Ref<TFolderNode>& node) {
   return FromPidl(pidl, split.Last ? split.ParentBytes + ElementSize(split.Last) : 0, node);
 }
 
-TPidl TFolderNode::PidlOf(PCUITEMID_CHILD child) const { return JoinElement(fPidl.Get(), fBytes, child); }
+TPidl TFolderNode::PidlOf(PCUITEMID_CHILD child) const {
+  return JoinElement(fPidl.Get(), fBytes, child);
+}
+
+bool TFolderNode::MayHaveMounts() const noexcept { return IsDesktop() || HasInnerMounts(); }
 
 IFolderSource& TFolderNode::Mounts() const {
   std::call_once(fMountsOnce, [this] {
@@ -211,8 +220,7 @@ HRESULT TFolderNode::CompareLists(LPARAM what, PCUIDLIST_RELATIVE a, PCUIDLIST_R
     const bool endA = IsEmptyPidl(a), endB = IsEmptyPidl(b);
     order = static_cast<int>(endB) - static_cast<int>(endA);
     if (endA || endB) return S_OK;
-    const HRESULT result = at->Compare(what, a,
-                                       b, order);
+    const HRESULT result = at->Compare(what, a, b, order);
     if (FAILED(result) || order != 0) return result;
     const PCUITEMID_CHILD element = a;
     a = NextElement(a);
@@ -227,8 +235,8 @@ HRESULT TFolderNode::CompareLists(LPARAM what, PCUIDLIST_RELATIVE a, PCUIDLIST_R
 
 HRESULT TFolderNode::ParseName(TStringView name, const TParseOptions& options, TPidl& child) const {
   if (name.empty()) return E_INVALIDARG;
-  const HRESULT result = Mounts().ParseName(name, options, child);
-  return SUCCEEDED(result) ? result : fSource->ParseName(name, options, child);
+  if (MayHaveMounts() && SUCCEEDED(Mounts().ParseName(name, options, child))) return S_OK;
+  return fSource->ParseName(name, options, child);
 }
 
 // --- description -----------------------------------------------------------------

@@ -37,6 +37,8 @@ class TFolderNode {
   IFolderSource& Contents() const noexcept { return *fSource; }
   /// Who answers for a child: the folder's own source, or that of its mounts.
   IFolderSource& SourceOf(PCUIDLIST_RELATIVE child) const;
+  /// False if no folders can be mounted here: then Mounts need not be asked.
+  bool MayHaveMounts() const noexcept;
   /// The mounted folders shown here.
   IFolderSource& Mounts() const;
 
@@ -60,10 +62,12 @@ class TFolderNode {
   HRESULT GetProperty(PCUITEMID_CHILD child, REFPROPERTYKEY key, PROPVARIANT* value) const;
 
  private:
-  TFolderNode(Ref<TFolderNode> parent, TPidl pidl, std::size_t elementAt, Ref<IFolderSource> source);
+  TFolderNode(Ref<TFolderNode> parent, TPidl pidl, std::size_t elementAt,
+              Ref<IFolderSource> source);
   static TFolderNode* MakeDesktop();
   HRESULT GetDesktopName(TNameForm form, TString& name) const;
-  HRESULT JoinName(PCUITEMID_CHILD child, TNameForm absolute, TNameForm relative, TString& name) const;
+  HRESULT JoinName(PCUITEMID_CHILD child, TNameForm absolute, TNameForm relative,
+                   TString& name) const;
 
   std::atomic<ULONG> fRefCount{1};
   const Ref<TFolderNode> fParent;

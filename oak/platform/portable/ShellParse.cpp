@@ -78,9 +78,7 @@ class TWalk {
   TPidl Take() { return std::move(fList); }
 
  private:
-  static PCUITEMID_CHILD Child(const TPidl& pidl) {
-    return pidl.Get();
-  }
+  static PCUITEMID_CHILD Child(const TPidl& pidl) { return pidl.Get(); }
   HRESULT OpenLast() {
     const BYTE* last = reinterpret_cast<const BYTE*>(fList.Get()) + fLastAt;
     Ref<TFolderNode> child;
@@ -100,7 +98,8 @@ class TWalk {
 
 TString ClassText(REFGUID classId) { return u"::" + GuidToString(classId); }
 
-HRESULT WalkText(const Ref<TFolderNode>& start, TStringView text, const TParseOptions& options, TPidl& list) {
+HRESULT WalkText(const Ref<TFolderNode>& start, TStringView text, const TParseOptions& options,
+                 TPidl& list) {
   TWalk walk(start);
   const HRESULT result = walk.GoAll(text, options);
   if (SUCCEEDED(result)) list = walk.Take();
@@ -116,8 +115,8 @@ HRESULT WalkBelow(REFGUID classId, TStringView text, const TParseOptions& option
   return result;
 }
 
-HRESULT WalkBelowKnownFolder(const TKnownFolder& folder, TStringView rest, const TParseOptions& options,
-                             TPidl& list) {
+HRESULT WalkBelowKnownFolder(const TKnownFolder& folder, TStringView rest,
+                             const TParseOptions& options, TPidl& list) {
   HRESULT result = KnownFolderList(folder, options.FindData ? KnownFolderUnverified : 0, list);
   if (FAILED(result) || rest.empty()) return result;
   Ref<TFolderNode> node;
@@ -200,7 +199,8 @@ HRESULT ParseFileUrl(TStringView url, const TParseOptions& options, TPidl& list)
   if (text.size() > slashes + 1 && text[slashes + 1] == u'|') text[slashes + 1] = u':';
   const TStringView bare = TStringView(text).substr(slashes);
   if (IsDrivePath(bare)) return WalkBelow(ComputerClassId, bare, options, list);
-  return slashes == 2 && !bare.empty() ? WalkBelow(NetworkClassId, bare, options, list) : E_INVALIDARG;
+  return slashes == 2 && !bare.empty() ? WalkBelow(NetworkClassId, bare, options, list)
+                                       : E_INVALIDARG;
 }
 
 HRESULT ParseFromDesktop(TStringView text, const TParseOptions& options, TPidl& list) {
@@ -221,8 +221,8 @@ HRESULT ParseFromDesktop(TStringView text, const TParseOptions& options, TPidl& 
 
 }  // namespace
 
-HRESULT ParseRelative(const Ref<TFolderNode>& folder, TStringView text, const TParseOptions& options,
-                      TPidl& list) {
+HRESULT ParseRelative(const Ref<TFolderNode>& folder, TStringView text,
+                      const TParseOptions& options, TPidl& list) {
   if (text.find(u'\0') != TStringView::npos) return E_INVALIDARG;
   if (folder->IsDesktop()) return ParseFromDesktop(text, options, list);
   if (text.empty()) return E_INVALIDARG;
@@ -234,8 +234,7 @@ HRESULT ParseRelative(const Ref<TFolderNode>& folder, TStringView text, const TP
     const HRESULT result = ParseDevicePath(text.substr(4), options, absolute);
     if (FAILED(result) || ElementKind(absolute.Get()) != ekMount)
       return FAILED(result) ? result : E_INVALIDARG;
-    list = TPidl::Copy(
-        NextElement(absolute.Get()));
+    list = TPidl::Copy(NextElement(absolute.Get()));
     return S_OK;
   }
   if (classId == NetworkClassId && StartsWith(text, u"\\\\") && !isDevice) full.erase(0, 2);
@@ -272,8 +271,8 @@ HRESULT BindList(const Ref<TFolderNode>& folder, PCUIDLIST_RELATIVE list, Ref<TF
   return S_OK;
 }
 
-HRESULT BindParent(const Ref<TFolderNode>& folder, PCUIDLIST_RELATIVE list, Ref<TFolderNode>& parent,
-                   PCUITEMID_CHILD& last) {
+HRESULT BindParent(const Ref<TFolderNode>& folder, PCUIDLIST_RELATIVE list,
+                   Ref<TFolderNode>& parent, PCUITEMID_CHILD& last) {
   TPidlSplit split;
   if (!SplitPidl(list, split) || !split.Last) return E_INVALIDARG;
   last = split.Last;

@@ -8,8 +8,8 @@ namespace oak {
 /// Parses relative to a folder and appends what it finds. The desktop takes every
 /// form: drive and UNC paths, "\\?\" forms, "::{...}", "shell:", "file:", names.
 /// The result is relative to `folder`. Any text is answered.
-HRESULT ParseRelative(const Ref<TFolderNode>& folder, TStringView text, const TParseOptions& options,
-                      TPidl& list);
+HRESULT ParseRelative(const Ref<TFolderNode>& folder, TStringView text,
+                      const TParseOptions& options, TPidl& list);
 /// The same from the desktop.
 HRESULT ParseAbsolute(TStringView text, const TParseOptions& options, TPidl& list);
 
@@ -20,8 +20,8 @@ bool FindDataOf(IBindCtx* context, WIN32_FIND_DATAW& data);
 HRESULT AttributesOfList(const Ref<TFolderNode>& folder, PCUIDLIST_RELATIVE list, DWORD mask,
                          DWORD& attributes);
 /// Binds the folder that holds the last object of a relative list.
-HRESULT BindParent(const Ref<TFolderNode>& folder, PCUIDLIST_RELATIVE list, Ref<TFolderNode>& parent,
-                   PCUITEMID_CHILD& last);
+HRESULT BindParent(const Ref<TFolderNode>& folder, PCUIDLIST_RELATIVE list,
+                   Ref<TFolderNode>& parent, PCUITEMID_CHILD& last);
 /// Binds the folder that a relative list leads to; the empty list gives `folder`.
 HRESULT BindList(const Ref<TFolderNode>& folder, PCUIDLIST_RELATIVE list, Ref<TFolderNode>& node);
 

@@ -17,8 +17,8 @@ inline std::size_t ElementSize(const void* element) noexcept {
 
 /// A list cut before its last element.
 struct TPidlSplit {
-  std::size_t ParentBytes = 0;      ///< of the elements before, without a terminator
-  PCUITEMID_CHILD Last = nullptr;   ///< nil for the empty list
+  std::size_t ParentBytes = 0;     ///< of the elements before, without a terminator
+  PCUITEMID_CHILD Last = nullptr;  ///< nil for the empty list
 };
 
 /// False for nil and for a list with an element too short to be one.
@@ -40,7 +40,8 @@ inline bool IsEmptyPidl(PCUIDLIST_RELATIVE pidl) noexcept { return ElementSize(p
 
 /// What follows the first element.
 inline PCUIDLIST_RELATIVE NextElement(PCUIDLIST_RELATIVE pidl) noexcept {
-  return reinterpret_cast<PCUIDLIST_RELATIVE>(reinterpret_cast<const BYTE*>(pidl) + ElementSize(pidl));
+  return reinterpret_cast<PCUIDLIST_RELATIVE>(reinterpret_cast<const BYTE*>(pidl) +
+                                              ElementSize(pidl));
 }
 
 /// `bytes` of `parent`, then the first element of `child`, then the end.

@@ -25,17 +25,18 @@ struct TNameProperty {
   const PROPERTYKEY& Key;
   TNameForm Form;
 };
-const TNameProperty kNames[] = {
-    {PKEY_ItemNameDisplay, TNameForm::Display},      {PKEY_ItemName, TNameForm::Parsing},
-    {PKEY_FileName, TNameForm::Parsing},             {PKEY_ParsingName, TNameForm::Parsing},
-    {PKEY_ParsingPath, TNameForm::AbsoluteParsing},  {PKEY_ItemPathDisplay, TNameForm::AbsoluteEditing},
-    {PKEY_ItemPathDisplayNarrow, TNameForm::Display}};
+const TNameProperty kNames[] = {{PKEY_ItemNameDisplay, TNameForm::Display},
+                                {PKEY_ItemName, TNameForm::Parsing},
+                                {PKEY_FileName, TNameForm::Parsing},
+                                {PKEY_ParsingName, TNameForm::Parsing},
+                                {PKEY_ParsingPath, TNameForm::AbsoluteParsing},
+                                {PKEY_ItemPathDisplay, TNameForm::AbsoluteEditing},
+                                {PKEY_ItemPathDisplayNarrow, TNameForm::Display}};
 
 // Properties that are names of the folder that the object lies in.
-const TNameProperty kFolderNames[] = {
-    {PKEY_ItemFolderNameDisplay, TNameForm::Display},
-    {PKEY_ItemFolderPathDisplay, TNameForm::AbsoluteEditing},
-    {PKEY_ItemFolderPathDisplayNarrow, TNameForm::Display}};
+const TNameProperty kFolderNames[] = {{PKEY_ItemFolderNameDisplay, TNameForm::Display},
+                                      {PKEY_ItemFolderPathDisplay, TNameForm::AbsoluteEditing},
+                                      {PKEY_ItemFolderPathDisplayNarrow, TNameForm::Display}};
 
 HRESULT PutText(HRESULT result, const TString& text, PROPVARIANT* value) {
   if (result != S_OK) return FAILED(result) ? result : PropertyNotFound;
@@ -87,7 +88,10 @@ class TItemPropertyStore : public TInterfacedObject<IPropertyStore, IPropertySto
  public:
   TItemPropertyStore(Ref<TFolderNode> node, PCUITEMID_CHILD child, std::vector<PROPERTYKEY> keys,
                      bool writable)
-      : fNode(std::move(node)), fChild(CopyElement(child)), fKeys(std::move(keys)), fWritable(writable) {}
+      : fNode(std::move(node)),
+        fChild(CopyElement(child)),
+        fKeys(std::move(keys)),
+        fWritable(writable) {}
 
   HRESULT GetCount(DWORD* cProps) override {
     return PortableCall("IPropertyStore::GetCount", [&] {
@@ -158,7 +162,8 @@ std::vector<PROPERTYKEY> AllKeys(const TFolderNode& node, PCUITEMID_CHILD child)
 
 }  // namespace
 
-HRESULT TFolderNode::GetProperty(PCUITEMID_CHILD child, REFPROPERTYKEY key, PROPVARIANT* value) const {
+HRESULT TFolderNode::GetProperty(PCUITEMID_CHILD child, REFPROPERTYKEY key,
+                                 PROPVARIANT* value) const {
   if (!ElementKind(child)) return E_INVALIDARG;
   HRESULT result = SourceOf(child).GetProperty(child, key, value);
   if (result == PropertyNotFound) result = NameProperty(*this, child, key, value);
@@ -167,7 +172,8 @@ HRESULT TFolderNode::GetProperty(PCUITEMID_CHILD child, REFPROPERTYKEY key, PROP
 }
 
 HRESULT MakePropertyStore(const Ref<TFolderNode>& node, PCUITEMID_CHILD child,
-                          std::span<const PROPERTYKEY> keys, bool writable, REFIID iid, void** store) {
+                          std::span<const PROPERTYKEY> keys, bool writable, REFIID iid,
+                          void** store) {
   *store = nullptr;
   if (!ElementKind(child)) return E_INVALIDARG;
   std::vector<PROPERTYKEY> names(keys.begin(), keys.end());

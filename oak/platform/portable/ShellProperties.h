@@ -13,6 +13,7 @@ inline constexpr HRESULT PropertyNotFound = HRESULT_FROM_WIN32(1168);  // ERROR_
 /// are read when they are asked for and written by Commit, all or up to the first
 /// failure. One thread at a time.
 HRESULT MakePropertyStore(const Ref<TFolderNode>& node, PCUITEMID_CHILD child,
-                          std::span<const PROPERTYKEY> keys, bool writable, REFIID iid, void** store);
+                          std::span<const PROPERTYKEY> keys, bool writable, REFIID iid,
+                          void** store);
 
 }  // namespace oak

@@ -39,22 +39,23 @@ Ref<IFolderSource> MakeDesktopSource() {
 }
 
 void MountStandardFolders() {
-  TFolderMount quick = Standard(QuickAccessClassId, u"Quick access", 10, kVirtual | SFGAO_FILESYSANCESTOR,
-                                iconFolder, MakeQuickAccessSource());
+  TFolderMount quick =
+      Standard(QuickAccessClassId, u"Quick access", 10, kVirtual | SFGAO_FILESYSANCESTOR,
+               iconFolder, MakeQuickAccessSource());
   quick.SinceMajorVersion = 10;
   quick.InfoTip = u"The folders that are used most";
   MountFolder(std::move(quick));
 
-  TFolderMount profile =
-      Standard(ProfileClassId, u"", 20, kDirectory, iconUser,
-               MakeRef<TDirectorySource>([] { return KnownPath(FOLDERID_Profile); }, ProfileClassId));
+  TFolderMount profile = Standard(
+      ProfileClassId, u"", 20, kDirectory, iconUser,
+      MakeRef<TDirectorySource>([] { return KnownPath(FOLDERID_Profile); }, ProfileClassId));
   profile.KnownFolder = FOLDERID_Profile;
   profile.InfoTip = u"The files of the user";
   MountFolder(std::move(profile));
 
-  TFolderMount computer = Standard(ComputerClassId, u"This PC", 30,
-                                   kAncestor | SFGAO_CANRENAME | SFGAO_DROPTARGET, iconComputer,
-                                   MakeComputerSource());
+  TFolderMount computer =
+      Standard(ComputerClassId, u"This PC", 30, kAncestor | SFGAO_CANRENAME | SFGAO_DROPTARGET,
+               iconComputer, MakeComputerSource());
   computer.InfoTip = u"The drives of this computer";
   MountFolder(std::move(computer));
 

@@ -75,9 +75,9 @@ HRESULT TFolderSource::Compare(LPARAM what, PCUITEMID_CHILD a, PCUITEMID_CHILD b
 
 HRESULT TFolderSource::ParseName(TStringView name, const TParseOptions&, TPidl& element) {
   Ref<IFolderCursor> cursor;
-  HRESULT result = Enumerate(SHCONTF_FOLDERS | SHCONTF_NONFOLDERS | SHCONTF_INCLUDEHIDDEN |
-                                 SHCONTF_INCLUDESUPERHIDDEN,
-                             cursor);
+  HRESULT result = Enumerate(
+      SHCONTF_FOLDERS | SHCONTF_NONFOLDERS | SHCONTF_INCLUDEHIDDEN | SHCONTF_INCLUDESUPERHIDDEN,
+      cursor);
   if (FAILED(result)) return result;
   PCUITEMID_CHILD found = nullptr;
   while ((result = cursor->Next(&found)) == S_OK) {

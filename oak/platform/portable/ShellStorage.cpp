@@ -30,7 +30,8 @@ FILETIME TimeProperty(const TFolderNode& node, PCUITEMID_CHILD child, REFPROPERT
 
 }  // namespace
 
-HRESULT DescribeElement(const TFolderNode& node, PCUITEMID_CHILD child, DWORD flags, STATSTG& stat) {
+HRESULT DescribeElement(const TFolderNode& node, PCUITEMID_CHILD child, DWORD flags,
+                        STATSTG& stat) {
   stat = {};
   DWORD attributes = 0;
   const HRESULT result = node.GetAttributes(child, SFGAO_FOLDER, attributes);
@@ -55,7 +56,8 @@ HRESULT TPortableFolder::FindElement(const OLECHAR* name, TPidl& child) const {
   return StorageError(fNode->ParseName(name, {}, child));
 }
 
-HRESULT TPortableFolder::CreateElement(const OLECHAR* name, bool folder, DWORD mode, TPidl& child) const {
+HRESULT TPortableFolder::CreateElement(const OLECHAR* name, bool folder, DWORD mode,
+                                       TPidl& child) const {
   if (!IsElementName(name)) return STG_E_INVALIDNAME;
   return StorageError(fNode->Contents().Create(name, folder, (mode & STGM_CREATE) != 0, child));
 }
@@ -79,7 +81,8 @@ HRESULT TPortableFolder::CreateStream(const OLECHAR* pwcsName, DWORD grfMode, DW
   });
 }
 
-HRESULT TPortableFolder::OpenStream(const OLECHAR* pwcsName, void*, DWORD grfMode, DWORD, IStream** ppstm) {
+HRESULT TPortableFolder::OpenStream(const OLECHAR* pwcsName, void*, DWORD grfMode, DWORD,
+                                    IStream** ppstm) {
   return PortableCall("IStorage::OpenStream", [&]() -> HRESULT {
     if (!ppstm) return STG_E_INVALIDPOINTER;
     *ppstm = nullptr;
@@ -144,8 +147,8 @@ HRESULT TPortableFolder::RenameElement(const OLECHAR* pwcsOldName, const OLECHAR
     TPidl child, renamed;
     const HRESULT result = FindElement(pwcsOldName, child);
     if (FAILED(result)) return result;
-    return StorageError(fNode->SourceOf(child.Get())
-                            .Rename(child.Get(), pwcsNewName, TNameForm::Parsing, renamed));
+    return StorageError(
+        fNode->SourceOf(child.Get()).Rename(child.Get(), pwcsNewName, TNameForm::Parsing, renamed));
   });
 }
 
@@ -156,7 +159,8 @@ HRESULT TPortableFolder::SetElementTimes(const OLECHAR* pwcsName, const FILETIME
     HRESULT result = FindElement(pwcsName, child);
     const auto set = [&](REFPROPERTYKEY key, const FILETIME* time) {
       if (SUCCEEDED(result) && time)
-        result = fNode->SourceOf(child.Get()).SetProperty(child.Get(), key, TPropVariant::From(*time));
+        result =
+            fNode->SourceOf(child.Get()).SetProperty(child.Get(), key, TPropVariant::From(*time));
     };
     set(PKEY_DateCreated, pctime);
     set(PKEY_DateAccessed, patime);

@@ -35,12 +35,21 @@ DWORD ExactLookupError(const std::string& native, DWORD code) {
   return reached ? code : ERROR_PATH_NOT_FOUND;
 }
 
+namespace {
+// True for a text that names a drive, a volume or a share and nothing in it.
+bool NamesRoot(LPCWSTR path) {
+  const TString text = ExcludeTrailingPathDelimiter(ViewOf(path));
+  const TString name = ExtractFileName(text);
+  return name.empty() || StartsText(u"Volume{", name) || ExtractFileDrive(text) == text;
+}
+}  // namespace
+
 std::optional<TFileInfo> InfoForCall(LPCWSTR path, std::string& native) {
   const auto found = NativeForCall(path);
   if (!found) return std::nullopt;
   native = *found;
   DWORD error = 0;
-  const auto info = GetFileInfo(native, false, &error);
+  auto info = GetFileInfo(native, false, &error);
   if (!info) {
     detail::SetLastErrorDirect(ExactLookupError(native, error));
     return std::nullopt;
@@ -50,6 +59,8 @@ std::optional<TFileInfo> InfoForCall(LPCWSTR path, std::string& native) {
     detail::SetLastErrorDirect(ERROR_INVALID_NAME);
     return std::nullopt;
   }
+  // The directory that a drive is mapped to may be hidden, the drive is not.
+  if (NamesRoot(path)) info->Attributes &= ~FILE_ATTRIBUTE_HIDDEN;
   return info;
 }
 
@@ -142,9 +153,13 @@ bool WriteAll(int to, const char* bytes, std::size_t count) {
 // Copies contents, mode and times; the target must not exist. On failure errno
 // tells why and nothing is left behind.
 bool CopyContents(const std::string& from, const std::string& to) {
-  const TDescriptor source(open(from.c_str(), O_RDONLY | O_CLOEXEC));
+  const TDescriptor source(open(from.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat info {};
   if (source.Get() < 0 || fstat(source.Get(), &info) != 0) return false;
+  if (!S_ISREG(info.st_mode)) {  // a pipe would never end
+    errno = EOPNOTSUPP;
+    return false;
+  }
   TDescriptor target(open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
   if (target.Get() < 0) return false;
   std::vector<char> buffer(1u << 17);

@@ -182,8 +182,7 @@ class TTrashSource final : public TFolderSource {
     if (!ReadElement(element, deleted)) return E_INVALIDARG;
     if (key.fmtid == RecycleFormat) return GetOwnProperty(deleted, key.pid, value);
     const std::string native = DataFile(deleted.TrashName);
-    return GetFileProperty({WindowsPath(native), deleted.DisplayName, native, deleted.IsFolder},
-                           key, value);
+    return GetFileProperty({deleted.DisplayName, native, deleted.IsFolder}, key, value);
   }
   HRESULT GetTypeName(PCUITEMID_CHILD element, TString& name) override {
     TDeleted deleted;

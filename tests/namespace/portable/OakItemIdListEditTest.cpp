@@ -197,7 +197,12 @@ TEST_F(OakItemIdListEdit, EveryFailureOfAChangeIsRaisedOrHarmless) {
   }
   SweepChange(prepare, [&] { TItem::From(item)->RemoveStorage(); });
   EXPECT_FALSE(fFolder.Exists(u"a.txt"));
-  SweepChange([&] { item = Item(); }, [&] { (void)item->CreateNewFolder(u""); });
+  SweepChange(
+      [&] {
+        item = Item();
+        if (fFolder.Exists(u"made")) TItem::From(Item(u"made"))->RemoveStorage();
+      },
+      [&] { (void)item->CreateNewFolder(u"made"); });
   SweepChange(prepare, [&] {
     const auto link = TShellLinkHelper::AddLinkTo(item, fFolder.Path(), u"link");
     if (link) (void)link->LinkTarget();

@@ -140,26 +140,6 @@ TEST(FileProperties, WhatPeopleWrite) {
   EXPECT_TRUE(Get(source, u"file", PKEY_Rating).IsEmpty());
 }
 
-TEST(FileProperties, OfDrives) {
-  const TNativeTree tree;
-  const TFileObject drive{u"C:\\", u"C:\\", "/", true, true};
-  const TFileObject folder{tree.Path(), u"x", tree.Root(), true, false};
-  const auto number = [](const TFileObject& object, REFPROPERTYKEY key) {
-    TPropVariant value;
-    std::uint64_t result = 0;
-    EXPECT_EQ(GetFileProperty(object, key, value.Put()), S_OK);
-    (void)TryGetUInt64(value, result);
-    return result;
-  };
-  EXPECT_GT(number(drive, PKEY_Capacity), 0u);
-  EXPECT_LE(number(drive, PKEY_FreeSpace), number(drive, PKEY_Capacity));
-  EXPECT_LE(number(drive, PKEY_PercentFull), 100u);
-  EXPECT_EQ(number(folder, PKEY_Capacity), 0u);
-  TPropVariant value;
-  ASSERT_EQ(GetFileProperty(drive, PKEY_Volume_FileSystem, value.Put()), S_OK);
-  EXPECT_FALSE(Text(value).empty());
-}
-
 // What a store counts is what it answers.
 TEST(FileProperties, KeysAreAnswered) {
   const TNativeTree tree;

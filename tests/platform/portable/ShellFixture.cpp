@@ -10,16 +10,18 @@ void TShellTest::SetUp() {
   std::string pattern = (std::filesystem::temp_directory_path() / "oak-shell-XXXXXX").string();
   ASSERT_NE(mkdtemp(pattern.data()), nullptr);
   fRoot = pattern;
-  for (const char* directory : {"c/home/me/Desktop", "c/home/me/Documents", "c/home/me/Downloads", "c/Dir/Sub",
-                                "d", "share/inner"})
+  for (const char* directory : {"c/home/me/Desktop", "c/home/me/Documents", "c/home/me/Downloads",
+                                "c/Dir/Sub", "d", "share/inner"})
     std::filesystem::create_directories(fRoot / directory);
   MakeFile("Dir/file.txt", "hello");
 
   TPortableConfig config = PortableConfigFromEnvironment();
-  config.Drives = {{u'C', (fRoot / "c").string(), TPortableDriveKind::Fixed, u"System", {}},
-                   {u'E', (fRoot / "d").string(), TPortableDriveKind::Removable, {}, {}},
-                   {u'N', (fRoot / "share").string(), TPortableDriveKind::Network, {}, u"\\\\server\\share"}};
-  config.Shares = {{u"server", u"share", (fRoot / "share").string()}, {u"server", u"lost", "/nonexistent"}};
+  config.Drives = {
+      {u'C', (fRoot / "c").string(), TPortableDriveKind::Fixed, u"System", {}},
+      {u'E', (fRoot / "d").string(), TPortableDriveKind::Removable, {}, {}},
+      {u'N', (fRoot / "share").string(), TPortableDriveKind::Network, {}, u"\\\\server\\share"}};
+  config.Shares = {{u"server", u"share", (fRoot / "share").string()},
+                   {u"server", u"lost", "/nonexistent"}};
   const std::string home = (fRoot / "c/home/me").string();
   config.Home = home;
   config.ConfigHome = home + "/.config";
@@ -57,7 +59,8 @@ Ref<IShellItem2> TShellTest::Item(TStringView text) {
   Ref<IShellItem2> item;
   const TPidl pidl = Parse(text);
   if (pidl) {
-    const HRESULT result = Api().SHCreateItemFromIDList(pidl.Get(), IID_IShellItem2, item.PutVoid());
+    const HRESULT result =
+        Api().SHCreateItemFromIDList(pidl.Get(), IID_IShellItem2, item.PutVoid());
     EXPECT_EQ(result, S_OK) << Show(text);
   }
   return item;
@@ -73,7 +76,8 @@ Ref<IShellFolder2> TShellTest::Folder(TStringView text) {
   Ref<IShellFolder2> folder;
   if (text.empty()) return Desktop().As<IShellFolder2>();
   if (const auto item = Item(text)) {
-    const HRESULT result = item->BindToHandler(nullptr, BHID_SFObject, IID_IShellFolder2, folder.PutVoid());
+    const HRESULT result =
+        item->BindToHandler(nullptr, BHID_SFObject, IID_IShellFolder2, folder.PutVoid());
     EXPECT_EQ(result, S_OK) << Show(text);
   }
   return folder;

@@ -31,8 +31,9 @@ class TShellHostile : public TShellTest {
 };
 
 void TShellHostile::AskItem(IShellItem2* item) {
-  for (SIGDN form : {SIGDN_NORMALDISPLAY, SIGDN_DESKTOPABSOLUTEPARSING, SIGDN_DESKTOPABSOLUTEEDITING, SIGDN_FILESYSPATH,
-                     SIGDN_URL, SIGDN_PARENTRELATIVEEDITING, SIGDN_PARENTRELATIVEPARSING})
+  for (SIGDN form :
+       {SIGDN_NORMALDISPLAY, SIGDN_DESKTOPABSOLUTEPARSING, SIGDN_DESKTOPABSOLUTEEDITING,
+        SIGDN_FILESYSPATH, SIGDN_URL, SIGDN_PARENTRELATIVEEDITING, SIGDN_PARENTRELATIVEPARSING})
     (void)Name(Ref<IShellItem2>::Share(item), form);
   SFGAOF attributes = 0;
   (void)item->GetAttributes(0xFFFFFFFFu, &attributes);
@@ -41,9 +42,11 @@ void TShellHostile::AskItem(IShellItem2* item) {
   (void)item->GetProperty(PKEY_DateModified, value.Put());
   (void)item->Update(nullptr);
   Ref<IUnknown> object;
-  for (const GUID* handler : {&BHID_SFObject, &BHID_Stream, &BHID_EnumItems, &BHID_LinkTargetItem, &BHID_SFUIObject}) {
+  for (const GUID* handler :
+       {&BHID_SFObject, &BHID_Stream, &BHID_EnumItems, &BHID_LinkTargetItem, &BHID_SFUIObject}) {
     const bool isFolder = handler == &BHID_SFObject;
-    (void)item->BindToHandler(nullptr, *handler, isFolder ? IID_IShellFolder : IID_IUnknown, object.PutVoid());
+    (void)item->BindToHandler(nullptr, *handler, isFolder ? IID_IShellFolder : IID_IUnknown,
+                              object.PutVoid());
   }
   Ref<IShellItem> parent;
   (void)item->GetParent(parent.Put());
@@ -82,12 +85,14 @@ void TShellHostile::AskForEverything(PCIDLIST_ABSOLUTE pidl) {
   AskFolder(desktop.Get(), pidl);
   AskFolder(Folder(u"C:\\Dir").Get(), pidl);
   Ref<IShellItem2> item;
-  if (SUCCEEDED(Api().SHCreateItemFromIDList(pidl, IID_IShellItem2, item.PutVoid()))) AskItem(item.Get());
+  if (SUCCEEDED(Api().SHCreateItemFromIDList(pidl, IID_IShellItem2, item.PutVoid())))
+    AskItem(item.Get());
   WCHAR path[MAX_PATH];
   (void)Api().SHGetPathFromIDListW(pidl, path);
   SHFILEINFOW info{};
-  (void)Api().SHGetFileInfoW(reinterpret_cast<LPCWSTR>(pidl), 0, &info, sizeof info,
-                             SHGFI_PIDL | SHGFI_DISPLAYNAME | SHGFI_ATTRIBUTES | SHGFI_SYSICONINDEX | SHGFI_TYPENAME);
+  (void)Api().SHGetFileInfoW(
+      reinterpret_cast<LPCWSTR>(pidl), 0, &info, sizeof info,
+      SHGFI_PIDL | SHGFI_DISPLAYNAME | SHGFI_ATTRIBUTES | SHGFI_SYSICONINDEX | SHGFI_TYPENAME);
   Ref<IShellFolder> folder;
   PCUITEMID_CHILD last = nullptr;
   (void)Api().SHBindToParent(pidl, IID_IShellFolder, folder.PutVoid(), &last);
@@ -114,16 +119,16 @@ std::vector<BYTE> BytesOf(const TPidl& pidl) {
 TEST_F(TShellHostile, ForeignBytes) {
   const std::vector<std::vector<BYTE>> lists = {
       {0, 0},
-      {1, 0, 0, 0},                                  // an element shorter than its size field
+      {1, 0, 0, 0},  // an element shorter than its size field
       {2, 0, 0, 0},
       {3, 0, 9, 0, 0},
-      {6, 0, 0x4F, 0x6B, 0, 0, 0, 0},                // ours by magic, of no kind
-      {7, 0, 0x4F, 0x6B, 1, 1, 9, 0, 0},             // mounts with bad keys
+      {6, 0, 0x4F, 0x6B, 0, 0, 0, 0},     // ours by magic, of no kind
+      {7, 0, 0x4F, 0x6B, 1, 1, 9, 0, 0},  // mounts with bad keys
       {7, 0, 0x4F, 0x6B, 1, 1, 2, 0, 0},
       {9, 0, 0x4F, 0x6B, 1, 1, 1, 2, 3, 0, 0},
-      {8, 0, 0x4F, 0x6B, 2, 1, 'a', 0, 0, 0},        // a drive without a letter
-      {0x14, 0, 0x1F, 0x50, 0xE0, 0x4F, 0xD0, 0x20, 0xEA, 0x3A, 0x69, 0x10, 0xA2, 0xD8, 8, 0, 0x2B, 0x30, 0x30, 0x9D,
-       0, 0}};                                       // another shell's computer
+      {8, 0, 0x4F, 0x6B, 2, 1, 'a', 0, 0, 0},  // a drive without a letter
+      {0x14, 0,    0x1F, 0x50, 0xE0, 0x4F, 0xD0, 0x20, 0xEA, 0x3A, 0x69,
+       0x10, 0xA2, 0xD8, 8,    0,    0x2B, 0x30, 0x30, 0x9D, 0,    0}};  // another shell's computer
   for (const auto& bytes : lists) {
     const TTightList list(bytes);
     AskForEverything(list.Get());
@@ -140,7 +145,8 @@ TEST_F(TShellHostile, ForeignBytes) {
 TEST_F(TShellHostile, BentLists) {
   TFolderMount mount;
   mount.Name = u"Memory";
-  mount.Source = MakeMemoryFolder(std::make_shared<TMemoryTree>(), MemoryFolder(u"", {MemoryFolder(u"In")}));
+  mount.Source =
+      MakeMemoryFolder(std::make_shared<TMemoryTree>(), MemoryFolder(u"", {MemoryFolder(u"In")}));
   const TScopedMount scope(std::move(mount));
   std::mt19937 random(20240229);
   for (const char16_t* place : {u"C:\\Dir\\file.txt", u"\\\\server\\share\\inner", u"Memory\\In",
@@ -192,7 +198,8 @@ TEST_F(TShellHostile, RandomBytes) {
 TEST_F(TShellHostile, DeepLists) {
   const std::vector<BYTE> share = BytesOf(Parse(u"C:\\Dir\\Sub"));
   std::vector<BYTE> bytes(share.begin(), share.end() - 2);
-  const std::vector<BYTE> element(bytes.end() - static_cast<std::ptrdiff_t>(bytes.size() / 4), bytes.end());
+  const std::vector<BYTE> element(bytes.end() - static_cast<std::ptrdiff_t>(bytes.size() / 4),
+                                  bytes.end());
   TPidl last = Parse(u"C:\\Dir\\Sub");
   const PCUITEMID_CHILD sub = Api().ILFindLastID(last.Get());
   const BYTE* subBytes = reinterpret_cast<const BYTE*>(sub);
@@ -210,7 +217,8 @@ TEST_F(TShellHostile, DeepLists) {
 TEST_F(TShellHostile, RandomTexts) {
   std::mt19937 random(99);
   const char16_t alphabet[] = u"\\\\:.{}:%?|/Cc2 ~-shelfiUN\u00E4\xD800";
-  const char16_t* starts[] = {u"", u"::{", u"shell:", u"file:", u"\\\\?\\", u"\\\\", u"C:\\", u"\\\\?\\Volume{"};
+  const char16_t* starts[] = {u"",        u"::{",  u"shell:", u"file:",
+                              u"\\\\?\\", u"\\\\", u"C:\\",   u"\\\\?\\Volume{"};
   for (int round = 0; round < 4000; ++round) {
     TString text = starts[random() % std::size(starts)];
     for (std::size_t length = random() % 20; length > 0; --length)

@@ -13,8 +13,9 @@ class TShellItems : public TShellTest {
     TFolderMount mount;
     mount.Name = u"Memory";
     mount.Source = MakeMemoryFolder(
-        fTree, MemoryFolder(u"", {MemoryFolder(u"Inner", {MemoryFile(u"deep", 7)}), MemoryFile(u"a10", 10),
-                                  MemoryFile(u"A2", 20), MemoryFile(u"same", 10)}));
+        fTree,
+        MemoryFolder(u"", {MemoryFolder(u"Inner", {MemoryFile(u"deep", 7)}), MemoryFile(u"a10", 10),
+                           MemoryFile(u"A2", 20), MemoryFile(u"same", 10)}));
     fMount = std::make_unique<TScopedMount>(std::move(mount));
   }
   void TearDown() override {
@@ -45,17 +46,17 @@ TEST_F(TShellItems, OrderOfLists) {
     LPARAM What;
     int Order;
   } cases[] = {
-      {u"Memory\\a2", u"Memory\\a10", 0, -1},         // by number
-      {u"Memory\\Inner", u"Memory\\a2", 0, -1},       // folders first
+      {u"Memory\\a2", u"Memory\\a10", 0, -1},    // by number
+      {u"Memory\\Inner", u"Memory\\a2", 0, -1},  // folders first
       {u"Memory\\Inner", u"Memory\\a2", canonical, 1},
-      {u"Memory\\a2", u"Memory\\A2", canonical, 0},   // one object, written in two ways
+      {u"Memory\\a2", u"Memory\\A2", canonical, 0},  // one object, written in two ways
       {u"Memory\\a2", u"Memory\\a2", all, 0},
-      {u"Memory\\a2", u"Memory\\a10", 1, 1},          // by size
-      {u"Memory\\same", u"Memory\\a10", 1, 1},        // equal sizes: by name
-      {u"Memory", u"Memory\\Inner", 0, -1},           // a start comes first
+      {u"Memory\\a2", u"Memory\\a10", 1, 1},    // by size
+      {u"Memory\\same", u"Memory\\a10", 1, 1},  // equal sizes: by name
+      {u"Memory", u"Memory\\Inner", 0, -1},     // a start comes first
       {u"Memory\\Inner\\deep", u"Memory\\Inner", canonical, 1},
       {u"Memory\\Inner\\deep", u"Memory\\same", 0, -1},  // the first difference decides
-      {u"This PC", u"Network", 0, -1},                // by rank
+      {u"This PC", u"Network", 0, -1},                   // by rank
       {u"This PC", u"Memory", 0, -1},
       {u"C:\\", u"E:\\", 0, -1},
       {u"E:\\", u"C:\\Dir", canonical, 1},
@@ -63,8 +64,10 @@ TEST_F(TShellItems, OrderOfLists) {
       {u"shell:Desktop", u"This PC", canonical, -1},
   };
   for (const auto& test : cases) {
-    EXPECT_EQ(CompareLists(test.A, test.B, test.What), test.Order) << Show(test.A) << " " << Show(test.B);
-    EXPECT_EQ(CompareLists(test.B, test.A, test.What), -test.Order) << Show(test.B) << " " << Show(test.A);
+    EXPECT_EQ(CompareLists(test.A, test.B, test.What), test.Order)
+        << Show(test.A) << " " << Show(test.B);
+    EXPECT_EQ(CompareLists(test.B, test.A, test.What), -test.Order)
+        << Show(test.B) << " " << Show(test.A);
   }
 }
 
@@ -75,12 +78,14 @@ TEST_F(TShellItems, OrderOfItems) {
   EXPECT_EQ(CompareItems(u"shell:Desktop", u"shell:Desktop", SICHINT_CANONICAL), 0);
   // Two ways to one directory are two objects with one path.
   EXPECT_NE(CompareItems(u"Me", u"C:\\home\\me", SICHINT_CANONICAL), 0);
-  EXPECT_EQ(CompareItems(u"Me", u"C:\\home\\me", SICHINT_CANONICAL | SICHINT_TEST_FILESYSPATH_IF_NOT_EQUAL), 0);
+  EXPECT_EQ(CompareItems(u"Me", u"C:\\home\\me",
+                         SICHINT_CANONICAL | SICHINT_TEST_FILESYSPATH_IF_NOT_EQUAL),
+            0);
 }
 
 TEST_F(TShellItems, ListsByWhatTheyLeadTo) {
-  const TPidl desktop = Parse(u"shell:Desktop"), memory = Parse(u"Memory"), inner = Parse(u"Memory\\Inner"),
-              deep = Parse(u"Memory\\Inner\\deep");
+  const TPidl desktop = Parse(u"shell:Desktop"), memory = Parse(u"Memory"),
+              inner = Parse(u"Memory\\Inner"), deep = Parse(u"Memory\\Inner\\deep");
   EXPECT_TRUE(Api().ILIsParent(desktop.Get(), memory.Get(), TRUE));
   EXPECT_TRUE(Api().ILIsParent(memory.Get(), deep.Get(), FALSE));
   EXPECT_FALSE(Api().ILIsParent(memory.Get(), deep.Get(), TRUE));
@@ -92,8 +97,9 @@ TEST_F(TShellItems, ListsByWhatTheyLeadTo) {
   const TPidl other = Parse(u"Memory");
   const TPidl variant = TPidl::Adopt(
       Api().ILCombine(other.Get(), MakeNameElement(ekFirstFree, 3, 1, u"INNER").Get()));
-  EXPECT_FALSE(Api().ILIsEqual(variant.Get(), inner.Get())) << "names in other case are other names for a source "
-                                                               "that does not say otherwise";
+  EXPECT_FALSE(Api().ILIsEqual(variant.Get(), inner.Get()))
+      << "names in other case are other names for a source "
+         "that does not say otherwise";
   const auto* rest = Api().ILFindChild(inner.Get(), deep.Get());
   ASSERT_TRUE(rest);
   EXPECT_EQ(PidlDepth(rest), 1);
@@ -113,10 +119,12 @@ TEST_F(TShellItems, EveryWayToAnItem) {
   EXPECT_EQ(Name(item.As<IShellItem2>(), SIGDN_DESKTOPABSOLUTEPARSING), expected);
   ASSERT_EQ(Api().SHCreateShellItem(nullptr, folder.Get(), child, item.Put()), S_OK);
   EXPECT_EQ(Name(item.As<IShellItem2>(), SIGDN_DESKTOPABSOLUTEPARSING), expected);
-  ASSERT_EQ(Api().SHCreateItemWithParent(parent.Get(), folder.Get(), child, IID_IShellItem, item.PutVoid()), S_OK);
+  ASSERT_EQ(Api().SHCreateItemWithParent(parent.Get(), folder.Get(), child, IID_IShellItem,
+                                         item.PutVoid()),
+            S_OK);
   EXPECT_EQ(Name(item.As<IShellItem2>(), SIGDN_DESKTOPABSOLUTEPARSING), expected);
-  ASSERT_EQ(Api().SHCreateItemFromRelativeName(Item(u"Memory").Get(), W(u"Inner\\deep"), nullptr, IID_IShellItem,
-                                               item.PutVoid()),
+  ASSERT_EQ(Api().SHCreateItemFromRelativeName(Item(u"Memory").Get(), W(u"Inner\\deep"), nullptr,
+                                               IID_IShellItem, item.PutVoid()),
             S_OK);
   EXPECT_EQ(Name(item.As<IShellItem2>(), SIGDN_DESKTOPABSOLUTEPARSING), expected);
   EXPECT_EQ(Api().SHCreateShellItem(nullptr, nullptr, nullptr, item.Put()), E_INVALIDARG);
@@ -135,7 +143,9 @@ TEST_F(TShellItems, EveryWayToAnItem) {
   ASSERT_EQ(Api().SHBindToParent(pidl.Get(), IID_IShellFolder, bound.PutVoid(), &last), S_OK);
   EXPECT_EQ(last, child);
   EXPECT_EQ(Show(Name(bound.Get(), last, SHGDN_INFOLDER)), "deep");
-  EXPECT_EQ(Api().SHBindToParent(Parse(u"shell:Desktop").Get(), IID_IShellFolder, bound.PutVoid(), &last), E_INVALIDARG);
+  EXPECT_EQ(
+      Api().SHBindToParent(Parse(u"shell:Desktop").Get(), IID_IShellFolder, bound.PutVoid(), &last),
+      E_INVALIDARG);
 }
 
 TEST_F(TShellItems, ParentsEndAtTheDesktop) {
@@ -155,18 +165,23 @@ TEST_F(TShellItems, Handlers) {
   EXPECT_EQ(inner->BindToHandler(nullptr, BHID_SFObject, IID_IShellFolder, object.PutVoid()), S_OK);
   EXPECT_EQ(inner->BindToHandler(nullptr, BHID_Storage, IID_IStorage, object.PutVoid()), S_OK);
   EXPECT_EQ(inner->BindToHandler(nullptr, BHID_SFUIObject, IID_IQueryInfo, object.PutVoid()), S_OK);
-  EXPECT_EQ(inner->BindToHandler(nullptr, BHID_PropertyStore, IID_IPropertyStore, object.PutVoid()), S_OK);
+  EXPECT_EQ(inner->BindToHandler(nullptr, BHID_PropertyStore, IID_IPropertyStore, object.PutVoid()),
+            S_OK);
   Ref<IEnumShellItems> items;
-  ASSERT_EQ(inner->BindToHandler(nullptr, BHID_EnumItems, IID_IEnumShellItems, items.PutVoid()), S_OK);
+  ASSERT_EQ(inner->BindToHandler(nullptr, BHID_EnumItems, IID_IEnumShellItems, items.PutVoid()),
+            S_OK);
   Ref<IShellItem> first;
   ASSERT_EQ(items->Next(1, first.Put(), nullptr), S_OK);
-  EXPECT_EQ(Show(Name(first.As<IShellItem2>(), SIGDN_DESKTOPABSOLUTEPARSING)), "Memory\\Inner\\deep");
+  EXPECT_EQ(Show(Name(first.As<IShellItem2>(), SIGDN_DESKTOPABSOLUTEPARSING)),
+            "Memory\\Inner\\deep");
   EXPECT_EQ(items->Next(1, first.Put(), nullptr), S_FALSE);
-  for (const GUID* handler : {&BHID_SFObject, &BHID_EnumItems, &BHID_Stream, &BHID_LinkTargetItem}) {
+  for (const GUID* handler :
+       {&BHID_SFObject, &BHID_EnumItems, &BHID_Stream, &BHID_LinkTargetItem}) {
     EXPECT_TRUE(FAILED(deep->BindToHandler(nullptr, *handler, IID_IShellFolder, object.PutVoid())));
     EXPECT_FALSE(object);
   }
-  EXPECT_EQ(inner->BindToHandler(nullptr, GUID_NULL, IID_IShellFolder, object.PutVoid()), E_NOINTERFACE);
+  EXPECT_EQ(inner->BindToHandler(nullptr, GUID_NULL, IID_IShellFolder, object.PutVoid()),
+            E_NOINTERFACE);
   EXPECT_EQ(inner->BindToHandler(nullptr, BHID_SFObject, IID_IShellFolder, nullptr), E_POINTER);
 }
 
@@ -203,9 +218,13 @@ TEST_F(TShellItems, PropertyStores) {
   const Ref<IShellItem2> item = Item(u"Memory\\A2");
   const auto comment = TPropVariant::From(u"blue");
   Ref<IPropertyStore> store;
-  ASSERT_EQ(item->GetPropertyStoreForKeys(&PKEY_Comment, 1, GPS_DEFAULT, IID_IPropertyStore, store.PutVoid()), S_OK);
+  ASSERT_EQ(item->GetPropertyStoreForKeys(&PKEY_Comment, 1, GPS_DEFAULT, IID_IPropertyStore,
+                                          store.PutVoid()),
+            S_OK);
   EXPECT_EQ(store->SetValue(PKEY_Comment, comment), STG_E_ACCESSDENIED);
-  ASSERT_EQ(item->GetPropertyStoreForKeys(&PKEY_Comment, 1, GPS_READWRITE, IID_IPropertyStore, store.PutVoid()), S_OK);
+  ASSERT_EQ(item->GetPropertyStoreForKeys(&PKEY_Comment, 1, GPS_READWRITE, IID_IPropertyStore,
+                                          store.PutVoid()),
+            S_OK);
   DWORD count = 0;
   ASSERT_EQ(store->GetCount(&count), S_OK);
   EXPECT_EQ(count, 1u);
@@ -251,7 +270,8 @@ TEST_F(TShellItems, Arrays) {
   ULONG fetched = 0;
   EXPECT_EQ(items->Next(4, found, &fetched), S_FALSE);
   ASSERT_EQ(fetched, 3u);
-  EXPECT_EQ(Show(Name(Ref<IShellItem>::Share(found[2]).As<IShellItem2>(), SIGDN_FILESYSPATH)), "C:\\Dir");
+  EXPECT_EQ(Show(Name(Ref<IShellItem>::Share(found[2]).As<IShellItem2>(), SIGDN_FILESYSPATH)),
+            "C:\\Dir");
   for (ULONG i = 0; i < fetched; ++i) found[i]->Release();
   Ref<IShellItem> outside;
   EXPECT_TRUE(FAILED(array->GetItemAt(3, outside.Put())));
@@ -264,7 +284,8 @@ TEST_F(TShellItems, Arrays) {
   EXPECT_EQ(Api().SHCreateShellItemArrayFromIDLists(2, spoiled, array.Put()), E_INVALIDARG);
 
   // Without children: all that the folder shows.
-  ASSERT_EQ(Api().SHCreateShellItemArray(Parse(u"Memory").Get(), nullptr, 0, nullptr, array.Put()), S_OK);
+  ASSERT_EQ(Api().SHCreateShellItemArray(Parse(u"Memory").Get(), nullptr, 0, nullptr, array.Put()),
+            S_OK);
   ASSERT_EQ(array->GetCount(&count), S_OK);
   EXPECT_EQ(count, 4u);
 }
@@ -278,13 +299,18 @@ TEST_F(TShellItems, FileInfo) {
   EXPECT_EQ(info.iIcon, 8);
   EXPECT_TRUE(info.dwAttributes & SFGAO_FILESYSTEM);
   const TPidl desktop = Parse(u"shell:Desktop");
-  ASSERT_NE(Api().SHGetFileInfoW(reinterpret_cast<LPCWSTR>(desktop.Get()), 0, &info, sizeof info, all | SHGFI_PIDL), 0u);
+  ASSERT_NE(Api().SHGetFileInfoW(reinterpret_cast<LPCWSTR>(desktop.Get()), 0, &info, sizeof info,
+                                 all | SHGFI_PIDL),
+            0u);
   EXPECT_EQ(Show(FromW(info.szDisplayName)), "Desktop");
   EXPECT_EQ(info.iIcon, 34);
   EXPECT_EQ(Api().SHGetFileInfoW(W(u"C:\\none"), 0, &info, sizeof info, all), 0u);
-  ASSERT_NE(Api().SHGetFileInfoW(W(u"x.txt"), 0, &info, sizeof info, all | SHGFI_USEFILEATTRIBUTES), 0u);
+  ASSERT_NE(Api().SHGetFileInfoW(W(u"x.txt"), 0, &info, sizeof info, all | SHGFI_USEFILEATTRIBUTES),
+            0u);
   info.dwAttributes = SFGAO_FOLDER;
-  ASSERT_NE(Api().SHGetFileInfoW(W(u"C:\\Dir"), 0, &info, sizeof info, SHGFI_ATTRIBUTES | SHGFI_ATTR_SPECIFIED), 0u);
+  ASSERT_NE(Api().SHGetFileInfoW(W(u"C:\\Dir"), 0, &info, sizeof info,
+                                 SHGFI_ATTRIBUTES | SHGFI_ATTR_SPECIFIED),
+            0u);
   EXPECT_EQ(info.dwAttributes, SFGAO_FOLDER);
   EXPECT_EQ(Api().SHGetFileInfoW(W(u"C:\\"), 0, &info, 8, all), 0u);
 }
@@ -293,15 +319,21 @@ TEST_F(TShellItems, DataOfLists) {
   const TPidl share = Parse(u"\\\\server\\share"), file = Parse(u"C:\\Dir\\file.txt");
   BYTE buffer[512];
   Ref<IShellFolder> desktop = Desktop();
-  ASSERT_EQ(Api().SHGetDataFromIDListW(desktop.Get(), share.Get(), SHGDFIL_NETRESOURCE, buffer, sizeof buffer), S_OK);
-  EXPECT_EQ(Show(FromW(reinterpret_cast<NETRESOURCEW*>(buffer)->lpRemoteName)), "\\\\server\\share");
-  EXPECT_TRUE(FAILED(Api().SHGetDataFromIDListW(desktop.Get(), share.Get(), SHGDFIL_NETRESOURCE, buffer,
-                                                sizeof(NETRESOURCEW) + 4)));
+  ASSERT_EQ(Api().SHGetDataFromIDListW(desktop.Get(), share.Get(), SHGDFIL_NETRESOURCE, buffer,
+                                       sizeof buffer),
+            S_OK);
+  EXPECT_EQ(Show(FromW(reinterpret_cast<NETRESOURCEW*>(buffer)->lpRemoteName)),
+            "\\\\server\\share");
+  EXPECT_TRUE(FAILED(Api().SHGetDataFromIDListW(desktop.Get(), share.Get(), SHGDFIL_NETRESOURCE,
+                                                buffer, sizeof(NETRESOURCEW) + 4)));
   WIN32_FIND_DATAW data{};
-  ASSERT_EQ(Api().SHGetDataFromIDListW(desktop.Get(), file.Get(), SHGDFIL_FINDDATA, &data, sizeof data), S_OK);
+  ASSERT_EQ(
+      Api().SHGetDataFromIDListW(desktop.Get(), file.Get(), SHGDFIL_FINDDATA, &data, sizeof data),
+      S_OK);
   EXPECT_EQ(Show(FromW(data.cFileName)), "file.txt");
   EXPECT_EQ(data.nFileSizeLow, 5u);
-  EXPECT_EQ(Api().SHGetDataFromIDListW(desktop.Get(), Parse(u"Network").Get(), SHGDFIL_FINDDATA, &data, sizeof data),
+  EXPECT_EQ(Api().SHGetDataFromIDListW(desktop.Get(), Parse(u"Network").Get(), SHGDFIL_FINDDATA,
+                                       &data, sizeof data),
             E_INVALIDARG);
 }
 

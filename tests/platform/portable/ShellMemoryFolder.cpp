@@ -29,7 +29,8 @@ class TMemoryCursor : public TInterfacedObject<IFolderCursor> {
     const std::lock_guard lock(fTree->Lock);
     for (; fNext < fChildren->size(); ++fNext) {
       const TMemoryObject& object = (*fChildren)[fNext];
-      if (!PassesEnumeration(fFlags, object.Attributes | (object.Children ? SFGAO_FOLDER : 0))) continue;
+      if (!PassesEnumeration(fFlags, object.Attributes | (object.Children ? SFGAO_FOLDER : 0)))
+        continue;
       if (FAILED(fTree->Failure) && fTree->Listed > 0) return fTree->Failure;
       ++fNext;
       ++fTree->Listed;
@@ -151,8 +152,9 @@ class TMemoryFolder : public TFolderSource {
 
  private:
   TMemoryObject* Find(TStringView name) {
-    const auto hit = std::find_if(fChildren->begin(), fChildren->end(),
-                                  [&](const TMemoryObject& object) { return SameText(object.Name, name); });
+    const auto hit =
+        std::find_if(fChildren->begin(), fChildren->end(),
+                     [&](const TMemoryObject& object) { return SameText(object.Name, name); });
     return hit == fChildren->end() ? nullptr : &*hit;
   }
   TMemoryObject* Find(PCUITEMID_CHILD element) {
@@ -171,11 +173,17 @@ TMemoryObject MemoryFile(TStringView name, std::uint64_t size, DWORD attributes)
   return {TString(name), attributes, size, {}, nullptr};
 }
 
-TMemoryObject MemoryFolder(TStringView name, std::vector<TMemoryObject> children, DWORD attributes) {
-  return {TString(name), attributes, 0, {}, std::make_shared<std::vector<TMemoryObject>>(std::move(children))};
+TMemoryObject MemoryFolder(TStringView name, std::vector<TMemoryObject> children,
+                           DWORD attributes) {
+  return {TString(name),
+          attributes,
+          0,
+          {},
+          std::make_shared<std::vector<TMemoryObject>>(std::move(children))};
 }
 
-Ref<IFolderSource> MakeMemoryFolder(std::shared_ptr<TMemoryTree> tree, const TMemoryObject& folder) {
+Ref<IFolderSource> MakeMemoryFolder(std::shared_ptr<TMemoryTree> tree,
+                                    const TMemoryObject& folder) {
   return MakeRef<TMemoryFolder>(std::move(tree), folder.Children);
 }
 

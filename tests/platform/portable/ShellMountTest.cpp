@@ -17,8 +17,9 @@ class TShellMount : public TShellTest {
     mount.Parent = parent;
     mount.Name = name;
     mount.Source = MakeMemoryFolder(
-        fTree, MemoryFolder(u"", {MemoryFolder(u"Inner", {MemoryFile(u"deep.txt", 7)}), MemoryFile(u"a10", 10),
-                                  MemoryFile(u"a2", 20), MemoryFile(u"ghost", 0, SFGAO_HIDDEN),
+        fTree, MemoryFolder(u"", {MemoryFolder(u"Inner", {MemoryFile(u"deep.txt", 7)}),
+                                  MemoryFile(u"a10", 10), MemoryFile(u"a2", 20),
+                                  MemoryFile(u"ghost", 0, SFGAO_HIDDEN),
                                   MemoryFile(u"boot", 0, SFGAO_HIDDEN | SFGAO_SYSTEM),
                                   MemoryFile(u"link", 0, SFGAO_LINK), MemoryFolder(u"Empty")}));
     return mount;
@@ -26,7 +27,10 @@ class TShellMount : public TShellTest {
   TPidl Child(IShellFolder* folder, TStringView name) {
     TString text(name);
     TPidl child;
-    EXPECT_EQ(folder->ParseDisplayName(nullptr, nullptr, WBuffer(text), nullptr, child.Put(), nullptr), S_OK) << Show(name);
+    EXPECT_EQ(
+        folder->ParseDisplayName(nullptr, nullptr, WBuffer(text), nullptr, child.Put(), nullptr),
+        S_OK)
+        << Show(name);
     return child;
   }
 
@@ -49,7 +53,8 @@ TEST_F(TShellMount, EnumerationFollowsTheFlags) {
       {0, u""},
   };
   for (const auto& test : cases)
-    EXPECT_EQ(Show(Join(List(u"Memory", test.Flags), u" ")), Show(test.Names)) << std::hex << test.Flags;
+    EXPECT_EQ(Show(Join(List(u"Memory", test.Flags), u" ")), Show(test.Names))
+        << std::hex << test.Flags;
 }
 
 TEST_F(TShellMount, EnumeratorsGoOnDemand) {
@@ -97,9 +102,10 @@ TEST_F(TShellMount, NamesPathsAndAttributesAreComposed) {
   mount.FileSystemPath = u"X:\\";
   mount.Attributes |= SFGAO_FILESYSTEM;
   mount.Source = MakeMemoryFolder(
-      fTree, MemoryFolder(u"", {MemoryFolder(u"Inner", {MemoryFile(u"deep.txt", 7, SFGAO_FILESYSTEM)},
-                                             SFGAO_FILESYSTEM),
-                                MemoryFile(u"virtual")}));
+      fTree,
+      MemoryFolder(u"", {MemoryFolder(u"Inner", {MemoryFile(u"deep.txt", 7, SFGAO_FILESYSTEM)},
+                                      SFGAO_FILESYSTEM),
+                         MemoryFile(u"virtual")}));
   const TScopedMount drive(std::move(mount));
   const TScopedMount folder(Mount(u"C:\\Dir", u"Archive"));
 
@@ -109,8 +115,9 @@ TEST_F(TShellMount, NamesPathsAndAttributesAreComposed) {
   EXPECT_EQ(Show(Name(u"X:\\", SIGDN_NORMALDISPLAY)), "Volume");
   EXPECT_EQ(Show(Name(u"C:\\Dir\\Archive\\Inner\\deep.txt", SIGDN_DESKTOPABSOLUTEPARSING)),
             "C:\\Dir\\Archive\\Inner\\deep.txt");
-  EXPECT_EQ(Attributes(u"X:\\Inner", SFGAO_FOLDER | SFGAO_HASSUBFOLDER | SFGAO_STREAM | SFGAO_FILESYSTEM),
-            SFGAO_FOLDER | SFGAO_HASSUBFOLDER | SFGAO_FILESYSTEM);
+  EXPECT_EQ(
+      Attributes(u"X:\\Inner", SFGAO_FOLDER | SFGAO_HASSUBFOLDER | SFGAO_STREAM | SFGAO_FILESYSTEM),
+      SFGAO_FOLDER | SFGAO_HASSUBFOLDER | SFGAO_FILESYSTEM);
   // Mounts come before the objects of the folder itself.
   EXPECT_EQ(Show(List(u"C:\\Dir", AllObjects).front()), "Archive");
   EXPECT_EQ(Show(List(u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}", AllObjects).front()), "Volume");
@@ -165,7 +172,8 @@ TEST_F(TShellMount, StorageCreatesRenamesAndDestroys) {
   Ref<IStorage> made;
   ASSERT_EQ(storage->CreateStorage(W(u"New"), STGM_FAILIFTHERE, 0, 0, made.Put()), S_OK);
   EXPECT_EQ(Show(Join(List(u"Memory\\New", AllObjects), u" ")), "");
-  EXPECT_EQ(storage->CreateStorage(W(u"new"), STGM_FAILIFTHERE, 0, 0, made.Put()), STG_E_FILEALREADYEXISTS);
+  EXPECT_EQ(storage->CreateStorage(W(u"new"), STGM_FAILIFTHERE, 0, 0, made.Put()),
+            STG_E_FILEALREADYEXISTS);
   EXPECT_FALSE(made);
   EXPECT_EQ(storage->CreateStorage(W(u"a\\b"), 0, 0, 0, made.Put()), STG_E_INVALIDNAME);
   EXPECT_EQ(storage->CreateStorage(W(u""), 0, 0, 0, made.Put()), STG_E_INVALIDNAME);
@@ -174,7 +182,8 @@ TEST_F(TShellMount, StorageCreatesRenamesAndDestroys) {
   EXPECT_EQ(storage->RenameElement(W(u"a2"), W(u"A2")), S_OK);
   EXPECT_EQ(storage->DestroyElement(W(u"a10")), S_OK);
   EXPECT_EQ(storage->DestroyElement(W(u"a10")), STG_E_FILENOTFOUND);
-  EXPECT_EQ(Show(Join(List(u"Memory", SHCONTF_FOLDERS | SHCONTF_NONFOLDERS), u" ")), "Inner A2 link Empty New");
+  EXPECT_EQ(Show(Join(List(u"Memory", SHCONTF_FOLDERS | SHCONTF_NONFOLDERS), u" ")),
+            "Inner A2 link Empty New");
   STATSTG stat{};
   ASSERT_EQ(storage->Stat(&stat, STATFLAG_DEFAULT), S_OK);
   EXPECT_EQ(Show(FromW(stat.pwcsName)), "Memory");
@@ -196,12 +205,17 @@ TEST_F(TShellMount, SetNameOf) {
   const TScopedMount scope(Mount());
   const Ref<IShellFolder2> folder = Folder(u"Memory");
   TPidl renamed;
-  ASSERT_EQ(folder->SetNameOf(nullptr, Child(folder.Get(), u"a2").Get(), W(u"b"), SHGDN_INFOLDER, renamed.Put()), S_OK);
+  ASSERT_EQ(folder->SetNameOf(nullptr, Child(folder.Get(), u"a2").Get(), W(u"b"), SHGDN_INFOLDER,
+                              renamed.Put()),
+            S_OK);
   EXPECT_EQ(Show(Name(folder.Get(), renamed.Get(), SHGDN_INFOLDER)), "b");
-  EXPECT_EQ(folder->SetNameOf(nullptr, renamed.Get(), W(u""), SHGDN_INFOLDER, nullptr), E_INVALIDARG);
-  EXPECT_EQ(folder->SetNameOf(nullptr, renamed.Get(), W(u"link"), SHGDN_INFOLDER, nullptr), STG_E_FILEALREADYEXISTS);
+  EXPECT_EQ(folder->SetNameOf(nullptr, renamed.Get(), W(u""), SHGDN_INFOLDER, nullptr),
+            E_INVALIDARG);
+  EXPECT_EQ(folder->SetNameOf(nullptr, renamed.Get(), W(u"link"), SHGDN_INFOLDER, nullptr),
+            STG_E_FILEALREADYEXISTS);
   // Mounts are renamed by nobody.
-  EXPECT_TRUE(FAILED(Desktop()->SetNameOf(nullptr, Parse(u"Memory").Get(), W(u"x"), SHGDN_INFOLDER, nullptr)));
+  EXPECT_TRUE(FAILED(
+      Desktop()->SetNameOf(nullptr, Parse(u"Memory").Get(), W(u"x"), SHGDN_INFOLDER, nullptr)));
 }
 
 TEST_F(TShellMount, ColumnsAndDetails) {
@@ -221,7 +235,8 @@ TEST_F(TShellMount, ColumnsAndDetails) {
   TVariant value;
   ASSERT_EQ(folder->GetDetailsEx(Child(folder.Get(), u"a2").Get(), &PKEY_Size, value.Put()), S_OK);
   EXPECT_EQ(value.Get().ullVal, 20u);
-  ASSERT_EQ(folder->GetDetailsEx(Child(folder.Get(), u"a2").Get(), &PKEY_Author, value.Put()), S_OK);
+  ASSERT_EQ(folder->GetDetailsEx(Child(folder.Get(), u"a2").Get(), &PKEY_Author, value.Put()),
+            S_OK);
   EXPECT_TRUE(value.IsEmpty());
 }
 
@@ -234,7 +249,8 @@ TEST_F(TShellMount, TipsOverlaysAndHandlers) {
   const PCUITEMID_CHILD child = pidl.Get();
   Ref<IQueryInfo> tip;
   TTaskMemory<WCHAR> text;
-  ASSERT_EQ(Desktop()->GetUIObjectOf(nullptr, 1, &child, IID_IQueryInfo, nullptr, tip.PutVoid()), S_OK);
+  ASSERT_EQ(Desktop()->GetUIObjectOf(nullptr, 1, &child, IID_IQueryInfo, nullptr, tip.PutVoid()),
+            S_OK);
   ASSERT_EQ(tip->GetInfoTip(8, text.Put()), S_OK);
   EXPECT_EQ(Show(FromW(text.Get())), "In memory only");
   int index = 0;
@@ -246,8 +262,10 @@ TEST_F(TShellMount, TipsOverlaysAndHandlers) {
   const TPidl a = Child(folder.Get(), u"a2"), b = Child(folder.Get(), u"link");
   const PCUITEMID_CHILD both[] = {a.Get(), b.Get()};
   Ref<IContextMenu> menu;
-  EXPECT_EQ(folder->GetUIObjectOf(nullptr, 2, both, IID_IContextMenu, nullptr, menu.PutVoid()), E_NOINTERFACE);
-  EXPECT_EQ(folder->GetUIObjectOf(nullptr, 0, nullptr, IID_IContextMenu, nullptr, menu.PutVoid()), E_INVALIDARG);
+  EXPECT_EQ(folder->GetUIObjectOf(nullptr, 2, both, IID_IContextMenu, nullptr, menu.PutVoid()),
+            E_NOINTERFACE);
+  EXPECT_EQ(folder->GetUIObjectOf(nullptr, 0, nullptr, IID_IContextMenu, nullptr, menu.PutVoid()),
+            E_INVALIDARG);
   ASSERT_EQ(fTree->Asked.size(), 1u);
   EXPECT_TRUE(fTree->Asked[0] == IID_IContextMenu);
   const Ref<IShellIconOverlay> overlay = folder.As<IShellIconOverlay>();

@@ -23,38 +23,42 @@ TEST_F(TShellNames, FormsOfItems) {
     TString Place;
     TString Names[8];  // in the order of kForms
   } cases[] = {
-      {u"C:\\", {u"System (C:)", u"System (C:)", u"System", u"C:\\", u"C:\\", u"C:\\", u"C:\\", u"file:///C:/"}},
+      {u"C:\\",
+       {u"System (C:)", u"System (C:)", u"System", u"C:\\", u"C:\\", u"C:\\", u"C:\\",
+        u"file:///C:/"}},
       {u"E:\\",
-       {u"Removable Disk (E:)", u"Removable Disk (E:)", u"Removable Disk", u"E:\\", u"E:\\", u"E:\\", u"E:\\",
-        u"file:///E:/"}},
+       {u"Removable Disk (E:)", u"Removable Disk (E:)", u"Removable Disk", u"E:\\", u"E:\\",
+        u"E:\\", u"E:\\", u"file:///E:/"}},
       {u"N:\\",
-       {u"share (\\\\server) (N:)", u"share (\\\\server) (N:)", u"share (\\\\server)", u"N:\\", u"N:\\", u"N:\\",
-        u"N:\\", u"file:///N:/"}},
+       {u"share (\\\\server) (N:)", u"share (\\\\server) (N:)", u"share (\\\\server)", u"N:\\",
+        u"N:\\", u"N:\\", u"N:\\", u"file:///N:/"}},
       {u"C:\\Dir\\Sub",
-       {u"Sub", u"Sub", u"Sub", u"Sub", u"C:\\Dir\\Sub", u"C:\\Dir\\Sub", u"C:\\Dir\\Sub", u"file:///C:/Dir/Sub"}},
+       {u"Sub", u"Sub", u"Sub", u"Sub", u"C:\\Dir\\Sub", u"C:\\Dir\\Sub", u"C:\\Dir\\Sub",
+        u"file:///C:/Dir/Sub"}},
       {u"\\\\server",
        {u"server", u"server", u"server", u"\\\\server", u"\\\\server", u"\\\\server", none, none}},
       {u"\\\\server\\share",
-       {u"share (\\\\server)", u"share", u"share", u"\\\\server\\share", u"\\\\server\\share", u"\\\\server\\share",
-        u"\\\\server\\share", u"file://server/share"}},
+       {u"share (\\\\server)", u"share", u"share", u"\\\\server\\share", u"\\\\server\\share",
+        u"\\\\server\\share", u"\\\\server\\share", u"file://server/share"}},
       {u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}",
        {u"This PC", u"This PC", u"This PC", u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}",
         u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}", u"This PC", none, none}},
       {u"::{59031A47-3F72-44A7-89C5-5595FE6B30EE}",
-       {u"Me", u"Me", u"Me", u"::{59031A47-3F72-44A7-89C5-5595FE6B30EE}", u"C:\\home\\me", u"C:\\home\\me",
-        u"C:\\home\\me", u"file:///C:/home/me"}},
+       {u"Me", u"Me", u"Me", u"::{59031A47-3F72-44A7-89C5-5595FE6B30EE}", u"C:\\home\\me",
+        u"C:\\home\\me", u"C:\\home\\me", u"file:///C:/home/me"}},
       {u"::{26EE0668-A00A-44D7-9371-BEB064C98683}\\Hardware and Sound\\Mouse",
        {u"Mouse", u"Mouse", u"Mouse", u"::{6C8EEC18-8D75-41B2-A177-8831D59D2D50}",
         u"::{26EE0668-A00A-44D7-9371-BEB064C98683}\\2\\::{6C8EEC18-8D75-41B2-A177-8831D59D2D50}",
         u"Control Panel\\Hardware and Sound\\Mouse", none, none}},
       {u"shell:Desktop",
-       {u"Desktop", u"Desktop", u"Desktop", u"C:\\home\\me\\Desktop", u"C:\\home\\me\\Desktop", u"Desktop",
-        u"C:\\home\\me\\Desktop", u"file:///C:/home/me/Desktop"}},
+       {u"Desktop", u"Desktop", u"Desktop", u"C:\\home\\me\\Desktop", u"C:\\home\\me\\Desktop",
+        u"Desktop", u"C:\\home\\me\\Desktop", u"file:///C:/home/me/Desktop"}},
   };
   for (const auto& test : cases) {
     const Ref<IShellItem2> item = Item(test.Place);
     for (std::size_t form = 0; form < std::size(kForms); ++form)
-      EXPECT_EQ(Show(Name(item, kForms[form])), Show(test.Names[form])) << Show(test.Place) << " form " << form;
+      EXPECT_EQ(Show(Name(item, kForms[form])), Show(test.Names[form]))
+          << Show(test.Place) << " form " << form;
     EXPECT_EQ(Name(item, static_cast<SIGDN>(0x12345)), none);
   }
 }
@@ -69,7 +73,8 @@ TEST_F(TShellNames, FormsOfFolders) {
     const char16_t* Name;
   } cases[] = {
       {computer.Get(), SHGDN_NORMAL, u"This PC"},
-      {computer.Get(), SHGDN_INFOLDER | SHGDN_FORPARSING, u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}"},
+      {computer.Get(), SHGDN_INFOLDER | SHGDN_FORPARSING,
+       u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}"},
       {computer.Get(), SHGDN_FORPARSING | SHGDN_FORADDRESSBAR, u"This PC"},
       // A list of several elements is asked of the folder that it leads to.
       {drive.Get(), SHGDN_INFOLDER, u"System (C:)"},
@@ -106,7 +111,8 @@ TEST_F(TShellNames, TextsThatLeadToAPlace) {
       {u"file://server/share/inner", u"\\\\server\\share\\inner"},
       {u"file:C:\\Dir", u"C:\\Dir"},
       {u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}\\C:\\Dir", u"C:\\Dir"},
-      {u"shell:::{20d04fe0-3aea-1069-a2d8-08002b30309d}", u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}"},
+      {u"shell:::{20d04fe0-3aea-1069-a2d8-08002b30309d}",
+       u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}"},
       {u"SHELL:MyComputerFolder", u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}"},
       {u"shell:Personal", u"C:\\home\\me\\Documents"},
       {u"shell:Profile\\Documents", u"C:\\home\\me\\Documents"},
@@ -121,7 +127,8 @@ TEST_F(TShellNames, TextsThatLeadToAPlace) {
     HRESULT result = S_OK;
     (void)Parse(test.Text, &result);
     ASSERT_EQ(result, S_OK) << Show(test.Text);
-    EXPECT_EQ(Show(Name(test.Text, SIGDN_DESKTOPABSOLUTEPARSING)), Show(test.Place)) << Show(test.Text);
+    EXPECT_EQ(Show(Name(test.Text, SIGDN_DESKTOPABSOLUTEPARSING)), Show(test.Place))
+        << Show(test.Text);
   }
 }
 
@@ -132,7 +139,9 @@ TEST_F(TShellNames, VolumeNamesLeadToTheDrive) {
   TString text = TString(volume.c_str()) + u"Dir";
   EXPECT_EQ(Show(Name(text, SIGDN_DESKTOPABSOLUTEPARSING)), "C:\\Dir");
   TPidl relative;
-  ASSERT_EQ(computer->ParseDisplayName(nullptr, nullptr, WBuffer(text), nullptr, relative.Put(), nullptr), S_OK);
+  ASSERT_EQ(
+      computer->ParseDisplayName(nullptr, nullptr, WBuffer(text), nullptr, relative.Put(), nullptr),
+      S_OK);
   EXPECT_EQ(PidlDepth(relative.Get()), 2);
   HRESULT result = S_OK;
   (void)Parse(u"\\\\?\\Volume{00000000-0000-0000-0000-0000000000FF}\\", &result);
@@ -140,16 +149,38 @@ TEST_F(TShellNames, VolumeNamesLeadToTheDrive) {
 }
 
 TEST_F(TShellNames, TextsThatLeadNowhere) {
-  for (const char16_t* text :
-       {u"C:\\none", u"C:Dir", u"C:\\Dir\\..", u"C:\\.\\Dir", u"C:/Dir", u"Q:\\", u"\\Dir", u"\\\\", u"\\\\\\x", u"\\\\.\\C:",
-        u"\\\\?\\", u"\\\\?\\Dir", u"\\\\nobody\\share", u"\\\\server\\other", u"::{", u"::{}",
-        u"::{11111111-1111-1111-1111-111111111111}", u"shell:", u"shell:NoSuchFolder", u"shell:::",
-        u"file:", u"file:///", u"file:///%", u"http://example/", u"no such object", u"This PC\\C:\\Dir\\file.txt\\x",
-        u"::{26EE0668-A00A-44D7-9371-BEB064C98683}\\Mouse"}) {
+  for (const char16_t* text : {u"C:\\none",
+                               u"C:Dir",
+                               u"C:\\Dir\\..",
+                               u"C:\\.\\Dir",
+                               u"C:/Dir",
+                               u"Q:\\",
+                               u"\\Dir",
+                               u"\\\\",
+                               u"\\\\\\x",
+                               u"\\\\.\\C:",
+                               u"\\\\?\\",
+                               u"\\\\?\\Dir",
+                               u"\\\\nobody\\share",
+                               u"\\\\server\\other",
+                               u"::{",
+                               u"::{}",
+                               u"::{11111111-1111-1111-1111-111111111111}",
+                               u"shell:",
+                               u"shell:NoSuchFolder",
+                               u"shell:::",
+                               u"file:",
+                               u"file:///",
+                               u"file:///%",
+                               u"http://example/",
+                               u"no such object",
+                               u"This PC\\C:\\Dir\\file.txt\\x",
+                               u"::{26EE0668-A00A-44D7-9371-BEB064C98683}\\Mouse"}) {
     HRESULT result = S_OK;
     const TPidl pidl = Parse(text, &result);
     EXPECT_FALSE(pidl) << Show(text);
-    EXPECT_TRUE(result == E_INVALIDARG || HRESULT_FACILITY(result) == FACILITY_WIN32 || result == E_NOTIMPL)
+    EXPECT_TRUE(result == E_INVALIDARG || HRESULT_FACILITY(result) == FACILITY_WIN32 ||
+                result == E_NOTIMPL)
         << Show(text) << std::hex << result;
   }
 }
@@ -159,12 +190,15 @@ TEST_F(TShellNames, ParsingInAFolderIsRelative) {
   TString text = u"Dir\\file.txt";
   ULONG eaten = 99, attributes = SFGAO_FOLDER | SFGAO_FILESYSTEM;
   TPidl child;
-  ASSERT_EQ(drive->ParseDisplayName(nullptr, nullptr, WBuffer(text), &eaten, child.Put(), &attributes), S_OK);
+  ASSERT_EQ(
+      drive->ParseDisplayName(nullptr, nullptr, WBuffer(text), &eaten, child.Put(), &attributes),
+      S_OK);
   EXPECT_EQ(eaten, text.size());
   EXPECT_EQ(attributes, SFGAO_FILESYSTEM);
   EXPECT_EQ(PidlDepth(child.Get()), 2);
   text = u"C:\\Dir";
-  EXPECT_TRUE(FAILED(drive->ParseDisplayName(nullptr, nullptr, WBuffer(text), nullptr, child.Put(), nullptr)));
+  EXPECT_TRUE(FAILED(
+      drive->ParseDisplayName(nullptr, nullptr, WBuffer(text), nullptr, child.Put(), nullptr)));
   EXPECT_FALSE(child);
 }
 
@@ -181,19 +215,75 @@ TEST_F(TShellNames, KnownFolders) {
   EXPECT_FALSE(pidl);
 
   TTaskMemory<WCHAR> path;
-  EXPECT_TRUE(FAILED(Api().SHGetKnownFolderPath(FOLDERID_Music, KF_FLAG_DEFAULT, nullptr, path.Put())));
-  ASSERT_EQ(Api().SHGetKnownFolderPath(FOLDERID_Music, KF_FLAG_DONT_VERIFY, nullptr, path.Put()), S_OK);
+  EXPECT_TRUE(
+      FAILED(Api().SHGetKnownFolderPath(FOLDERID_Music, KF_FLAG_DEFAULT, nullptr, path.Put())));
+  ASSERT_EQ(Api().SHGetKnownFolderPath(FOLDERID_Music, KF_FLAG_DONT_VERIFY, nullptr, path.Put()),
+            S_OK);
   EXPECT_FALSE(std::filesystem::exists(fRoot / "c/home/me/Music"));
-  ASSERT_EQ(Api().SHGetKnownFolderIDList(FOLDERID_Music, KF_FLAG_CREATE, nullptr, pidl.Put()), S_OK);
+  ASSERT_EQ(Api().SHGetKnownFolderIDList(FOLDERID_Music, KF_FLAG_CREATE, nullptr, pidl.Put()),
+            S_OK);
   EXPECT_TRUE(std::filesystem::exists(fRoot / "c/home/me/Music"));
   EXPECT_EQ(Api().SHGetKnownFolderPath(FOLDERID_ComputerFolder, 0, nullptr, path.Put()), E_FAIL);
 
   WCHAR buffer[MAX_PATH];
   EXPECT_TRUE(Api().SHGetPathFromIDListW(pidl.Get(), buffer));
   EXPECT_EQ(Show(FromW(buffer)), "C:\\home\\me\\Music");
-  EXPECT_FALSE(Api().SHGetPathFromIDListEx(pidl.Get(), buffer, 5, 0)) << "a path that does not fit is not cut";
+  EXPECT_FALSE(Api().SHGetPathFromIDListEx(pidl.Get(), buffer, 5, 0))
+      << "a path that does not fit is not cut";
   EXPECT_FALSE(Api().SHGetPathFromIDListW(Parse(u"This PC").Get(), buffer));
   EXPECT_EQ(buffer[0], 0);
+}
+
+class TBindData : public TInterfacedObject<IFileSystemBindData> {
+ public:
+  explicit TBindData(DWORD attributes) { fData.dwFileAttributes = attributes; }
+  HRESULT SetFindData(const WIN32_FIND_DATAW* data) override {
+    fData = *data;
+    return S_OK;
+  }
+  HRESULT GetFindData(WIN32_FIND_DATAW* data) override {
+    *data = fData;
+    return S_OK;
+  }
+
+ private:
+  WIN32_FIND_DATAW fData{};
+};
+
+TEST_F(TShellNames, BindDataStandsForTheObject) {
+  TString key = u"File System Bind Data", relative = u"gone\\more";
+  for (const DWORD kind : {DWORD{0x10}, DWORD{0x80}}) {  // directory, normal file
+    Ref<IBindCtx> context;
+    ASSERT_EQ(Api().CreateBindCtx(0, context.Put()), S_OK);
+    ASSERT_EQ(context->RegisterObjectParam(WBuffer(key), MakeRef<TBindData>(kind).Get()), S_OK);
+    const SFGAOF expected = kind == 0x10 ? SFGAO_FOLDER : SFGAO_STREAM;
+    for (const char16_t* text :
+         {u"C:\\gone\\more", u"\\\\nobody\\x\\gone\\more", u"file:///C:/gone/more"}) {
+      TPidl pidl;
+      SFGAOF attributes = 0;
+      ASSERT_EQ(Api().SHParseDisplayName(W(text), context.Get(), pidl.Put(),
+                                         SFGAO_FOLDER | SFGAO_STREAM, &attributes),
+                S_OK)
+          << Show(text);
+      EXPECT_EQ(attributes, expected) << Show(text);
+    }
+    TPidl child;
+    EXPECT_EQ(Folder(u"C:\\Dir")
+                  ->ParseDisplayName(nullptr, context.Get(), WBuffer(relative), nullptr,
+                                     child.Put(), nullptr),
+              S_OK);
+    EXPECT_EQ(PidlDepth(child.Get()), 2);
+  }
+}
+
+// Pinned are the folders that the user has; each leads to the real one.
+TEST_F(TShellNames, QuickAccess) {
+  const TString place = u"::{679F85CB-0220-4080-B29B-5540CC05AAB6}";
+  EXPECT_EQ(Show(Join(List(place, AllObjects), u" ")), "Desktop Downloads Documents");
+  EXPECT_EQ(Show(Name(place + u"\\Documents", SIGDN_DESKTOPABSOLUTEPARSING)),
+            "C:\\home\\me\\Documents");
+  MakeFile("home/me/Documents/letter.txt");
+  EXPECT_EQ(Show(Join(List(place + u"\\Documents", AllObjects), u" ")), "letter.txt");
 }
 
 // What is not there may still be named: with the data of a file at hand nothing is looked up.
@@ -201,8 +291,8 @@ TEST_F(TShellNames, SimpleLists) {
   const TPidl file = TPidl::Adopt(Api().SHSimpleIDListFromPath(W(u"C:\\gone\\file.txt")));
   const TPidl folder = TPidl::Adopt(Api().SHSimpleIDListFromPath(W(u"Q:\\gone\\")));
   ASSERT_TRUE(file && folder);
-  for (const auto& [pidl, name, isFolder] :
-       {std::tuple(file.Get(), u"C:\\gone\\file.txt", false), std::tuple(folder.Get(), u"Q:\\gone", true)}) {
+  for (const auto& [pidl, name, isFolder] : {std::tuple(file.Get(), u"C:\\gone\\file.txt", false),
+                                             std::tuple(folder.Get(), u"Q:\\gone", true)}) {
     Ref<IShellItem2> item;
     ASSERT_EQ(Api().SHCreateItemFromIDList(pidl, IID_IShellItem2, item.PutVoid()), S_OK);
     EXPECT_EQ(Show(Name(item, SIGDN_DESKTOPABSOLUTEPARSING)), Show(name));

@@ -123,6 +123,7 @@ TEST_F(SystemFiles, Attributes) {
   chmod(Native("locked").c_str(), 0444);
   MakeDirectory("dir");
   MakeDirectory(".git");
+  MapDrive(u'G', Native(".git"));
   symlink("plain", Native("link").c_str());
   symlink("dir", Native("dirlink").c_str());
   symlink("nowhere", Native("dangling").c_str());
@@ -141,6 +142,7 @@ TEST_F(SystemFiles, Attributes) {
       {u"T:\\dangling", FILE_ATTRIBUTE_REPARSE_POINT},
       {u"T:\\pipe", FILE_ATTRIBUTE_SYSTEM},
       {u"T:\\", FILE_ATTRIBUTE_DIRECTORY},
+      {u"G:\\", FILE_ATTRIBUTE_DIRECTORY},  // the root of a drive has no name to hide it
   };
   for (const auto& c : cases)
     EXPECT_EQ(Api().GetFileAttributesW(c.Path), c.Attributes) << Show(FromW(c.Path));
@@ -223,6 +225,31 @@ TEST_F(SystemFiles, MovesNeverReplaceUnasked) {
   EXPECT_EQ(Found(u"T:\\dir"), std::set<TString>{u"Dir"});
 }
 
+TEST_F(SystemFiles, MovesToAnotherDeviceAreCopies) {
+  char other[] = "/dev/shm/oak-system-XXXXXX";
+  struct stat here {
+  }, there{};
+  if (!mkdtemp(other) || stat(other, &there) != 0 || stat(Root().c_str(), &here) != 0 ||
+      here.st_dev == there.st_dev)
+    GTEST_SKIP() << "there is no second device";
+  MapDrive(u'S', other);
+  WriteFile("f", "content");
+  chmod(Native("f").c_str(), 0640);
+  MakeDirectory("d");
+  const auto move = [](LPCWSTR from, LPCWSTR to, DWORD flags) {
+    return ErrorAfter([=] { Api().MoveFileExW(from, to, flags); });
+  };
+  EXPECT_EQ(move(u"T:\\f", u"S:\\f", 0), ERROR_NOT_SAME_DEVICE);
+  EXPECT_EQ(move(u"T:\\d", u"S:\\d", MOVEFILE_COPY_ALLOWED), ERROR_NOT_SAME_DEVICE);
+  EXPECT_EQ(ReadAll("f"), "content");
+  EXPECT_EQ(move(u"T:\\f", u"S:\\f", MOVEFILE_COPY_ALLOWED), ERROR_SUCCESS);
+  EXPECT_EQ(Found(u"S:\\*"), std::set<TString>{u"f"});
+  EXPECT_EQ(Found(u"T:\\*"), std::set<TString>{u"d"});
+  EXPECT_EQ(stat((std::string(other) + "/f").c_str(), &there), 0);
+  EXPECT_EQ(there.st_mode & 0777, 0640u);
+  std::filesystem::remove_all(other);
+}
+
 TEST_F(SystemFiles, Copies) {
   WriteFile("from", std::string(300000, 'q'));
   chmod(Native("from").c_str(), 0640);
@@ -236,6 +263,10 @@ TEST_F(SystemFiles, Copies) {
   EXPECT_EQ(ReadAll("there").size(), 300000u);
   EXPECT_FALSE(Api().CopyFileW(W(u"T:\\from"), W(u"T:\\from"), FALSE));
   EXPECT_FALSE(Api().CopyFileW(W(u"T:\\from"), nullptr, FALSE));
+  mkfifo(Native("pipe").c_str(), 0600);
+  EXPECT_EQ(ErrorAfter([] { Api().CopyFileW(W(u"T:\\pipe"), W(u"T:\\x"), FALSE); }),
+            ERROR_NOT_SUPPORTED);
+  unlink(Native("pipe").c_str());
   EXPECT_EQ(Found(u"T:\\*"), (std::set<TString>{u"from", u"there", u"to"}));  // nothing left over
 }
 
