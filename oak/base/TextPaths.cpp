@@ -4,23 +4,23 @@
 namespace oak {
 
 namespace {
-constexpr auto npos = TStringView::npos;
+constexpr auto nowhere = TStringView::npos;
 
 bool IsDelimiter(char16_t c) { return c == PathDelim || c == u':'; }
 
 /// Where the file name starts.
 std::size_t NameStart(TStringView path) {
   const std::size_t at = path.find_last_of(u"\\:");
-  return at == npos ? 0 : at + 1;
+  return at == nowhere ? 0 : at + 1;
 }
 
 /// Length of "server\share" at the start of the text, or 0 without a share.
 std::size_t ShareLength(TStringView text) {
   const std::size_t server = text.find(PathDelim);
-  if (server == npos || server == 0 || server + 1 == text.size() || text[server + 1] == PathDelim)
+  if (server == nowhere || server == 0 || server + 1 == text.size() || text[server + 1] == PathDelim)
     return 0;
   const std::size_t share = text.find(PathDelim, server + 1);
-  return share == npos ? text.size() : share;
+  return share == nowhere ? text.size() : share;
 }
 }  // namespace
 
@@ -40,7 +40,7 @@ TString ExtractFileName(TStringView path) { return TString(path.substr(NameStart
 TString ExtractFileExt(TStringView path) {
   const TStringView name = path.substr(NameStart(path));
   const std::size_t dot = name.rfind(u'.');
-  return dot == npos ? TString() : TString(name.substr(dot));
+  return dot == nowhere ? TString() : TString(name.substr(dot));
 }
 
 TString ExtractFilePath(TStringView path) { return TString(path.substr(0, NameStart(path))); }
@@ -70,7 +70,7 @@ TString ExtractFileDrive(TStringView path) {
 
 TString ChangeFileExt(TStringView path, TStringView extension) {
   const std::size_t dot = path.find_last_of(u".\\:");
-  const bool hasExt = dot != npos && path[dot] == u'.';
+  const bool hasExt = dot != nowhere && path[dot] == u'.';
   return TString(hasExt ? path.substr(0, dot) : path).append(extension);
 }
 

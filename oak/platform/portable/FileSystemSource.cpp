@@ -13,7 +13,7 @@
 namespace oak {
 namespace {
 
-constexpr BYTE kVersion = 1;
+constexpr BYTE kFileVersion = 1;
 constexpr TStringView kLinkExtension = u".lnk";
 
 constexpr DWORD kEveryObject = SFGAO_CANCOPY | SFGAO_CANMOVE | SFGAO_CANLINK | SFGAO_CANRENAME |
@@ -52,12 +52,12 @@ bool IsReadOnly(const std::string& native, bool folder) {
 // --- elements ----------------------------------------------------------------
 
 bool ReadFileElement(PCUITEMID_CHILD element, TFileElement& result) {
-  return ReadNameElement(element, ekFileSystem, kVersion, result.Flags, result.Name) &&
+  return ReadNameElement(element, ekFileSystem, kFileVersion, result.Flags, result.Name) &&
          result.Name.find_first_of(u"\\/") == TString::npos && !IsDots(result.Name);
 }
 
 TPidl MakeFileElement(DWORD flags, TStringView name) {
-  return MakeNameElement(ekFileSystem, kVersion, flags, name);
+  return MakeNameElement(ekFileSystem, kFileVersion, flags, name);
 }
 
 DWORD FileElementFlags(unsigned char entryType) noexcept {

@@ -10,7 +10,7 @@
 namespace oak {
 namespace {
 
-constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+constexpr HRESULT kNoSuchFolder = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
 
 // Path of a folder under its parent's, or empty.
 TString RelativePath(const TKnownFolder& folder) {
@@ -83,7 +83,7 @@ class TKnownFolderObject : public TInterfacedObject<IKnownFolder> {
   HRESULT GetFolderType(FOLDERTYPEID* pftid) override {
     if (!pftid) return E_POINTER;
     *pftid = GUID_NULL;
-    return kNotFound;
+    return kNoSuchFolder;
   }
   HRESULT GetRedirectionCapabilities(KF_REDIRECTION_CAPABILITIES* pCapabilities) override {
     if (!pCapabilities) return E_POINTER;
@@ -111,7 +111,7 @@ class TKnownFolderObject : public TInterfacedObject<IKnownFolder> {
 };
 
 HRESULT GiveFolder(const TKnownFolder* folder, IKnownFolder** out) {
-  if (!folder) return kNotFound;
+  if (!folder) return kNoSuchFolder;
   *out = new TKnownFolderObject(*folder);
   return S_OK;
 }

@@ -231,7 +231,7 @@ BOOL STDAPICALLTYPE SHGetSpecialFolderPathW(HWND window, LPWSTR path, int csidl,
 
 }  // namespace
 
-#define BIND(Name) api.Name.SetFunction(&Name)
+#define BIND(Name) api.Name.SetFunction(&(Name))
 
 void BindShellNames(TApi& api) {
   BIND(SHParseDisplayName);

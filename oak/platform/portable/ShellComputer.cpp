@@ -10,19 +10,19 @@ namespace oak {
 
 namespace {
 
-constexpr BYTE kVersion = 1;
+constexpr BYTE kDriveVersion = 1;
 constexpr DWORD kAttributes = SFGAO_FOLDER | SFGAO_FILESYSTEM | SFGAO_FILESYSANCESTOR |
                               SFGAO_HASSUBFOLDER | SFGAO_STORAGE | SFGAO_STORAGEANCESTOR |
                               SFGAO_CANLINK | SFGAO_HASPROPSHEET | SFGAO_DROPTARGET;
 
 TPidl DriveElement(char16_t letter) {
   const BYTE payload[] = {static_cast<BYTE>(letter & 0xFF), 0};
-  return MakeElement(ekDrive, kVersion, payload);
+  return MakeElement(ekDrive, kDriveVersion, payload);
 }
 
 // 'A'..'Z', or 0 for foreign bytes.
 char16_t LetterOf(PCUITEMID_CHILD element) {
-  const std::span<const BYTE> payload = ElementPayload(element, ekDrive, kVersion);
+  const std::span<const BYTE> payload = ElementPayload(element, ekDrive, kDriveVersion);
   if (payload.size() != 2 || payload[0] < 'A' || payload[0] > 'Z' || payload[1] != 0) return 0;
   return payload[0];
 }

@@ -6,15 +6,14 @@
 
 namespace oak {
 
-namespace {
-
-// Access mode that a bind context asks for; reading without one.
 DWORD ModeOf(IBindCtx* context) {
   BIND_OPTS options{};
   options.cbStruct = sizeof options;
   if (!context || FAILED(context->GetBindOptions(&options))) return STGM_READ;
   return options.grfMode;
 }
+
+namespace {
 
 HRESULT BindChild(const Ref<TFolderNode>& node, PCUIDLIST_RELATIVE pidl, IBindCtx* context,
                   REFIID iid, void** object) {

@@ -105,6 +105,9 @@ HRESULT MakeQueryInfo(const Ref<TFolderNode>& node, PCUITEMID_CHILD child, REFII
 HRESULT MakeUIObject(const Ref<TFolderNode>& node, std::span<const PCUITEMID_CHILD> children,
                      REFIID iid, void** object);
 
+/// Access mode that a bind context asks for; reading without one.
+DWORD ModeOf(IBindCtx* context);
+
 /// Task memory with the text; throws std::bad_alloc.
 LPWSTR TaskText(TStringView text);
 /// Which form a combination of SHGDN_ flags asks for.

@@ -67,12 +67,6 @@ bool SameFileSystemPath(IItemAccess& a, IItemAccess& b) {
          SameText(ExcludeTrailingPathDelimiter(pathA), ExcludeTrailingPathDelimiter(pathB));
 }
 
-DWORD ModeOf(IBindCtx* context) {
-  BIND_OPTS options{};
-  options.cbStruct = sizeof options;
-  return context && SUCCEEDED(context->GetBindOptions(&options)) ? options.grfMode : STGM_READ;
-}
-
 }  // namespace
 
 TShellItem::TShellItem(Ref<TFolderNode> folder, TPidl child)

@@ -201,7 +201,7 @@ BOOL STDAPICALLTYPE ILIsParent(PCIDLIST_ABSOLUTE parent, PCIDLIST_ABSOLUTE child
 
 }  // namespace
 
-#define BIND(Name) api.Name.SetFunction(&Name)
+#define BIND(Name) api.Name.SetFunction(&(Name))
 
 void BindShellItems(TApi& api) {
   BIND(SHCreateShellItem);

@@ -9,18 +9,18 @@ namespace oak {
 
 namespace {
 
-constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(2);  // ERROR_FILE_NOT_FOUND
+constexpr HRESULT kFolderMissing = HRESULT_FROM_WIN32(2);  // ERROR_FILE_NOT_FOUND
 
 HRESULT DirectoryList(const TKnownFolder& folder, DWORD flags, TPidl& list) {
   const TString path = KnownFolderPath(folder);
-  if (path.empty()) return kNotFound;
+  if (path.empty()) return kFolderMissing;
   WIN32_FIND_DATAW data{};
   data.dwFileAttributes = 0x10;  // FILE_ATTRIBUTE_DIRECTORY
   TParseOptions options;
   if (flags & KnownFolderUnverified)
     options.FindData = &data;
   else if (!EnsureKnownFolder(folder, (flags & KnownFolderCreate) != 0))
-    return kNotFound;
+    return kFolderMissing;
   return ParseAbsolute(path, options, list);
 }
 
@@ -42,7 +42,7 @@ HRESULT KnownFolderList(const TKnownFolder& folder, DWORD flags, TPidl& list) {
   }
   if (folder.Kind != TKnownFolderKind::Virtual) return DirectoryList(folder, flags, list);
   return folder.ParsingName && *folder.ParsingName ? ParseAbsolute(folder.ParsingName, {}, list)
-                                                   : kNotFound;
+                                                   : kFolderMissing;
 }
 
 HRESULT SpecialFolderList(int csidl, TPidl& list) {
@@ -57,11 +57,11 @@ HRESULT SpecialFolderList(int csidl, TPidl& list) {
 
 HRESULT KnownFolderDirectory(REFGUID id, DWORD flags, TString& path) {
   const TKnownFolder* folder = FindKnownFolder(id);
-  if (!folder) return kNotFound;
+  if (!folder) return kFolderMissing;
   path = KnownFolderPath(*folder);
-  if (path.empty()) return folder->Kind == TKnownFolderKind::Virtual ? E_FAIL : kNotFound;
+  if (path.empty()) return folder->Kind == TKnownFolderKind::Virtual ? E_FAIL : kFolderMissing;
   if (flags & KnownFolderUnverified) return S_OK;
-  return EnsureKnownFolder(*folder, (flags & KnownFolderCreate) != 0) ? S_OK : kNotFound;
+  return EnsureKnownFolder(*folder, (flags & KnownFolderCreate) != 0) ? S_OK : kFolderMissing;
 }
 
 }  // namespace oak

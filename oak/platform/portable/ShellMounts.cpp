@@ -13,10 +13,10 @@ namespace oak {
 
 namespace {
 
-constexpr BYTE kVersion = 1;
+constexpr BYTE kMountVersion = 1;
 constexpr BYTE kByClass = 1;
 constexpr BYTE kByName = 2;
-constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(2);  // ERROR_FILE_NOT_FOUND
+constexpr HRESULT kMountMissing = HRESULT_FROM_WIN32(2);  // ERROR_FILE_NOT_FOUND
 
 struct TMountTable {
   std::mutex Lock;
@@ -87,7 +87,7 @@ TPidl ElementOf(const TFolderMount& mount) {
     payload.resize(1 + name.size() * sizeof(char16_t), kByName);
     std::memcpy(payload.data() + 1, name.data(), payload.size() - 1);
   }
-  return MakeElement(ekMount, kVersion, payload);
+  return MakeElement(ekMount, kMountVersion, payload);
 }
 
 bool IsElementOf(const TFolderMount& mount, std::span<const BYTE> payload) {
@@ -133,12 +133,12 @@ class TMountSource : public TFolderSource {
       element = ElementOf(mount);
       return S_OK;
     }
-    return kNotFound;
+    return kMountMissing;
   }
 
   HRESULT GetName(PCUITEMID_CHILD element, TNameForm form, TString& name) override {
     const TMountEntryPtr entry = Find(element);
-    if (!entry) return kNotFound;
+    if (!entry) return kMountMissing;
     const TFolderMount& mount = entry->Mount;
     const bool hasClass = !(mount.ClassId == GUID_NULL);
     switch (form) {
@@ -162,14 +162,14 @@ class TMountSource : public TFolderSource {
 
   HRESULT GetAttributes(PCUITEMID_CHILD element, DWORD, DWORD& attributes) override {
     const TMountEntryPtr entry = Find(element);
-    if (!entry) return kNotFound;
+    if (!entry) return kMountMissing;
     attributes = entry->Mount.Attributes;
     return S_OK;
   }
 
   HRESULT Open(PCUITEMID_CHILD element, Ref<IFolderSource>& child) override {
     const TMountEntryPtr entry = Find(element);
-    if (!entry) return kNotFound;
+    if (!entry) return kMountMissing;
     child = entry->Mount.Source;
     return child ? S_OK : E_NOTIMPL;
   }
@@ -186,35 +186,35 @@ class TMountSource : public TFolderSource {
 
   HRESULT GetTypeName(PCUITEMID_CHILD element, TString& name) override {
     const TMountEntryPtr entry = Find(element);
-    if (!entry) return kNotFound;
+    if (!entry) return kMountMissing;
     name = entry->Mount.TypeName;
     return S_OK;
   }
 
   HRESULT GetInfoTip(PCUITEMID_CHILD element, TString& tip) override {
     const TMountEntryPtr entry = Find(element);
-    if (!entry) return kNotFound;
+    if (!entry) return kMountMissing;
     tip = entry->Mount.InfoTip;
     return S_OK;
   }
 
   HRESULT GetOverlayIndex(PCUITEMID_CHILD element, int& index) override {
     const TMountEntryPtr entry = Find(element);
-    if (!entry) return kNotFound;
+    if (!entry) return kMountMissing;
     index = entry->Mount.OverlayIndex;
     return index < 0 ? S_FALSE : S_OK;
   }
 
   HRESULT GetIconIndex(PCUITEMID_CHILD element, bool, int& index) override {
     const TMountEntryPtr entry = Find(element);
-    if (!entry) return kNotFound;
+    if (!entry) return kMountMissing;
     index = entry->Mount.IconIndex;
     return index < 0 ? S_FALSE : S_OK;
   }
 
  private:
   TMountEntryPtr Find(PCUITEMID_CHILD element) const {
-    const std::span<const BYTE> payload = ElementPayload(element, ekMount, kVersion);
+    const std::span<const BYTE> payload = ElementPayload(element, ekMount, kMountVersion);
     if (payload.empty()) return nullptr;
     TMountTable& table = Table();
     TMountEntryPtr found;

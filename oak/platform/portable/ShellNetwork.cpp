@@ -9,7 +9,7 @@ namespace oak {
 
 namespace {
 
-constexpr BYTE kVersion = 1;
+constexpr BYTE kNetworkVersion = 1;
 constexpr DWORD kServer = SFGAO_FOLDER | SFGAO_FILESYSANCESTOR | SFGAO_HASSUBFOLDER |
                           SFGAO_STORAGEANCESTOR | SFGAO_CANLINK | SFGAO_HASPROPSHEET;
 constexpr DWORD kShare =
@@ -18,7 +18,7 @@ constexpr DWORD kShare =
 // A name as an element has to hold it, or false.
 bool NameOf(PCUITEMID_CHILD element, BYTE kind, TString& name) {
   DWORD flags = 0;
-  return ReadNameElement(element, kind, kVersion, flags, name) && !name.empty() &&
+  return ReadNameElement(element, kind, kNetworkVersion, flags, name) && !name.empty() &&
          name.find(u'\\') == TString::npos;
 }
 
@@ -35,7 +35,7 @@ class TServerSource : public TFolderSource {
       if (!SameText(share.Server, fServer)) continue;
       known = true;
       if (flags & SHCONTF_FOLDERS)
-        elements.push_back(MakeNameElement(ekShare, kVersion, 0, share.Share));
+        elements.push_back(MakeNameElement(ekShare, kNetworkVersion, 0, share.Share));
     }
     if (!known) return HRESULT_FROM_WIN32(53);  // ERROR_BAD_NETPATH
     cursor = MakeListCursor(std::move(elements));
@@ -76,7 +76,7 @@ class TServerSource : public TFolderSource {
     const auto config = PortableConfig();
     const TPortableShare* share = config->FindShare(fServer, name);
     if (!share && !options.FindData) return HRESULT_FROM_WIN32(67);
-    element = MakeNameElement(ekShare, kVersion, 0, share ? TStringView(share->Share) : name);
+    element = MakeNameElement(ekShare, kNetworkVersion, 0, share ? TStringView(share->Share) : name);
     return S_OK;
   }
 
@@ -114,7 +114,7 @@ class TNetworkSource : public TFolderSource {
     std::vector<TPidl> elements;
     if (flags & SHCONTF_FOLDERS)
       for (const TString& server : servers)
-        elements.push_back(MakeNameElement(ekServer, kVersion, 0, server));
+        elements.push_back(MakeNameElement(ekServer, kNetworkVersion, 0, server));
     cursor = MakeListCursor(std::move(elements));
     return S_OK;
   }
@@ -148,7 +148,7 @@ class TNetworkSource : public TFolderSource {
     if (StartsWith(name, u"\\\\")) name.remove_prefix(2);
     const TString known = KnownName(name);
     if (known.empty() && !options.FindData) return HRESULT_FROM_WIN32(53);
-    element = MakeNameElement(ekServer, kVersion, 0, known.empty() ? name : TStringView(known));
+    element = MakeNameElement(ekServer, kNetworkVersion, 0, known.empty() ? name : TStringView(known));
     return S_OK;
   }
 

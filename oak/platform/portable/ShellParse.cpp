@@ -12,7 +12,7 @@ namespace oak {
 
 namespace {
 
-constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(2);  // ERROR_FILE_NOT_FOUND
+constexpr HRESULT kObjectMissing = HRESULT_FROM_WIN32(2);  // ERROR_FILE_NOT_FOUND
 
 bool IsLetter(char16_t c) { return (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z'); }
 
@@ -149,7 +149,7 @@ HRESULT ParseShellName(TStringView text, const TParseOptions& options, TPidl& li
   TStringView rest = text;
   const TStringView name = TakeComponent(rest);
   const TKnownFolder* folder = name.empty() ? nullptr : FindKnownFolderByName(name);
-  return folder ? WalkBelowKnownFolder(*folder, rest, options, list) : kNotFound;
+  return folder ? WalkBelowKnownFolder(*folder, rest, options, list) : kObjectMissing;
 }
 
 // What follows "\\?\".
@@ -160,7 +160,7 @@ HRESULT ParseDevicePath(TStringView text, const TParseOptions& options, TPidl& l
   TStringView rest = text;
   const TString volume = u"\\\\?\\" + TString(TakeComponent(rest));
   const char16_t letter = DriveOfVolumeName(volume);
-  if (!letter) return kNotFound;
+  if (!letter) return kObjectMissing;
   return WalkBelow(ComputerClassId, TString{letter, u':', u'\\'} + TString(rest), options, list);
 }
 

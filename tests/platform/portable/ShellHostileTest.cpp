@@ -87,8 +87,8 @@ void TShellHostile::AskForEverything(PCIDLIST_ABSOLUTE pidl) {
   Ref<IShellItem2> item;
   if (SUCCEEDED(Api().SHCreateItemFromIDList(pidl, IID_IShellItem2, item.PutVoid())))
     AskItem(item.Get());
-  WCHAR path[MAX_PATH];
-  (void)Api().SHGetPathFromIDListW(pidl, path);
+  TString path(MAX_PATH, u'\0');
+  (void)Api().SHGetPathFromIDListW(pidl, WBuffer(path));
   SHFILEINFOW info{};
   (void)Api().SHGetFileInfoW(
       reinterpret_cast<LPCWSTR>(pidl), 0, &info, sizeof info,

@@ -225,12 +225,12 @@ TEST_F(TShellNames, KnownFolders) {
   EXPECT_TRUE(std::filesystem::exists(fRoot / "c/home/me/Music"));
   EXPECT_EQ(Api().SHGetKnownFolderPath(FOLDERID_ComputerFolder, 0, nullptr, path.Put()), E_FAIL);
 
-  WCHAR buffer[MAX_PATH];
-  EXPECT_TRUE(Api().SHGetPathFromIDListW(pidl.Get(), buffer));
-  EXPECT_EQ(Show(FromW(buffer)), "C:\\home\\me\\Music");
-  EXPECT_FALSE(Api().SHGetPathFromIDListEx(pidl.Get(), buffer, 5, 0))
+  TString buffer(MAX_PATH, u'\0');
+  EXPECT_TRUE(Api().SHGetPathFromIDListW(pidl.Get(), WBuffer(buffer)));
+  EXPECT_EQ(Show(FromW(W(buffer))), "C:\\home\\me\\Music");
+  EXPECT_FALSE(Api().SHGetPathFromIDListEx(pidl.Get(), WBuffer(buffer), 5, 0))
       << "a path that does not fit is not cut";
-  EXPECT_FALSE(Api().SHGetPathFromIDListW(Parse(u"This PC").Get(), buffer));
+  EXPECT_FALSE(Api().SHGetPathFromIDListW(Parse(u"This PC").Get(), WBuffer(buffer)));
   EXPECT_EQ(buffer[0], 0);
 }
 
