@@ -13,7 +13,7 @@ namespace oak::testkit {
 /// time: do not nest with TFaultInjector, which counts too.
 class TCallCounter final : public IApiObserver {
  public:
-  TCallCounter() : fBefore(SetApiObserver(this)) {}
+  TCallCounter() { fBefore = SetApiObserver(this); }
   ~TCallCounter() { SetApiObserver(fBefore); }
   TCallCounter(const TCallCounter&) = delete;
   TCallCounter& operator=(const TCallCounter&) = delete;
@@ -28,7 +28,7 @@ class TCallCounter final : public IApiObserver {
   void Reset();
 
  private:
-  IApiObserver* fBefore;
+  IApiObserver* fBefore = nullptr;
   mutable std::mutex fLock;
   std::map<std::string, int> fCounts;
 };

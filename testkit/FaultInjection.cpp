@@ -3,27 +3,42 @@
 #include <algorithm>
 #include <string_view>
 
+#include "oak/platform/ApiFailure.h"
+
 namespace oak::testkit {
 namespace {
 
-constexpr std::string_view NeverFailing[] = {
-    "CoTaskMemFree", "CoUninitialize", "DestroyMenu",    "FindClose",       "FindVolumeClose",
-    "FreeLibrary",   "GetLastError",   "GetTickCount64", "GetCurrentThreadId", "GetCurrentProcess",
-    "GlobalUnlock",  "ILFree",         "ILGetNext",      "ILGetSize",       "LocalFree",
-    "OleUninitialize", "OutputDebugStringW", "RegCloseKey", "ReleaseStgMedium", "SetErrorMode",
-    "SetLastError",  "Sleep"};
+struct TFunctionInfo {
+  std::string_view Name;
+  bool CanFail;
+};
+constexpr TFunctionInfo Functions[] = {
+#define OAK_API(Result, Name, Params, Failure) {#Name, failure::Failure<Result>::Function != nullptr},
+#include "oak/platform/ApiList.inc"
+#undef OAK_API
+};
 
+/// Methods of interfaces, which are not in the table, all can.
 bool CanFail(std::string_view name) {
-  return std::find(std::begin(NeverFailing), std::end(NeverFailing), name) ==
-         std::end(NeverFailing);
+  const auto found = std::find_if(std::begin(Functions), std::end(Functions),
+                                  [&](const TFunctionInfo& f) { return f.Name == name; });
+  return found == std::end(Functions) || found->CanFail;
 }
 
 }  // namespace
 
 TFaultInjector::TFaultInjector(int failingCall, DWORD code, std::string only)
-    : fBefore(SetApiObserver(this)), fLeft(failingCall), fCode(code), fOnly(std::move(only)) {}
+    : fLeft(failingCall), fCode(code), fOnly(std::move(only)) {
+  fBefore = SetApiObserver(this);
+}
+
+std::string TFaultInjector::FailedName() const {
+  const std::lock_guard guard(fLock);
+  return fFailedName;
+}
 
 bool TFaultInjector::BeforeCall(const char* name) {
+  const std::lock_guard guard(fLock);
   if (fOnly.empty() ? !CanFail(name) : fOnly != name) return true;
   if (--fLeft != 0) return true;
   fFailedName = name;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <mutex>
 #include <string>
 
 #include "oak/platform/Api.h"
@@ -23,11 +24,12 @@ class TFaultInjector final : public IApiObserver {
   DWORD FailureCode() const override { return fCode; }
 
   /// Whether the call was reached and made to fail, and which one it was.
-  bool HasFailed() const { return !fFailedName.empty(); }
-  const std::string& FailedName() const { return fFailedName; }
+  bool HasFailed() const { return !FailedName().empty(); }
+  std::string FailedName() const;
 
  private:
-  IApiObserver* fBefore;
+  IApiObserver* fBefore = nullptr;
+  mutable std::mutex fLock;
   int fLeft;
   DWORD fCode;
   std::string fOnly;

@@ -1,5 +1,7 @@
 #include "testkit/VirtualClock.h"
 
+#include "oak/base/DateTime.h"
+
 namespace oak::testkit {
 
 TVirtualClock::TVirtualClock(std::uint64_t ticks, std::uint64_t systemTimeMs)
@@ -7,15 +9,20 @@ TVirtualClock::TVirtualClock(std::uint64_t ticks, std::uint64_t systemTimeMs)
       fStartSystemTime(systemTimeMs),
       fGetTickCount64(Api().GetTickCount64, [this] { return fStartTicks + Look(); }),
       fGetSystemTimeAsFileTime(Api().GetSystemTimeAsFileTime,
-                               [this](FILETIME* time) {
-                                 const std::uint64_t now = (fStartSystemTime + Look()) * 10'000;
-                                 time->dwLowDateTime = static_cast<DWORD>(now);
-                                 time->dwHighDateTime = static_cast<DWORD>(now >> 32);
-                               }),
+                               [this](FILETIME* time) { *time = SystemTime(); }),
+      fGetSystemTime(Api().GetSystemTime,
+                     [this](SYSTEMTIME* time) { FileTimeToSystem(SystemTime(), *time); }),
+      fGetLocalTime(Api().GetLocalTime,
+                    [this](SYSTEMTIME* time) { FileTimeToSystem(SystemTime(), *time); }),
       fSleep(Api().Sleep, [this](DWORD milliseconds) {
         fSlept += milliseconds;
         Advance(milliseconds);
       }) {}
+
+FILETIME TVirtualClock::SystemTime() {
+  constexpr std::uint64_t stepsPerMs = 10'000;
+  return TicksToFileTime((fStartSystemTime + Look()) * stepsPerMs);
+}
 
 std::uint64_t TVirtualClock::Look() { return fElapsed += fCostOfLook; }
 

@@ -8,8 +8,9 @@
 
 namespace oak::testkit {
 
-/// Replaces the clock of the platform: ticks, system time and Sleep, which
-/// advances the clock and returns at once. Any thread may read and advance it.
+/// Replaces the clock of the platform: ticks, system time, local time (which is
+/// UTC then) and Sleep, which advances the clock and returns at once. Any thread may
+/// read and advance it.
 class TVirtualClock {
  public:
   /// Milliseconds since the system's start, and since 1601 in UTC.
@@ -25,6 +26,7 @@ class TVirtualClock {
 
  private:
   std::uint64_t Look();
+  FILETIME SystemTime();
 
   const std::uint64_t fStartTicks;
   const std::uint64_t fStartSystemTime;
@@ -33,6 +35,8 @@ class TVirtualClock {
   std::atomic<std::uint64_t> fSlept{0};
   TScopedApi<decltype(TApi::GetTickCount64)> fGetTickCount64;
   TScopedApi<decltype(TApi::GetSystemTimeAsFileTime)> fGetSystemTimeAsFileTime;
+  TScopedApi<decltype(TApi::GetSystemTime)> fGetSystemTime;
+  TScopedApi<decltype(TApi::GetLocalTime)> fGetLocalTime;
   TScopedApi<decltype(TApi::Sleep)> fSleep;
 };
 

@@ -9,7 +9,7 @@ using namespace oak;
 int main(int argc, char** argv) try {
   // Any text that the shell understands: a path, "This PC", "::{20D04FE0-...}",
   // "Documents\\Letters".
-  const Ref<IItemIdList> place = TOakItemIdList::Parse(FromUtf8(argc > 1 ? argv[1] : "This PC"));
+  const Ref<IItemIdList> place = TOakItemIdList::Parse(FromUtf8(argc > 1 ? argv[1] : "C:\\"));
   std::cout << ToUtf8(place->DisplayName(dnfForExplorer)) << '\n';
 
   TFolderTrek trek;               // a cursor: on one folder, and on one object in it

@@ -33,13 +33,13 @@ Ref<IItemIdList> FindPlace(const std::string& place) {
 
 void List(const Ref<IItemIdList>& folder, const TOptions& options) {
   TFolderTrek cursor;
+  cursor.SetShowErrorMessages(false);
   cursor.SetAcceptSearchFolderPaths(true);
   cursor.SetFileSystemOnly(options.FileSystemOnly);
   cursor.SetFilter(options.Filter);
   cursor.SetFolderIdList(folder);
   TOakShellShowOptions shown{soShowFiles, soShowNethood, soShowRecycleBin};
   if (options.Hidden) shown.Include(soShowHidden);
-  if (options.FileSystemOnly) shown.Include(soFileSystemOnly);
   while (cursor.Next())
     if (cursor.ShowObjectAccordingShowOptions(shown)) Print(Describe(cursor), options);
 }
@@ -54,6 +54,7 @@ TExitCode ShowPlace(const std::string& place, const TOptions& options, bool with
   if (withHeading) std::printf("%s:\n", place.c_str());
   if (options.Names || !item->IsFolder()) {
     TFolderTrek cursor(item);
+    cursor.SetShowErrorMessages(false);
     Print(Describe(cursor), options);
   } else {
     List(item, options);
@@ -64,7 +65,7 @@ TExitCode ShowPlace(const std::string& place, const TOptions& options, bool with
 TExitCode Guarded(const std::string& place, const TOptions& options, bool withHeading) {
   try {
     return ShowPlace(place, options, withHeading);
-  } catch (const Exception& error) {
+  } catch (const std::exception& error) {
     Complain("cannot read \"" + place + "\": " + error.what());
     return ecUnreadable;
   }
@@ -86,5 +87,9 @@ int main(int argc, char** argv) {
   const bool withHeadings = options.Places.size() > 1 && !options.Json && !options.Names;
   for (const std::string& place : options.Places)
     exitCode = std::max<int>(exitCode, Guarded(place, options, withHeadings));
+  if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+    Complain("the output could not be written");
+    exitCode = std::max<int>(exitCode, ecUnreadable);
+  }
   return exitCode;
 }

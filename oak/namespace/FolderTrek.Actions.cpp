@@ -50,10 +50,10 @@ Ref<IUnknown> TFolderTrek::GetUIObject(REFIID pInterfaceID) {
 }
 
 void TFolderTrek::RenameObject(TString& NewName) {
-  const Ref<IShellFolder> folder = GetShellFolder();
-  if (!folder || !HasObject()) RaiseNoObject();
   const TWaitCursor hourglass;
   const TString oldName = GetShellObjectName(true);
+  const Ref<IShellFolder> folder = GetShellFolder();
+  if (!folder) RaiseNoObject();
   TString value = NewName;
   if (!TShellControlHelper::GetShellShowExtensions()) {
     const TString extension = ExtractFileExt(GetFullPath());
@@ -74,7 +74,6 @@ void TFolderTrek::RenameObject(TString& NewName) {
     Api().Sleep(RenameDelayMs);
     NewName = GetShellObjectName(true);
   }
-  if (NewName != oldName && OnRename) OnRename(this);
 }
 
 Ref<IItemIdList> TFolderTrek::AddLinkTo(TStringView pDestinationFolder, TStringView pLinkName) {

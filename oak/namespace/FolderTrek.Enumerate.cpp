@@ -77,7 +77,11 @@ bool TFolderTrek::UnlockDrive() {
   if (Api().GetDiskFreeSpaceExW(W(IncludeTrailingPathDelimiter(folder)), &free, nullptr, nullptr))
     return false;
   if (Api().GetLastError() != LockedVolume) return false;
-  FFolderIdList->InvokeCommand(TShellCommand(saBdeUnlock));
+  try {
+    FFolderIdList->InvokeCommand(TShellCommand(saBdeUnlock));
+  } catch (const EInvalidOperation&) {
+    // A program without commands can't unlock; the listing then tells why not.
+  }
   return true;
 }
 
@@ -122,7 +126,8 @@ bool TFolderTrek::FilterMatch() {
 /// What the patterns are held against: in the list of recent objects the
 /// target's name, everywhere else the object's own.
 TString TFolderTrek::NameForFilter(bool& pIsFolder) {
-  const Ref<IItemIdList> item = GetAbsoluteItemIdList();
+  const Ref<IItemIdList> item = AbsoluteOrOwnItem();
+  if (!item) return {};
   if (fFolderKind == fkRecent) {
     const Ref<IItemIdList> target = item->LinkTarget();
     pIsFolder = target->IsFolder();

@@ -143,8 +143,7 @@ TString GetFriendlyName(TStringView pPath) {
   TPidl pidl;
   if (FAILED(desktop->ParseDisplayName(nullptr, nullptr, WBuffer(text), nullptr, pidl.Put(), nullptr)))
     return TString(pPath);
-  TString path = TOakItemIdList::Create(std::move(pidl))->Path();
-  return path.empty() ? TString(pPath) : path;
+  return TOakItemIdList::Create(std::move(pidl))->Path();
 }
 
 namespace {

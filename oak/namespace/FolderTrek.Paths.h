@@ -58,7 +58,8 @@ TString GetUserProfilePath();
 /// profile of the system's own account. Off by default.
 void SetCorrectSystemProfilePath(bool pEnabled);
 TString OakGetWindowsPath();
-/// The path that the shell makes of a text, or the text.
+/// The path of the object that the desktop parses the text to, or the text where
+/// there is none.
 TString GetFriendlyName(TStringView pPath);
 /// Environment variables, then %DATE%, %TIME% and %MYDOCUMENTS%.
 TString OakExpandEnvironmentStrings(TStringView pText);

@@ -23,12 +23,28 @@ bool TFolderTrek::CheckIfValid(bool pFolderOnly) {
   return FMultiObjects && FMultiObjects->Count() > 0;
 }
 
+/// Binds the folder for a question that must not raise.
+bool TFolderTrek::BindQuietly() {
+  try {
+    return static_cast<bool>(GetShellFolder());
+  } catch (const Exception&) {
+    return false;
+  }
+}
+
+/// The object as well as it is known: a cursor on a bare IShellFolder may have no
+/// absolute one.
+Ref<IItemIdList> TFolderTrek::AbsoluteOrOwnItem() {
+  const Ref<IItemIdList> item = GetAbsoluteItemIdList();
+  return item ? item : FItemIDList;
+}
+
 // --- attributes ------------------------------------------------------------
 
 DWORD TFolderTrek::GetAttributes(DWORD pAttributes) {
   if (!CheckIfValid(false)) return 0;
   if (pAttributes == SFGAO_BROWSABLE) return IsBrowsable() ? SFGAO_BROWSABLE : 0;
-  if (HasObject() && GetShellFolder()) {
+  if (HasObject() && BindQuietly()) {
     PCUITEMID_CHILD child = FItemIDList->WindowsPointer();
     SFGAOF attributes = pAttributes;
     if (SUCCEEDED(FShellFolder->GetAttributesOf(1, &child, &attributes)))
@@ -105,7 +121,7 @@ TString TFolderTrek::GetShellObjectName(bool pInFolderName) {
   if (!HasObject())
     throw EInvalidOperation(
         u"TFolderTrek cannot return the current object's name if there is no current object.");
-  TString name = GetAbsoluteItemIdList()->DisplayName(pInFolderName ? dnfInFolder : dnfNormal);
+  TString name = AbsoluteOrOwnItem()->DisplayName(pInFolderName ? dnfInFolder : dnfNormal);
   return name.empty() ? GetObjectName() : name;
 }
 
@@ -144,7 +160,7 @@ double LocalFromUtc(double pDate) {
 }  // namespace
 
 double TFolderTrek::GetLastChangeDate() {
-  if (!HasObject() || !GetShellFolder()) return 0;
+  if (!HasObject() || !BindQuietly()) return 0;
   if (!FTriedIshd) {
     FTriedIshd = true;
     fShellFolder2 = FShellFolder.As<IShellFolder2>();
@@ -169,7 +185,7 @@ TString TFolderTrek::GetInfoTip(bool pUseSlowInfoTip) {
     TTaskMemory<WCHAR> text;
     if (FAILED(query->GetInfoTip(pUseSlowInfoTip ? slowTip : 0, text.Put()))) return {};
     return FromW(text.Get());
-  } catch (const EFolderTrekError&) {
+  } catch (const Exception&) {
     return {};
   }
 }
@@ -196,11 +212,12 @@ int TFolderTrek::GetSelectedIconNumber() { return GetImageIndex(true); }
 int TFolderTrek::GetOverlayIndex() {
   constexpr int linkOverlay = 1;
   constexpr int shareOverlay = 0;
-  if (!HasObject() || !GetShellFolder()) return -1;
+  if (!HasObject() || !BindQuietly()) return -1;
   if (const Ref<IShellIconOverlay> overlay = FShellFolder.As<IShellIconOverlay>()) {
     const TErrorMode quiet;
     int index = 0;
-    if (FAILED(overlay->GetOverlayIndex(FItemIDList->WindowsPointer(), &index))) return -1;
+    // Success without an index (S_FALSE) means that there is no overlay.
+    if (overlay->GetOverlayIndex(FItemIDList->WindowsPointer(), &index) != S_OK) return -1;
     return index - 1;
   }
   if (GetAttributes(SFGAO_LINK)) return linkOverlay;

@@ -83,15 +83,13 @@ void TFolderTrek::SetFolderIdList(Ref<IItemIdList> pItemIdList) {
   if (!fAcceptSearchFolderPaths && IsSearchFolderPath(pItemIdList->DisplayPath()) &&
       pItemIdList->Depth() > 1)
     throw EFolderTrekError(PathNotFound, pItemIdList.Get());
-  // Cleared before the rebind, which may raise: the new folder must not be left
-  // with an object of the old one.
   const bool isSame = pItemIdList == FFolderIdList;
   SetItemIdList(NullItemIdList());
   FObjects.Reset();
   if (isSame) return;
   FFolderIdList = pItemIdList;
-  FShellFolder.Reset();
-  fShellFolder2.Reset();
+  // Whatever belongs to the old folder goes before the new one is bound.
+  SetShellfolder(nullptr);
   GetShellFolder();
 }
 
@@ -210,7 +208,7 @@ void TFolderTrek::SetObjectName(TStringView pName) {
 
 void TFolderTrek::FindObjectByName(TStringView pName) {
   while (Next()) {
-    if (SameText(GetAbsoluteItemIdList()->DisplayName(dnfInFolder), pName)) return;
+    if (SameText(AbsoluteOrOwnItem()->DisplayName(dnfInFolder), pName)) return;
   }
   throw EFolderTrekError(u"Error: Cannot find Object \"" + TString(pName) + u"\" in Folder \"" +
                              GetFolder() + u"\"",

@@ -117,6 +117,7 @@ class TFolderTrek : public TComponent {
   bool GetAsyncContextMenuOperations() const { return fAsyncContextMenuOperations; }
   void SetAsyncContextMenuOperations(bool pValue) { fAsyncContextMenuOperations = pValue; }
 
+  /// The user chose to rename the object; the receiver asks for the name.
   TNotifyEvent OnRename;
   TOnContextMenuSelectEvent OnContextMenuSelect;
   TOnBeforeCommand OnBeforeCommand;
@@ -225,6 +226,8 @@ class TFolderTrek : public TComponent {
   bool PassesFileSystemOnly();
   bool UnlockDrive();
   bool HasObject() const;
+  bool BindQuietly();
+  Ref<IItemIdList> AbsoluteOrOwnItem();
   bool FilterMatchName(TStringView pName) const;
   TString NameForFilter(bool& pIsFolder);
   bool PassesFileSystemOptions(TOakShellShowOptions pShowOptions);

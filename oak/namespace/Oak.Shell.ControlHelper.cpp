@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <system_error>
 
 #include "oak/framework/Host.h"
 #include "oak/namespace/FolderTrek.h"
@@ -51,6 +52,24 @@ bool MeasureFolder(const Ref<IItemIdList>& pFolder, const TSlownessProbe& pProbe
   return (Api().GetTickCount64() - start) / count >= SlowObjectMs;
 }
 
+/// False if there is no thread to be had for it.
+bool StartProbe(const Ref<IItemIdList>& pFolder, const std::shared_ptr<TSlownessProbe>& pProbe) {
+  try {
+    RunInBackground([pProbe, pFolder] {
+      bool isSlow = true;
+      try {
+        isSlow = MeasureFolder(pFolder, *pProbe);
+      } catch (const Exception&) {
+        // A folder that fails is taken off the main thread like a slow one.
+      }
+      pProbe->Complete(isSlow);
+    });
+    return true;
+  } catch (const std::system_error&) {
+    return false;
+  }
+}
+
 /// True if the probe ended in time; its answer is then in IsSlow.
 bool WaitForProbe(TSlownessProbe& pProbe, const Ref<ICancellationIndicator>& pCancel) {
   const ULONGLONG start = Api().GetTickCount64();
@@ -72,16 +91,8 @@ bool TShellControlHelper::ShouldEnumerateAsync(const Ref<IItemIdList>& pItemIdLi
   if (!pItemIdList->IsSlow()) return false;
   if (IsUNCPath(path) || IsUncServer(path)) return true;
 
-  auto probe = std::make_shared<TSlownessProbe>();
-  RunInBackground([probe, pItemIdList] {
-    bool isSlow = true;
-    try {
-      isSlow = MeasureFolder(pItemIdList, *probe);
-    } catch (const Exception&) {
-      // A folder that fails is taken off the main thread like a slow one.
-    }
-    probe->Complete(isSlow);
-  });
+  const auto probe = std::make_shared<TSlownessProbe>();
+  if (!StartProbe(pItemIdList, probe)) return true;
   const bool completed = WaitForProbe(*probe, pCancel);
   probe->Abandoned = true;
   const std::lock_guard guard(probe->Lock);

@@ -72,14 +72,14 @@ Ref<IShellItemArray> TItemIdListCollection::GetShellItemArray() {
 }
 
 Ref<IUnknown> TItemIdListCollection::GetUIObject(REFIID pInterfaceID) {
-  if (fItems.empty())
+  std::vector<PCUITEMID_CHILD> children;
+  for (const Ref<IItemIdList>& item : fItems)
+    if (!item->IsInvalid()) children.push_back(Api().ILFindLastID(item->WindowsPointer()));
+  if (children.empty())
     throw EFolderTrekError(u"There are no valid Shell ItemIdList in the TItemIdListCollection",
                            nullptr);
   if (!fShellFolder)
     throw EFolderTrekError(u"IShellFolder interface could not be retrieved.", nullptr);
-  std::vector<PCUITEMID_CHILD> children;
-  for (const Ref<IItemIdList>& item : fItems)
-    if (!item->IsInvalid()) children.push_back(Api().ILFindLastID(item->WindowsPointer()));
   Ref<IUnknown> object;
   THResultHelper::CheckForError(
       fShellFolder->GetUIObjectOf(nullptr, static_cast<UINT>(children.size()), children.data(),

@@ -11,7 +11,7 @@ namespace oak {
 /// a time.
 class TItemIdListCollection : public TInterfacedObject<IItemIdListCollection> {
  public:
-  /// The folder may be nil: relative items and names are then refused.
+  /// The folder may be nil: names are then taken as paths, and there is no UI object.
   explicit TItemIdListCollection(Ref<IShellFolder> pShellFolder = nullptr);
 
   bool InvokeCommand(const TShellCommand& pCommand) override;

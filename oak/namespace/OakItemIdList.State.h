@@ -44,6 +44,7 @@ struct TRetiredState {
   TPidl fPidl;
   const TItemText* fText = nullptr;  ///< Owned.
   Ref<IShellItem> fShellItem;
+  ULONGLONG fSince = 0;  ///< In ticks.
   TRetiredState* fNext = nullptr;
 };
 

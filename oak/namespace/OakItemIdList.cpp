@@ -14,10 +14,11 @@
 namespace oak {
 namespace {
 
-// So many replaced states are kept for readers on other threads. A reader uses a
-// pointer for the length of one shell call; an item that is reloaded all the time
-// must not grow for ever.
+// Replaced states are kept for readers on other threads: this many, and all of the
+// last minute. A reader uses a pointer for the length of one shell call; an item
+// that is reloaded all the time must not grow for ever.
 constexpr int kRetiredStates = 16;
+constexpr ULONGLONG kRetiredMilliseconds = 60000;
 
 // Guards replacing and retiring, which are rare.
 std::mutex& ReplaceLock() {
@@ -28,6 +29,10 @@ std::mutex& ReplaceLock() {
 PItemIdList FailedPidl() noexcept { return reinterpret_cast<PItemIdList>(std::uintptr_t{1}); }
 
 bool IsRealPidl(PItemIdList pidl) noexcept { return pidl != nullptr && pidl != FailedPidl(); }
+
+void DeleteAll(TRetiredState* first) noexcept {
+  while (first) delete std::exchange(first, first->fNext);
+}
 
 /// "C:\" keeps its delimiter, every other path loses it.
 TStringView WithoutDelimiter(TStringView path) {
@@ -106,7 +111,7 @@ TOakItemIdList::~TOakItemIdList() {
     CoTaskMemFree(pidl);
   if (IShellItem* item = fShellItem.load(std::memory_order_relaxed)) item->Release();
   TItemText::Free(fPath.load(std::memory_order_relaxed));
-  while (fRetired) delete std::exchange(fRetired, fRetired->fNext);
+  DeleteAll(fRetired);
 }
 
 Ref<IItemIdList> TOakItemIdList::Create(PCItemIdList pItemIdList,
@@ -237,16 +242,21 @@ bool TOakItemIdList::IsInvalid() { return WindowsPointer() == nullptr; }
 
 void TOakItemIdList::Retire(std::unique_ptr<TRetiredState> pState) noexcept {
   if (pState->IsEmpty()) return;
+  const ULONGLONG now = Api().GetTickCount64();
+  pState->fSince = now;
   TRetiredState* tooOld = nullptr;
   {
     const std::lock_guard lock(ReplaceLock());
     pState->fNext = fRetired;
     fRetired = pState.release();
     TRetiredState* last = fRetired;
-    for (int i = 1; last && i < kRetiredStates; ++i) last = last->fNext;
-    if (last) tooOld = std::exchange(last->fNext, nullptr);
+    for (int i = 1; last->fNext; ++i, last = last->fNext)
+      if (i >= kRetiredStates && now - last->fNext->fSince >= kRetiredMilliseconds) {
+        tooOld = std::exchange(last->fNext, nullptr);
+        break;
+      }
   }
-  delete tooOld;  // At most one: the list was full before.
+  DeleteAll(tooOld);
 }
 
 void TOakItemIdList::ReplacePidl(TPidl pPidl) {

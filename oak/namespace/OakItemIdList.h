@@ -38,8 +38,8 @@ class TReentrantLock {
 ///
 /// Threads: any thread may read an item. What two threads find out at once is
 /// published once, and the second finding is dropped. A list or text that was
-/// replaced is kept for a while, so that a reader on another thread may finish
-/// with it; whoever keeps a WindowsPointer for longer clones it. The cached
+/// replaced is kept for a minute at least, so that a reader on another thread may
+/// finish with it; whoever keeps a WindowsPointer for longer clones it. The cached
 /// shell item is read and filled by the main thread alone, as it belongs to that
 /// thread's apartment.
 ///

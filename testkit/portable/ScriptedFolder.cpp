@@ -39,15 +39,15 @@ class TScriptedFolder::TCursor final : public TInterfacedObject<IFolderCursor> {
 
 // --- the script --------------------------------------------------------------
 
-TScriptedFolder& TScriptedFolder::AddFile(TString name, std::string contents, DWORD attributes) {
+TScriptedFolder& TScriptedFolder::AddFile(TString name, DWORD attributes) {
   const std::lock_guard guard(fLock);
-  fObjects.push_back({std::move(name), EveryFile | attributes, std::move(contents), nullptr});
+  fObjects.push_back({std::move(name), EveryFile | attributes, nullptr});
   return *this;
 }
 
 Ref<TScriptedFolder> TScriptedFolder::AddFolder(TString name, DWORD attributes) {
   const std::lock_guard guard(fLock);
-  fObjects.push_back({std::move(name), EveryFolder | attributes, {}, Make()});
+  fObjects.push_back({std::move(name), EveryFolder | attributes, Make()});
   return fObjects.back().Folder;
 }
 
@@ -79,6 +79,7 @@ void TScriptedFolder::ClearFailure(TScriptedOperation operation) {
 void TScriptedFolder::SetGrowth(TStringArray names) {
   const std::lock_guard guard(fLock);
   fGrowth = std::move(names);
+  fGrown = 0;
 }
 
 void TScriptedFolder::SetFileSystemPath(TString path) {
@@ -89,12 +90,6 @@ void TScriptedFolder::SetFileSystemPath(TString path) {
 int TScriptedFolder::GetEnumerationCount() const {
   const std::lock_guard guard(fLock);
   return fEnumerationCount;
-}
-
-std::optional<std::string> TScriptedFolder::GetContents(TStringView name) const {
-  const std::lock_guard guard(fLock);
-  const TObjectEntry* entry = Find(name);
-  return entry ? std::optional(entry->Contents) : std::nullopt;
 }
 
 TStringArray TScriptedFolder::GetNames() const {
@@ -124,8 +119,7 @@ TPidl TScriptedFolder::MakeEntryElement(const TObjectEntry& entry) const {
 }
 
 void TScriptedFolder::GrowLocked() {
-  const auto shown = static_cast<std::size_t>(fEnumerationCount - 1);
-  if (shown < fGrowth.size()) fObjects.push_back({fGrowth[shown], EveryFolder, {}, Make()});
+  if (fGrown < fGrowth.size()) fObjects.push_back({fGrowth[fGrown++], EveryFolder, Make()});
 }
 
 HRESULT TScriptedFolder::Enumerate(DWORD flags, Ref<IFolderCursor>& cursor) {
@@ -167,7 +161,8 @@ HRESULT TScriptedFolder::GetAttributes(PCUITEMID_CHILD element, DWORD mask, DWOR
   const std::lock_guard guard(fLock);
   if ((mask & SFGAO_VALIDATE) && !Find(name)) return NotFound;
   attributes = flags;
-  if (!fFileSystemPath.empty()) attributes |= SFGAO_FILESYSTEM | SFGAO_FILESYSANCESTOR;
+  if (!fFileSystemPath.empty())
+    attributes |= SFGAO_FILESYSTEM | (flags & SFGAO_FOLDER ? SFGAO_FILESYSANCESTOR : 0u);
   return S_OK;
 }
 
@@ -194,6 +189,8 @@ HRESULT TScriptedFolder::Open(PCUITEMID_CHILD element, Ref<IFolderSource>& child
   const std::lock_guard guard(fLock);
   const TObjectEntry* entry = Find(name);
   if (!entry || !entry->Folder) return HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND);
+  if (!fFileSystemPath.empty())
+    entry->Folder->SetFileSystemPath(IncludeTrailingPathDelimiter(fFileSystemPath) + name);
   child = entry->Folder;
   return S_OK;
 }
@@ -207,7 +204,7 @@ HRESULT TScriptedFolder::Create(TStringView name, bool folder, bool replace, TPi
     std::erase_if(fObjects, [&](const TObjectEntry& o) { return SameText(o.Name, name); });
   }
   fObjects.push_back(
-      {TString(name), folder ? EveryFolder : EveryFile, {}, folder ? Make() : nullptr});
+      {TString(name), folder ? EveryFolder : EveryFile, folder ? Make() : nullptr});
   element = MakeEntryElement(fObjects.back());
   return S_OK;
 }
@@ -251,23 +248,26 @@ TFolderMount DesktopMount(const Ref<TScriptedFolder>& folder, TStringView name) 
 namespace {
 TString DriveRoot(char16_t letter) { return TString(1, UpCase(letter)) + u":\\"; }
 
-TFolderMount DriveMount(char16_t letter, const Ref<TScriptedFolder>& folder) {
+TFolderMount DriveMount(char16_t letter, UINT driveType, const Ref<TScriptedFolder>& folder) {
   folder->SetFileSystemPath(DriveRoot(letter));
   TFolderMount mount = DesktopMount(folder, DriveRoot(letter));
   mount.Parent = u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}";
   mount.ParsingName = DriveRoot(letter);
   mount.FileSystemPath = DriveRoot(letter);
   mount.Attributes |= SFGAO_FILESYSTEM | SFGAO_FILESYSANCESTOR;
+  if (driveType == DRIVE_REMOVABLE) mount.Attributes |= SFGAO_REMOVABLE;
   return mount;
 }
 }  // namespace
 
 TScriptedDrive::TScriptedDrive(char16_t letter, UINT driveType, const Ref<TScriptedFolder>& folder)
-    : fMount(DriveMount(letter, folder)),
+    : fMount(DriveMount(letter, driveType, folder)),
       fGetDriveType(Api().GetDriveTypeW,
                     [root = DriveRoot(letter), driveType,
-                     before = Api().GetDriveTypeW.Function()](LPCWSTR path) -> UINT {
-                      return SameText(FromW(path), root) ? driveType : before(path);
+                     function = Api().GetDriveTypeW.Function(),
+                     replacement = Api().GetDriveTypeW.Replacement()](LPCWSTR path) -> UINT {
+                      if (SameText(FromW(path), root)) return driveType;
+                      return replacement ? replacement(path) : function(path);
                     }) {}
 
 }  // namespace oak::testkit

@@ -12,7 +12,7 @@
 
 namespace oak::testkit {
 
-/// What can be made to fail or be slow.
+/// What can be made to fail.
 enum class TScriptedOperation : std::uint8_t {
   Enumerate,  ///< The start of a listing.
   Next,       ///< Each object of a listing.
@@ -22,8 +22,7 @@ enum class TScriptedOperation : std::uint8_t {
   GetAttributes,
   Create,
   Rename,
-  Destroy,
-  OpenStream
+  Destroy
 };
 
 /// A folder in memory. All operations work as in a real one: what is created,
@@ -34,7 +33,7 @@ class TScriptedFolder final : public TFolderSource {
 
   // --- the script ------------------------------------------------------------
   /// Adds a file; `attributes` are SFGAO_ bits besides those of every file.
-  TScriptedFolder& AddFile(TString name, std::string contents = {}, DWORD attributes = 0);
+  TScriptedFolder& AddFile(TString name, DWORD attributes = 0);
   /// Adds a folder and returns it.
   Ref<TScriptedFolder> AddFolder(TString name, DWORD attributes = 0);
   /// Adds `count` files: prefix, number, suffix.
@@ -52,7 +51,6 @@ class TScriptedFolder final : public TFolderSource {
   void SetFileSystemPath(TString path);
 
   int GetEnumerationCount() const;
-  std::optional<std::string> GetContents(TStringView name) const;
   TStringArray GetNames() const;
 
   // --- IFolderSource -----------------------------------------------------------
@@ -70,7 +68,6 @@ class TScriptedFolder final : public TFolderSource {
   struct TObjectEntry {
     TString Name;
     DWORD Attributes = 0;
-    std::string Contents;
     Ref<TScriptedFolder> Folder;
   };
 
@@ -84,6 +81,7 @@ class TScriptedFolder final : public TFolderSource {
   std::vector<TObjectEntry> fObjects;
   std::map<TScriptedOperation, std::pair<HRESULT, int>> fFailures;
   TStringArray fGrowth;
+  std::size_t fGrown = 0;  ///< Names of fGrowth that are shown.
   TString fFileSystemPath;
   DWORD fDelay = 0;
   int fEnumerationCount = 0;

@@ -1,6 +1,7 @@
 // Shell objects whose every answer the test chooses.
 #pragma once
 
+#include <cstring>
 #include <map>
 
 #include "oak/base/InterfacedObject.h"
@@ -8,7 +9,7 @@
 #include "oak/base/Text.h"
 #include "oak/platform/Api.h"
 
-namespace oak::testing {
+namespace oak::tests {
 
 inline LPWSTR TaskText(TStringView text) {
   const std::size_t bytes = (text.size() + 1) * sizeof(WCHAR);
@@ -111,4 +112,4 @@ class TFakeShellItem : public TInterfacedObject<IShellItem2> {
   HRESULT STDMETHODCALLTYPE GetBool(REFPROPERTYKEY, BOOL*) override { return E_NOTIMPL; }
 };
 
-}  // namespace oak::testing
+}  // namespace oak::tests

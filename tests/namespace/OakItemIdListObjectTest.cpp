@@ -12,7 +12,7 @@
 #include "testkit/ScopedApi.h"
 #include "tests/namespace/FakeShellItem.h"
 
-namespace oak::testing {
+namespace oak::tests {
 namespace {
 
 using ::testing::HasSubstr;
@@ -21,7 +21,6 @@ using testkit::TScopedApi;
 
 using TItem = TOakItemIdList;
 
-std::string Utf8(TStringView text) { return ToUtf8(text); }
 
 /// Every item's shell object is the one fake, and no list has a path.
 class OakItemIdListObject : public ::testing::Test {
@@ -97,8 +96,8 @@ TEST_F(OakItemIdListObject, NamesThatAreWorkedOver) {
   for (const auto& c : cases) {
     fFake->Names = {{SIGDN_FILESYSPATH, TString(c.fromShell)},
                     {SIGDN_NORMALDISPLAY, TString(c.fromShell)}};
-    EXPECT_EQ(Item()->Name(), c.name) << Utf8(c.fromShell);
-    EXPECT_EQ(Item()->DisplayName(dnfNormal), c.normal) << Utf8(c.fromShell);
+    EXPECT_EQ(Item()->Name(), c.name) << ToUtf8(c.fromShell);
+    EXPECT_EQ(Item()->DisplayName(dnfNormal), c.normal) << ToUtf8(c.fromShell);
   }
   fFake->Names = {{SIGDN_FILESYSPATH, u"{class}"}, {SIGDN_DESKTOPABSOLUTEEDITING, u"Edit"}};
   EXPECT_EQ(Item()->DisplayName(dnfPhysicalPath), u"Edit");
@@ -186,7 +185,7 @@ TEST_F(OakItemIdListObject, BindingReportsItsFailure) {
     ADD_FAILURE() << "nothing was raised";
   } catch (const EFolderTrekError& error) {
     EXPECT_EQ(error.GetErrorCode(), 0x80070005u);
-    EXPECT_THAT(Utf8(error.GetMessage()), HasSubstr("C:\\dir"));
+    EXPECT_THAT(ToUtf8(error.GetMessage()), HasSubstr("C:\\dir"));
   }
   // A query can't raise.
   Ref<IShellFolder> folder;
@@ -201,7 +200,7 @@ TEST_F(OakItemIdListObject, BindingAnInvalidItemRaisesWithItsState) {
     (void)TItem::FolderOf(TItem::CreateInvalidWithPath(u"gone"));
     ADD_FAILURE() << "nothing was raised";
   } catch (const EFolderTrekError& error) {
-    EXPECT_EQ(Utf8(error.GetMessage()),
+    EXPECT_EQ(ToUtf8(error.GetMessage()),
               "Could not retrieve IShellItem for ItemIdList  Internal data: FPath: gone, "
               "fSpecialFolder: SF_INVALID, Invalid");
   }
@@ -479,4 +478,4 @@ TEST_F(OakItemIdListSpecial, WhatWasComparedIsRemembered) {
 }
 
 }  // namespace
-}  // namespace oak::testing
+}  // namespace oak::tests

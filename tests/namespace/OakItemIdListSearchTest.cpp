@@ -8,7 +8,7 @@
 #include "tests/namespace/FakeShellItem.h"
 #include "tests/namespace/TestFolder.h"
 
-namespace oak::testing {
+namespace oak::tests {
 namespace {
 
 using testkit::TScopedApi;
@@ -243,4 +243,4 @@ TEST(OakItemIdListNoSearch, ASystemThatCanNotSearchRaises) {
 }
 
 }  // namespace
-}  // namespace oak::testing
+}  // namespace oak::tests

@@ -8,10 +8,11 @@
 #include "testkit/CallCounter.h"
 #include "testkit/OldWindows.h"
 #include "testkit/ScopedApi.h"
+#include "testkit/VirtualClock.h"
 #include "tests/namespace/FakeShellItem.h"
 #include "tests/namespace/TestFolder.h"
 
-namespace oak::testing {
+namespace oak::tests {
 namespace {
 
 using ::testing::HasSubstr;
@@ -21,7 +22,6 @@ using testkit::TScopedApi;
 
 using TItem = TOakItemIdList;
 
-std::string Utf8(TStringView text) { return ToUtf8(text); }
 
 Ref<IItemIdList> ItemOf(std::initializer_list<BYTE> elements) {
   return TItem::Create(TestPidl(elements));
@@ -39,7 +39,7 @@ std::string MessageOf(TBody&& body) {
   try {
     body();
   } catch (const E& error) {
-    return Utf8(error.GetMessage());
+    return ToUtf8(error.GetMessage());
   }
   return "nothing was raised";
 }
@@ -102,7 +102,7 @@ TEST(OakItemIdList, PathFieldKeepsOnlyTheDelimiterOfADrive) {
       {u"\\\\server\\share\\", u"\\\\server\\share"},
       {u"\\\\?\\C:\\Dir\\", u"\\\\?\\C:\\Dir"},
   };
-  for (const auto& c : cases) EXPECT_EQ(TItem::Create(c.text)->Path(), c.path) << Utf8(c.text);
+  for (const auto& c : cases) EXPECT_EQ(TItem::Create(c.text)->Path(), c.path) << ToUtf8(c.text);
 }
 
 TEST(OakItemIdList, APathThatIsNoPathIsDroppedOnceTheObjectIsKnown) {
@@ -300,8 +300,8 @@ TEST(OakItemIdList, SpecialFoldersAreFoundByNameInAnyCase) {
   for (const TString& text : {name, LowerCase(name), UpperCase(name),
                               TString(u"::{20d04fe0-3aea-1069-a2d8-08002b30309d}")}) {
     const auto found = TItem::CreateForSpecialFolder(text);
-    ASSERT_NE(found, nullptr) << Utf8(text);
-    EXPECT_TRUE(found->IsSpecialFolder(SF_DRIVES)) << Utf8(text);
+    ASSERT_NE(found, nullptr) << ToUtf8(text);
+    EXPECT_TRUE(found->IsSpecialFolder(SF_DRIVES)) << ToUtf8(text);
   }
   EXPECT_EQ(TItem::CreateForSpecialFolder(u"no folder of this name"), nullptr);
   EXPECT_EQ(TItem::CreateForSpecialFolder(u""), nullptr);
@@ -351,7 +351,7 @@ TEST(OakItemIdList, ParseTakesQuotesOffOnlyInPairs) {
   EXPECT_FALSE(item->IsInvalid());
   EXPECT_EQ(item->Path(), path);
   for (const TString& text : {u"\"" + path, path + u"\""})
-    EXPECT_TRUE(TItem::Parse(text)->IsInvalid()) << Utf8(text);
+    EXPECT_TRUE(TItem::Parse(text)->IsInvalid()) << ToUtf8(text);
 }
 
 TEST(OakItemIdList, ParseOfWhatDoesNotExist) {
@@ -361,7 +361,7 @@ TEST(OakItemIdList, ParseOfWhatDoesNotExist) {
   for (const TStringView text : {u"no such name", u"no such name\\below", u"\\", u"/x", u" ", u"a/b"}) {
     const auto relative = TItem::Parse(text, nullptr, true);
     ASSERT_NE(relative, nullptr);
-    EXPECT_TRUE(relative->IsInvalid()) << Utf8(text);
+    EXPECT_TRUE(relative->IsInvalid()) << ToUtf8(text);
     EXPECT_EQ(relative->DisplayPath(), text);
   }
 }
@@ -396,14 +396,27 @@ TEST(OakItemIdList, SetPidlAndSetShellItemForgetWhatWasKnown) {
   EXPECT_FALSE(made->IsInvalid());
 }
 
-TEST(OakItemIdList, AnItemThatIsReplacedOverAndOverStaysSmall) {
-  const auto item = ItemOf({0});
-  for (BYTE i = 1; i < 100; ++i) {
-    const PItemIdList before = item->WindowsPointer();
-    TItem::From(item)->SetPidl(TestPidl({i, i}));
-    EXPECT_EQ(TItem::GetDepth(before), i == 1 ? 1 : 2);
-    EXPECT_EQ(Elements(item), (std::vector<int>{i, i}));
-  }
+TEST(OakItemIdList, WhatWasReplacedIsKeptForAMinute) {
+  testkit::TVirtualClock clock;
+  const auto item = ItemOf({1});
+  const auto first = MakeRef<TFakeShellItem>();
+  const auto isHeld = [&] {
+    first->AddRef();
+    return first->Release() > 1;
+  };
+  const auto replace = [&](int times) {
+    for (int i = 0; i < times; ++i)
+      TItem::From(item)->SetShellItem(MakeRef<TFakeShellItem>().Get());
+  };
+  TItem::From(item)->SetShellItem(first.Get());
+  replace(100);
+  EXPECT_TRUE(isHeld());
+  clock.Advance(59'000);
+  replace(1);
+  EXPECT_TRUE(isHeld());
+  clock.Advance(1'000);
+  replace(1);
+  EXPECT_FALSE(isHeld());
 }
 
 TEST(OakItemIdList, ShellItemWithoutListIsFoundByItsName) {
@@ -447,4 +460,4 @@ TEST(OakItemIdList, CommandsSayThatTheyAreMissing) {
 }
 
 }  // namespace
-}  // namespace oak::testing
+}  // namespace oak::tests

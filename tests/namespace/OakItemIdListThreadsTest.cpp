@@ -12,7 +12,7 @@
 #include "oak/platform/Api.h"
 #include "tests/namespace/TestFolder.h"
 
-namespace oak::testing {
+namespace oak::tests {
 namespace {
 
 using TItem = TOakItemIdList;
@@ -122,4 +122,4 @@ TEST(TReentrantLock, KeepsOthersOutAndLetsTheOwnerInAgain) {
 }
 
 }  // namespace
-}  // namespace oak::testing
+}  // namespace oak::tests

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <string>
 
-namespace oak::testing {
+namespace oak::tests {
 
 namespace fs = std::filesystem;
 
@@ -38,4 +38,4 @@ void TTestFolder::MakeFolder(TStringView name) const { fs::create_directories(Na
 
 bool TTestFolder::Exists(TStringView name) const { return fs::exists(Native(name)); }
 
-}  // namespace oak::testing
+}  // namespace oak::tests

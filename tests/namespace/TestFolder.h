@@ -6,7 +6,7 @@
 
 #include "oak/base/Text.h"
 
-namespace oak::testing {
+namespace oak::tests {
 
 /// Made empty, removed with its contents in the end. Names are relative, in
 /// Windows form.
@@ -33,4 +33,4 @@ class TTestFolder {
 std::filesystem::path NativeName(TStringView name);
 TString LibraryPath(const std::filesystem::path& native);
 
-}  // namespace oak::testing
+}  // namespace oak::tests

@@ -15,7 +15,13 @@ std::vector<std::string> ConsoleArguments(int argc, char** argv) {
 TString PathFromArgument(std::string_view argument) {
   // "//server" and the like are left to the shell.
   if (!argument.starts_with('/') || argument.starts_with("//")) return FromUtf8(argument);
-  const TString path = WindowsPath(argument);
+  TString path = WindowsPath(argument);
+  if (path.empty()) {
+    // A drive stands for the real directory: the way there may be a link.
+    std::error_code failure;
+    const auto real = std::filesystem::weakly_canonical(std::filesystem::path(argument), failure);
+    if (!failure) path = WindowsPath(real.string());
+  }
   return path.empty() ? FromUtf8(argument) : path;
 }
 

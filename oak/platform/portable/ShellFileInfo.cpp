@@ -8,6 +8,7 @@
 #include "oak/platform/portable/ShellFunctions.h"
 #include "oak/platform/portable/ShellItem.h"
 #include "oak/platform/portable/ShellPidl.h"
+#include "oak/platform/portable/ShellProperties.h"
 
 namespace oak {
 
@@ -108,13 +109,6 @@ std::uint64_t NumberProperty(const TFolderNode& node, PCUITEMID_CHILD child, REF
   std::uint64_t number = 0;
   if (SUCCEEDED(node.GetProperty(child, key, value.Put()))) (void)TryGetUInt64(value, number);
   return number;
-}
-
-FILETIME TimeProperty(const TFolderNode& node, PCUITEMID_CHILD child, REFPROPERTYKEY key) {
-  TPropVariant value;
-  FILETIME time{};
-  if (SUCCEEDED(node.GetProperty(child, key, value.Put()))) (void)TryGetFileTime(value, time);
-  return time;
 }
 
 HRESULT FillFindData(const TFolderNode& node, PCUITEMID_CHILD child, void* data, int size) {

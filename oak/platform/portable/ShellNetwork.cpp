@@ -76,7 +76,8 @@ class TServerSource : public TFolderSource {
     const auto config = PortableConfig();
     const TPortableShare* share = config->FindShare(fServer, name);
     if (!share && !options.FindData) return HRESULT_FROM_WIN32(67);
-    element = MakeNameElement(ekShare, kNetworkVersion, 0, share ? TStringView(share->Share) : name);
+    element =
+        MakeNameElement(ekShare, kNetworkVersion, 0, share ? TStringView(share->Share) : name);
     return S_OK;
   }
 
@@ -148,7 +149,8 @@ class TNetworkSource : public TFolderSource {
     if (StartsWith(name, u"\\\\")) name.remove_prefix(2);
     const TString known = KnownName(name);
     if (known.empty() && !options.FindData) return HRESULT_FROM_WIN32(53);
-    element = MakeNameElement(ekServer, kNetworkVersion, 0, known.empty() ? name : TStringView(known));
+    element =
+        MakeNameElement(ekServer, kNetworkVersion, 0, known.empty() ? name : TStringView(known));
     return S_OK;
   }
 

@@ -171,6 +171,13 @@ HRESULT TFolderNode::GetProperty(PCUITEMID_CHILD child, REFPROPERTYKEY key,
   return result;
 }
 
+FILETIME TimeProperty(const TFolderNode& node, PCUITEMID_CHILD child, REFPROPERTYKEY key) {
+  TPropVariant value;
+  FILETIME time{};
+  if (SUCCEEDED(node.GetProperty(child, key, value.Put()))) (void)TryGetFileTime(value, time);
+  return time;
+}
+
 HRESULT MakePropertyStore(const Ref<TFolderNode>& node, PCUITEMID_CHILD child,
                           std::span<const PROPERTYKEY> keys, bool writable, REFIID iid,
                           void** store) {

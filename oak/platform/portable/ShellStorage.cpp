@@ -5,6 +5,7 @@
 #include "oak/platform/portable/PortableCall.h"
 #include "oak/platform/portable/ShellFolder.h"
 #include "oak/platform/portable/ShellPidl.h"
+#include "oak/platform/portable/ShellProperties.h"
 
 namespace oak {
 
@@ -19,13 +20,6 @@ HRESULT StorageError(HRESULT result) {
   if (result == HRESULT_FROM_WIN32(2)) return STG_E_FILENOTFOUND;  // ERROR_FILE_NOT_FOUND
   if (result == HRESULT_FROM_WIN32(3)) return STG_E_PATHNOTFOUND;  // ERROR_PATH_NOT_FOUND
   return result;
-}
-
-FILETIME TimeProperty(const TFolderNode& node, PCUITEMID_CHILD child, REFPROPERTYKEY key) {
-  TPropVariant value;
-  FILETIME time{};
-  if (SUCCEEDED(node.GetProperty(child, key, value.Put()))) (void)TryGetFileTime(value, time);
-  return time;
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 namespace oak {
 namespace {
 
-using testing::TTestFolder;
+using tests::TTestFolder;
 using testkit::SweepFaults;
 
 /// Runs a scenario that may raise what the library documents, and nothing else.
@@ -84,8 +84,8 @@ TEST(FaultSweep, RenameKeepsTheFile) {
 }
 
 TEST(FaultSweep, CreateAndDelete) {
-  TTestFolder folder;
-  const int failed = SweepFaults(Documented([&] {
+  const int failed = SweepFaults(Documented([] {
+    TTestFolder folder;  // What a failed run leaves must not lengthen the next one.
     const Ref<IItemIdList> parent = TOakItemIdList::Create(folder.Path());
     const Ref<IItemIdList> made = parent->CreateNewFolder(u"made");
     TOakItemIdList::From(made)->RemoveStorage();

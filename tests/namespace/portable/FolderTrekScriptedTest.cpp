@@ -89,7 +89,7 @@ TEST_F(FolderTrekScripted, FileSystemOnlyDropsVirtualObjectsButRecycleFolders) {
 TEST_F(FolderTrekScripted, ShowsObjectsAccordingToOptions) {
   fFolder->SetFileSystemPath(u"S:\\");
   fFolder->AddFile(u"file.txt");
-  fFolder->AddFile(u"hidden.txt", {}, SFGAO_HIDDEN);
+  fFolder->AddFile(u"hidden.txt", SFGAO_HIDDEN);
   fFolder->AddFolder(u"folder");
   fFolder->AddFolder(u"archive.zip", SFGAO_STREAM);
   fFolder->AddFolder(u"Recycler", SFGAO_HIDDEN);

@@ -9,7 +9,7 @@
 #include "testkit/FaultInjection.h"
 #include "tests/namespace/TestFolder.h"
 
-namespace oak::testing {
+namespace oak::tests {
 namespace {
 
 
@@ -219,4 +219,4 @@ TEST_F(OakItemIdListEdit, ErrorModeIsRestored) {
 }
 
 }  // namespace
-}  // namespace oak::testing
+}  // namespace oak::tests

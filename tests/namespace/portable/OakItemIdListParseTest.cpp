@@ -12,7 +12,7 @@
 #include "testkit/portable/ScriptedFolder.h"
 #include "tests/namespace/TestFolder.h"
 
-namespace oak::testing {
+namespace oak::tests {
 namespace {
 
 using testkit::TScopedApi;
@@ -195,4 +195,4 @@ TEST(OakItemIdListSlow, NetworkPlacesAreSlow) {
 }
 
 }  // namespace
-}  // namespace oak::testing
+}  // namespace oak::tests

@@ -2,7 +2,7 @@
 
 #include "tests/namespace/TestFolder.h"
 
-namespace oak::testing {
+namespace oak::tests {
 
 std::filesystem::path NativeName(TStringView name) {
   std::string text = ToUtf8(name);
@@ -17,4 +17,4 @@ TString LibraryPath(const std::filesystem::path& native) {
   return text;
 }
 
-}  // namespace oak::testing
+}  // namespace oak::tests

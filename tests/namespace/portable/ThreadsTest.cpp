@@ -14,7 +14,7 @@
 namespace oak {
 namespace {
 
-using testing::TTestFolder;
+using tests::TTestFolder;
 
 constexpr int ThreadCount = 4;
 constexpr int Rounds = 40;

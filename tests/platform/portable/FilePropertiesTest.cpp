@@ -8,7 +8,7 @@
 #include "oak/platform/portable/FileProperties.h"
 #include "oak/platform/portable/PortableConfig.h"
 
-namespace oak::testing {
+namespace oak::tests {
 namespace {
 
 TPropVariant Get(const Ref<IFolderSource>& source, TStringView name, REFPROPERTYKEY key,
@@ -155,4 +155,4 @@ TEST(FileProperties, KeysAreAnswered) {
 }
 
 }  // namespace
-}  // namespace oak::testing
+}  // namespace oak::tests

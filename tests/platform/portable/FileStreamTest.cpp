@@ -2,7 +2,7 @@
 #include "NativeTree.h"
 #include "oak/platform/portable/FileStream.h"
 
-namespace oak::testing {
+namespace oak::tests {
 namespace {
 
 Ref<IStream> Open(const TNativeTree& tree, const std::string& name, DWORD mode,
@@ -150,4 +150,4 @@ TEST(FileStream, WhatIsNotOpened) {
 }
 
 }  // namespace
-}  // namespace oak::testing
+}  // namespace oak::tests

@@ -3,7 +3,7 @@
 
 #include "NativeTree.h"
 
-namespace oak::testing {
+namespace oak::tests {
 namespace {
 
 TEST(FileSystemEdit, CreatesFilesAndFolders) {
@@ -191,4 +191,4 @@ TEST(FileSystemEdit, WithoutRights) {
 }
 
 }  // namespace
-}  // namespace oak::testing
+}  // namespace oak::tests

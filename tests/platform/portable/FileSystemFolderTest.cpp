@@ -10,7 +10,7 @@
 #include "oak/platform/portable/FileSystemSource.h"
 #include "oak/platform/portable/PortableConfig.h"
 
-namespace oak::testing {
+namespace oak::tests {
 namespace {
 
 using ::testing::ElementsAre;
@@ -331,4 +331,4 @@ TEST(FileSystemFolder, OverlaysAndTips) {
 }
 
 }  // namespace
-}  // namespace oak::testing
+}  // namespace oak::tests

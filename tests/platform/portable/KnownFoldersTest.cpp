@@ -8,7 +8,7 @@
 #include "oak/platform/portable/PortableConfig.h"
 #include "oak/platform/portable/PortableKnownFolders.h"
 
-namespace oak::testing {
+namespace oak::tests {
 namespace {
 
 // A user whose home is in the test's own directory.
@@ -203,4 +203,4 @@ TEST_F(KnownFoldersTest, MissingDirectories) {
 }
 
 }  // namespace
-}  // namespace oak::testing
+}  // namespace oak::tests

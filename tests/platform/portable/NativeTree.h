@@ -14,7 +14,7 @@
 #include "oak/platform/portable/PortableFiles.h"
 #include "oak/platform/portable/PortableShell.h"
 
-namespace oak::testing {
+namespace oak::tests {
 
 class TNativeTree {
  public:
@@ -73,4 +73,4 @@ inline TString NameOf(const Ref<IFolderSource>& source, PCUITEMID_CHILD element,
 
 constexpr HRESULT Win32(DWORD code) { return HRESULT_FROM_WIN32(code); }
 
-}  // namespace oak::testing
+}  // namespace oak::tests

@@ -10,7 +10,7 @@
 #include "oak/platform/Api.h"
 #include "oak/platform/portable/PropertySystem.h"
 
-namespace oak::testing {
+namespace oak::tests {
 namespace {
 
 TString Format(REFPROPERTYKEY key, const TPropVariant& value, int flags = 0) {
@@ -217,4 +217,4 @@ TEST(PropertySystem, Converts) {
 }
 
 }  // namespace
-}  // namespace oak::testing
+}  // namespace oak::tests
