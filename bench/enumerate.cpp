@@ -108,4 +108,3 @@ void WholeTree(benchmark::State& state) {
 BENCHMARK(WholeTree)->Unit(benchmark::kMillisecond);
 
 }  // namespace
-

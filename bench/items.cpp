@@ -58,4 +58,3 @@ void SamePlace(benchmark::State& state) {
 BENCHMARK(SamePlace);
 
 }  // namespace
-

@@ -26,8 +26,8 @@ void SortWithIcu(const std::vector<TString>& names) {
   std::vector<std::pair<std::string, std::size_t>> keys(names.size());
   std::uint8_t buffer[1024];
   for (std::size_t i = 0; i < names.size(); ++i) {
-    const int length = collator->getSortKey(
-        names[i].data(), static_cast<int>(names[i].size()), buffer, sizeof(buffer));
+    const int length = collator->getSortKey(names[i].data(), static_cast<int>(names[i].size()),
+                                            buffer, sizeof(buffer));
     keys[i] = {std::string(reinterpret_cast<char*>(buffer), static_cast<std::size_t>(length)), i};
   }
   std::sort(keys.begin(), keys.end());
@@ -106,7 +106,8 @@ void MatchSuffixes(benchmark::State& state) {
 BENCHMARK(MatchSuffixes)->Unit(benchmark::kMillisecond);
 
 void MatchGeneral(benchmark::State& state) {
-  MatchNames(state, {u"*re?ort*(1?)*.t*", u"d*-*7*.c??"}, "(.*re.ort.*\\(1.\\).*\\.t.*|d.*-.*7.*\\.c..)");
+  MatchNames(state, {u"*re?ort*(1?)*.t*", u"d*-*7*.c??"},
+             "(.*re.ort.*\\(1.\\).*\\.t.*|d.*-.*7.*\\.c..)");
 }
 BENCHMARK(MatchGeneral)->Unit(benchmark::kMillisecond);
 
@@ -123,4 +124,3 @@ void MatchGeneralByFnmatch(benchmark::State& state) {
 BENCHMARK(MatchGeneralByFnmatch)->Unit(benchmark::kMillisecond);
 
 }  // namespace
-

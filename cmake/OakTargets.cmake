@@ -5,6 +5,9 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 find_package(Threads REQUIRED)
 
+set(CMAKE_UNITY_BUILD ${OAK_UNITY})
+set(CMAKE_UNITY_BUILD_BATCH_SIZE 12)
+
 # A second compilation of the same text, in any build tree, costs nothing.
 find_program(OAK_CCACHE ccache)
 mark_as_advanced(OAK_CCACHE)

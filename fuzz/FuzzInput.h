@@ -18,7 +18,8 @@ inline oak::TString ToText(const std::uint8_t* data, std::size_t size) {
 }
 
 /// Two texts, divided at the first zero unit.
-inline std::pair<oak::TString, oak::TString> ToTwoTexts(const std::uint8_t* data, std::size_t size) {
+inline std::pair<oak::TString, oak::TString> ToTwoTexts(const std::uint8_t* data,
+                                                        std::size_t size) {
   oak::TString text = ToText(data, size);
   const std::size_t zero = text.find(u'\0');
   if (zero == oak::TString::npos) return {text, {}};

@@ -12,8 +12,10 @@ struct TFunctionInfo {
   std::string_view Name;
   bool CanFail;
 };
-constexpr TFunctionInfo Functions[] = {
-#define OAK_API(Result, Name, Params, Failure) {#Name, failure::Failure<Result>::Function != nullptr},
+// Not constexpr: with the sanitizers the address of a function is no constant to compare.
+const TFunctionInfo Functions[] = {
+#define OAK_API(Result, Name, Params, Failure) \
+  {#Name, failure::Failure<Result>::Function != nullptr},
 #include "oak/platform/ApiList.inc"
 #undef OAK_API
 };

@@ -18,13 +18,15 @@ int FileCount() {
 fs::path DataRoot() { return fs::temp_directory_path() / "oak-bench-data"; }
 
 oak::TString MakeName(std::mt19937& random, int number) {
-  static const char16_t* const words[] = {u"Report", u"invoice", u"IMG_", u"Übersicht", u"notes",
-                                          u"main",   u"résumé",  u"Draft", u"data-",    u"проект"};
-  static const char16_t* const extensions[] = {u".txt", u".cpp", u".h", u".JPG", u".md", u".pdf", u""};
+  static const char16_t* const words[] = {u"Report", u"invoice", u"IMG_",  u"Übersicht", u"notes",
+                                          u"main",   u"résumé",  u"Draft", u"data-",     u"проект"};
+  static const char16_t* const extensions[] = {u".txt", u".cpp", u".h", u".JPG",
+                                               u".md",  u".pdf", u""};
   oak::TString name = words[random() % std::size(words)];
   if (random() % 2) name += u" ";
   name += oak::IntToStr(static_cast<std::int64_t>(random() % 5000));
-  if (random() % 3 == 0) name += u" (" + oak::IntToStr(static_cast<std::int64_t>(random() % 40)) + u")";
+  if (random() % 3 == 0)
+    name += u" (" + oak::IntToStr(static_cast<std::int64_t>(random() % 40)) + u")";
   // Unique whatever came before.
   name += u"_" + oak::IntToHex(static_cast<std::uint64_t>(number), 5);
   return name + extensions[random() % std::size(extensions)];

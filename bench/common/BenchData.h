@@ -14,7 +14,8 @@
 namespace bench {
 
 /// Directory of $OAK_BENCH_FOLDER, else a generated one of 100,000 files
-/// ($OAK_BENCH_FILES changes the number, $OAK_BENCH_SMOKE makes it small). Generated data is kept for later runs.
+/// ($OAK_BENCH_FILES changes the number, $OAK_BENCH_SMOKE makes it small). Generated data is kept
+/// for later runs.
 std::string Folder();
 /// Directory of $OAK_BENCH_TREE, else a generated tree of twice as many files in
 /// folders up to 8 deep.

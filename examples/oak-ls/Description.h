@@ -16,9 +16,9 @@ struct TDescription {
   int Depth = 0;
   std::string Special;  ///< Name of the TOakShellFolder value.
   std::vector<std::string> Attributes;
-  std::optional<std::int64_t> Size;     ///< Bytes; none for folders.
-  std::optional<std::string> Modified;  ///< Local time.
-  std::optional<std::string> Target;    ///< Of a link.
+  std::optional<std::int64_t> Size;                        ///< Bytes; none for folders.
+  std::optional<std::string> Modified;                     ///< Local time.
+  std::optional<std::string> Target;                       ///< Of a link.
   std::vector<std::pair<std::string, std::string>> Names;  ///< By display-name form.
 };
 

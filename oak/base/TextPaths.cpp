@@ -17,7 +17,8 @@ std::size_t NameStart(TStringView path) {
 /// Length of "server\share" at the start of the text, or 0 without a share.
 std::size_t ShareLength(TStringView text) {
   const std::size_t server = text.find(PathDelim);
-  if (server == nowhere || server == 0 || server + 1 == text.size() || text[server + 1] == PathDelim)
+  if (server == nowhere || server == 0 || server + 1 == text.size() ||
+      text[server + 1] == PathDelim)
     return 0;
   const std::size_t share = text.find(PathDelim, server + 1);
   return share == nowhere ? text.size() : share;

@@ -126,14 +126,13 @@ using HGLOBAL = HANDLE;
 #define HRESULT_CODE(hr) ((hr)&0xFFFF)
 #define HRESULT_FACILITY(hr) (((hr) >> 16) & 0x1FFF)
 #define FACILITY_WIN32 7
-#define MAKE_HRESULT(sev, fac, code)                                    \
-  (static_cast<HRESULT>((static_cast<std::uint32_t>(sev) << 31) |       \
-                        (static_cast<std::uint32_t>(fac) << 16) |       \
+#define MAKE_HRESULT(sev, fac, code)                              \
+  (static_cast<HRESULT>((static_cast<std::uint32_t>(sev) << 31) | \
+                        (static_cast<std::uint32_t>(fac) << 16) | \
                         static_cast<std::uint32_t>(code)))
 constexpr HRESULT HRESULT_FROM_WIN32(std::uint32_t code) {
-  return static_cast<HRESULT>(code) <= 0
-             ? static_cast<HRESULT>(code)
-             : static_cast<HRESULT>((code & 0xFFFFu) | 0x80070000u);
+  return static_cast<HRESULT>(code) <= 0 ? static_cast<HRESULT>(code)
+                                         : static_cast<HRESULT>((code & 0xFFFFu) | 0x80070000u);
 }
 
 #define OAK_HRESULT(name, value) constexpr HRESULT name = static_cast<HRESULT>(value)

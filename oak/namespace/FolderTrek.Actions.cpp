@@ -1,7 +1,7 @@
 // What the cursor does to its objects, and the window that the shell may use.
+#include "oak/namespace/FolderTrek.h"
 #include "oak/base/HResult.h"
 #include "oak/framework/Host.h"
-#include "oak/namespace/FolderTrek.h"
 #include "oak/namespace/Oak.Shell.ControlHelper.h"
 #include "oak/namespace/OakItemIdList.h"
 #include "oak/namespace/Shell_Win32.h"
@@ -27,9 +27,8 @@ void ReportRenameFailure(HRESULT pStatus) {
 
 HWND TFolderTrek::GetWindowHandle(bool pForce) {
   if (!pForce && !fShowErrorMessages &&
-      (FObjects || !FFolderIdList ||
-       !TOakItemIdList::IsNetworkPidl(FFolderIdList) || !IsMainThread() ||
-       FFolderIdList->Depth() > DeepestFolderWithWindow))
+      (FObjects || !FFolderIdList || !TOakItemIdList::IsNetworkPidl(FFolderIdList) ||
+       !IsMainThread() || FFolderIdList->Depth() > DeepestFolderWithWindow))
     return nullptr;
   if (GetOwner() && Host().WindowOf) {
     if (HWND window = Host().WindowOf(GetOwner())) return window;

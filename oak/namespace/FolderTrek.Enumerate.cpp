@@ -1,7 +1,7 @@
 // Fetching the objects of the folder, and which of them pass.
+#include "oak/namespace/FolderTrek.h"
 #include "oak/base/HResult.h"
 #include "oak/namespace/ErrorMode.h"
-#include "oak/namespace/FolderTrek.h"
 #include "oak/namespace/Oak.Shell.ControlHelper.h"
 #include "oak/namespace/Oak.Shell.Types.h"
 #include "oak/namespace/OakItemIdList.h"
@@ -11,8 +11,8 @@ namespace oak {
 namespace {
 
 // Hidden objects are always fetched; what is shown of them is the view's choice.
-constexpr DWORD EnumerationFlags = SHCONTF_FOLDERS | SHCONTF_NONFOLDERS | SHCONTF_INCLUDEHIDDEN |
-                                   SHCONTF_INCLUDESUPERHIDDEN;
+constexpr DWORD EnumerationFlags =
+    SHCONTF_FOLDERS | SHCONTF_NONFOLDERS | SHCONTF_INCLUDEHIDDEN | SHCONTF_INCLUDESUPERHIDDEN;
 constexpr DWORD LockedVolume = 0x80310000;
 constexpr int LowestReportedCode = 3;
 constexpr int HighestReportedCode = 12175;

@@ -75,8 +75,7 @@ int CompareFilenames(TStringView pName1, TStringView pName2) {
 bool IsNetworkPath(TStringView pPath) {
   if (IsUNCPath(pPath)) return true;
   const TString drive = ExtractFileDrive(pPath);
-  if (!drive.empty() &&
-      Api().GetDriveTypeW(W(IncludeTrailingPathDelimiter(drive))) == DRIVE_REMOTE)
+  if (!drive.empty() && Api().GetDriveTypeW(W(IncludeTrailingPathDelimiter(drive))) == DRIVE_REMOTE)
     return true;
   return IsUncServer(pPath);
 }
@@ -141,7 +140,8 @@ TString GetFriendlyName(TStringView pPath) {
   TString text(pPath);
   const Ref<IShellFolder> desktop = Desktop();
   TPidl pidl;
-  if (FAILED(desktop->ParseDisplayName(nullptr, nullptr, WBuffer(text), nullptr, pidl.Put(), nullptr)))
+  if (FAILED(
+          desktop->ParseDisplayName(nullptr, nullptr, WBuffer(text), nullptr, pidl.Put(), nullptr)))
     return TString(pPath);
   return TOakItemIdList::Create(std::move(pidl))->Path();
 }
@@ -169,10 +169,12 @@ TString OakExpandEnvironmentStrings(TStringView pText) {
   if (!Contains(text, u"%")) return text;
   SYSTEMTIME now;
   Api().GetLocalTime(&now);
-  text = ReplaceAllText(text, u"%DATE%",
-                        IntToStr(now.wYear) + u"-" + TwoDigits(now.wMonth) + u"-" + TwoDigits(now.wDay));
-  text = ReplaceAllText(text, u"%TIME%",
-                        TwoDigits(now.wHour) + u"-" + TwoDigits(now.wMinute) + u"-" + TwoDigits(now.wSecond));
+  text = ReplaceAllText(
+      text, u"%DATE%",
+      IntToStr(now.wYear) + u"-" + TwoDigits(now.wMonth) + u"-" + TwoDigits(now.wDay));
+  text = ReplaceAllText(
+      text, u"%TIME%",
+      TwoDigits(now.wHour) + u"-" + TwoDigits(now.wMinute) + u"-" + TwoDigits(now.wSecond));
   if (ContainsText(text, u"%MYDOCUMENTS%"))
     text = ReplaceAllText(text, u"%MYDOCUMENTS%", GetPathFromSpecialFolder(SF_PERSONAL));
   return text;

@@ -1,8 +1,8 @@
 // What the cursor knows of its current object.
+#include "oak/namespace/FolderTrek.h"
 #include "oak/base/DateTime.h"
 #include "oak/base/Version.h"
 #include "oak/namespace/ErrorMode.h"
-#include "oak/namespace/FolderTrek.h"
 #include "oak/namespace/Oak.Shell.ControlHelper.h"
 #include "oak/namespace/Oak.Shell.ShellColumns.h"
 #include "oak/namespace/OakItemIdList.h"

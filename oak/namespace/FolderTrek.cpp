@@ -164,8 +164,7 @@ void TFolderTrek::SetAbsoluteItemIdList(Ref<IItemIdList> pItemIdList) {
   if (!pItemIdList)
     throw EInvalidArgument(
         u"\"nil\" is not a valid value that can be assigned to TFolderTrek.AbsoluteItemIdList");
-  if (pItemIdList->IsInvalid())
-    throw EFolderTrekError(PathNotFound, pItemIdList->Path() + u"\r\n");
+  if (pItemIdList->IsInvalid()) throw EFolderTrekError(PathNotFound, pItemIdList->Path() + u"\r\n");
   if (pItemIdList->IsSpecialFolder(SF_DESKTOP)) {
     SetSpecialFolder(SF_DESKTOP);
     return;
@@ -177,8 +176,7 @@ void TFolderTrek::SetAbsoluteItemIdList(Ref<IItemIdList> pItemIdList) {
     return;
   FFolderIdList = pItemIdList->GetStartItemIdList(pItemIdList->Depth() - 1);
   SetShellfolder(parent);
-  SetItemIdList(child ? TOakItemIdList::Create(child, iloCopyMemory)
-                      : pItemIdList->GetLastPart());
+  SetItemIdList(child ? TOakItemIdList::Create(child, iloCopyMemory) : pItemIdList->GetLastPart());
   FAbsoluteIdList = pItemIdList;
 }
 
@@ -210,9 +208,9 @@ void TFolderTrek::FindObjectByName(TStringView pName) {
   while (Next()) {
     if (SameText(AbsoluteOrOwnItem()->DisplayName(dnfInFolder), pName)) return;
   }
-  throw EFolderTrekError(u"Error: Cannot find Object \"" + TString(pName) + u"\" in Folder \"" +
-                             GetFolder() + u"\"",
-                         nullptr);
+  throw EFolderTrekError(
+      u"Error: Cannot find Object \"" + TString(pName) + u"\" in Folder \"" + GetFolder() + u"\"",
+      nullptr);
 }
 
 TOakShellFolder TFolderTrek::IsSpecialObject() {

@@ -26,14 +26,14 @@ enum TItemIdListOwnership : std::uint8_t {
 /// The forms in which an item tells its name.
 enum TItemIdListDisplayNameFormat : std::uint8_t {
   dnfNormal,
-  dnfInFolder,               ///< As shown in the parent folder.
-  dnfPath,                   ///< Absolute, for editing.
-  dnfPhysicalPath,           ///< File-system path.
+  dnfInFolder,      ///< As shown in the parent folder.
+  dnfPath,          ///< Absolute, for editing.
+  dnfPhysicalPath,  ///< File-system path.
   dnfRelativeForAddressBar,
   dnfRelativeParsing,
   dnfAbsoluteParsing,
-  dnfForExplorer,            ///< In-folder names of all elements, class identifiers kept.
-  dnfPreferPhysical          ///< File-system path if there is one, else dnfPath.
+  dnfForExplorer,    ///< In-folder names of all elements, class identifiers kept.
+  dnfPreferPhysical  ///< File-system path if there is one, else dnfPath.
 };
 
 enum TFilesFolders : std::uint8_t { ffFilesOnly, ffFoldersOnly, ffFilesAndFolders };

@@ -22,26 +22,30 @@ class TShellPropertyValue;
 
 /// An object on which a command can be carried out.
 struct ICommandInvokable : IUnknown {
-  static constexpr GUID Iid{0xF5E12043, 0x9E60, 0x4F69, {0x81, 0xCF, 0x85, 0x7C, 0xAA, 0x11, 0xA9, 0x76}};
+  static constexpr GUID Iid{
+      0xF5E12043, 0x9E60, 0x4F69, {0x81, 0xCF, 0x85, 0x7C, 0xAA, 0x11, 0xA9, 0x76}};
   /// True if the command was carried out.
   virtual bool InvokeCommand(const TShellCommand& pCommand) = 0;
 };
 
 /// An object on which a command can be carried out with user interface.
 struct IUICommandInvokable : IUnknown {
-  static constexpr GUID Iid{0xDA8D76D1, 0x6AA7, 0x4C35, {0x88, 0x1A, 0x6B, 0x6A, 0x0C, 0xC4, 0x32, 0x25}};
+  static constexpr GUID Iid{
+      0xDA8D76D1, 0x6AA7, 0x4C35, {0x88, 0x1A, 0x6B, 0x6A, 0x0C, 0xC4, 0x32, 0x25}};
   virtual bool InvokeUICommand(const TShellCommand& pCommand) = 0;
 };
 
 /// A file that is deleted with the last reference.
 struct ITemporaryFile : IUnknown {
-  static constexpr GUID Iid{0x98337730, 0x4656, 0x4E36, {0xAA, 0x68, 0x53, 0x56, 0xB2, 0x18, 0x09, 0x6D}};
+  static constexpr GUID Iid{
+      0x98337730, 0x4656, 0x4E36, {0xAA, 0x68, 0x53, 0x56, 0xB2, 0x18, 0x09, 0x6D}};
   virtual TString GetFilePath() = 0;
 };
 
 /// Values of an object by column.
 struct IMetaDataFormatter : IUnknown {
-  static constexpr GUID Iid{0x28A34D5C, 0xC06F, 0x4545, {0xAE, 0xF8, 0x46, 0x45, 0xBE, 0x57, 0x0B, 0x9A}};
+  static constexpr GUID Iid{
+      0x28A34D5C, 0xC06F, 0x4545, {0xAE, 0xF8, 0x46, 0x45, 0xBE, 0x57, 0x0B, 0x9A}};
   /// As the user reads it; empty without a value.
   virtual TString GetFormattedString(const TShellColumnId& pShellColumnId) = 0;
   /// As a whole number; 0 without a value.
@@ -50,7 +54,8 @@ struct IMetaDataFormatter : IUnknown {
 
 /// Values of an object as variants.
 struct IVariantMetaDataProvider : IUnknown {
-  static constexpr GUID Iid{0xB50A43C2, 0xF0C0, 0x437D, {0x9B, 0x37, 0xAD, 0xCD, 0x7E, 0xFC, 0xB7, 0xFB}};
+  static constexpr GUID Iid{
+      0xB50A43C2, 0xF0C0, 0x437D, {0x9B, 0x37, 0xAD, 0xCD, 0x7E, 0xFC, 0xB7, 0xFB}};
   virtual TShellPropertyValue GetVariantValue(const TShellColumnId& pShellColumnId) = 0;
 };
 
@@ -61,7 +66,8 @@ struct IVariantMetaDataProvider : IUnknown {
 /// not raise: they give empty, false or nil. Changing ones say what they raise.
 /// Reload and Rename change what all holders of the item see.
 struct IItemIdList : ICommandInvokable {
-  static constexpr GUID Iid{0xA2D3665D, 0x67FB, 0x4EF0, {0xBD, 0x8E, 0xBB, 0x58, 0x15, 0x04, 0x87, 0xDF}};
+  static constexpr GUID Iid{
+      0xA2D3665D, 0x67FB, 0x4EF0, {0xBD, 0x8E, 0xBB, 0x58, 0x15, 0x04, 0x87, 0xDF}};
 
   /// This list followed by another; nil gives the item itself.
   virtual Ref<IItemIdList> Concat(const Ref<IItemIdList>& pItemIdList2) = 0;
@@ -77,7 +83,8 @@ struct IItemIdList : ICommandInvokable {
   /// same object (ilcExact).
   virtual bool Equals(const Ref<IItemIdList>& pItemIdList2, TItemIdListComparison pComparison) = 0;
   /// 0 for equal; any other value only says "different", in no order to rely on.
-  virtual int CompareTo(const Ref<IItemIdList>& pItemIdList2, TItemIdListComparison pComparison) = 0;
+  virtual int CompareTo(const Ref<IItemIdList>& pItemIdList2,
+                        TItemIdListComparison pComparison) = 0;
   /// The pidl, resolved if needed, nil for an invalid item. Owned by the item;
   /// valid until Reload, Rename or the last reference.
   virtual PItemIdList WindowsPointer() = 0;
@@ -113,7 +120,8 @@ struct IItemIdList : ICommandInvokable {
   virtual bool Reload() = 0;
   virtual TShellPropertyValue GetPropertyValue(const TShellColumnId& pShellColumnId) = 0;
   /// Display texts of the columns: the first non-empty one, or all, one a line.
-  virtual TString GetShellInformation(std::span<const TShellColumnId> pSHColumns, bool pFirstOnly) = 0;
+  virtual TString GetShellInformation(std::span<const TShellColumnId> pSHColumns,
+                                      bool pFirstOnly) = 0;
   /// Writes a property to the object. Raises EFolderTrekError.
   virtual void SetPropertyValue(const TShellColumnId& pKey, const TShellPropertyValue& pValue) = 0;
   /// Makes a folder in this one; a taken name gets " (1)", " (2)", ... Raises
@@ -131,7 +139,8 @@ struct TInterfaceAncestors<IItemIdList> {
 
 /// Several items treated as one selection. One thread at a time.
 struct IItemIdListCollection : ICommandInvokable {
-  static constexpr GUID Iid{0xA326E410, 0x66A9, 0x4670, {0xB4, 0x8C, 0x5A, 0x4A, 0x9D, 0x86, 0xA2, 0xA3}};
+  static constexpr GUID Iid{
+      0xA326E410, 0x66A9, 0x4670, {0xB4, 0x8C, 0x5A, 0x4A, 0x9D, 0x86, 0xA2, 0xA3}};
   /// An absolute path, or a name relative to the collection's folder.
   virtual void Add(TStringView pPath) = 0;
   virtual void Add(const Ref<IItemIdList>& pItemIdList) = 0;

@@ -59,8 +59,8 @@ Ref<IShellLinkW> TShellLinkHelper::GetIShellLink(const Ref<IItemIdList>& pItemId
   if (!pItemIdList || !pItemIdList->HasAttributes(SFGAO_LINK)) return {};
   Ref<IShellLinkW> link;
   if (const Ref<IShellItem> item = pItemIdList->ShellItem())
-    if (SUCCEEDED(item->BindToHandler(nullptr, BHID_SFUIObject, IidOf<IShellLinkW>(),
-                                      link.PutVoid())) &&
+    if (SUCCEEDED(
+            item->BindToHandler(nullptr, BHID_SFUIObject, IidOf<IShellLinkW>(), link.PutVoid())) &&
         link)
       return link;
   return GetIShellLink(pItemIdList->Path());

@@ -97,8 +97,7 @@ bool TOakItemIdList::Equals(const Ref<IItemIdList>& pItemIdList2,
 
 bool TOakItemIdList::AreBothInQuickAccess(const Ref<IItemIdList>& pOther) {
   return Fenced(false, [&] {
-    return Depth() == 2 && pOther->Depth() == 2 &&
-           GetParent()->IsSpecialFolder(SF_QUICKACCESS) &&
+    return Depth() == 2 && pOther->Depth() == 2 && GetParent()->IsSpecialFolder(SF_QUICKACCESS) &&
            pOther->GetParent()->IsSpecialFolder(SF_QUICKACCESS);
   });
 }

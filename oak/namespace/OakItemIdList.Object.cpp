@@ -135,8 +135,7 @@ TString TOakItemIdList::GetShellInformation(std::span<const TShellColumnId> pSHC
     const TShellColumnId key = SubstituteMetaData(column);
     TShellPropertyValue value;
     if (FAILED(item->GetProperty(PROPERTYKEY(key), value.Put()))) continue;
-    TString text =
-        Fenced(TString(), [&] { return PropVariantAsDisplayString(value.Get(), key); });
+    TString text = Fenced(TString(), [&] { return PropVariantAsDisplayString(value.Get(), key); });
     if (text.empty()) continue;
     if (pFirstOnly) return text;
     if (!all.empty()) all.append(u"\r\n");

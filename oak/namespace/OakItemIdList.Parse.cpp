@@ -43,7 +43,8 @@ TPidl ParseVolume(const TString& text, HWND window) {
   TString rest = text.substr(close + 1);
   if (!rest.empty() && rest.front() == PathDelim) rest.erase(0, 1);
   if (rest.empty() || !pidl) return pidl;
-  const Ref<IShellFolder> root = TOakItemIdList::Create(pidl.Get(), iloCopyMemory).As<IShellFolder>();
+  const Ref<IShellFolder> root =
+      TOakItemIdList::Create(pidl.Get(), iloCopyMemory).As<IShellFolder>();
   const TPidl below = root ? ParseByFolder(root.Get(), rest, window) : TPidl();
   return below ? TPidl::Adopt(Api().ILCombine(pidl.Get(), below.Get())) : TPidl();
 }
@@ -138,7 +139,8 @@ Ref<IItemIdList> TItemParser::Parse(TStringView text) {
   if (text.empty()) return NullItemIdList();
   if (text.size() >= 2 && text.front() == u'"' && text.back() == u'"')
     text = text.substr(1, text.size() - 2);
-  if (text == TPathUtils::NetworkRoot) return TOakItemIdList::CreateForSpecialFolder(SF_NETWORK, true);
+  if (text == TPathUtils::NetworkRoot)
+    return TOakItemIdList::CreateForSpecialFolder(SF_NETWORK, true);
   if (text.size() > 3 && text.back() == PathDelim) text.remove_suffix(1);
   Ref<IItemIdList> result = TOakItemIdList::Create(text, nullptr, fWindow);
   // The file system drops such blanks, names of the shell may have them.

@@ -13,8 +13,8 @@ constexpr LANGID kKeywordLanguage = 1024;  // the user's default
 template <class T>
 Ref<T> MakeObject(REFCLSID classId) {
   Ref<T> object;
-  OleCheck(Api().CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IidOf<T>(),
-                                  object.PutVoid()));
+  OleCheck(
+      Api().CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IidOf<T>(), object.PutVoid()));
   if (!object) OleCheck(E_NOINTERFACE);
   return object;
 }
@@ -50,8 +50,8 @@ Ref<IShellItemArray> LocalDrives(const Ref<IItemIdList>& computer) {
   for (const auto& drive : drives) pidls.push_back(drive->WindowsPointer());
   Ref<IShellItemArray> array;
   if (!Api().SHCreateShellItemArrayFromIDLists) OleCheck(E_NOTIMPL);
-  const HRESULT result = Api().SHCreateShellItemArrayFromIDLists(
-      static_cast<UINT>(pidls.size()), pidls.data(), array.Put());
+  const HRESULT result = Api().SHCreateShellItemArrayFromIDLists(static_cast<UINT>(pidls.size()),
+                                                                 pidls.data(), array.Put());
   return Checked(result, array);
 }
 

@@ -232,9 +232,7 @@ TPidl TOakItemIdList::FindPidl() {
   return GetIdListFromPath(nullptr, TakeText(name), nullptr);
 }
 
-bool TOakItemIdList::IsResolved() {
-  return fItemIdList.load(std::memory_order_acquire) != nullptr;
-}
+bool TOakItemIdList::IsResolved() { return fItemIdList.load(std::memory_order_acquire) != nullptr; }
 
 bool TOakItemIdList::IsInvalid() { return WindowsPointer() == nullptr; }
 

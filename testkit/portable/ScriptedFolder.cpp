@@ -102,9 +102,8 @@ TStringArray TScriptedFolder::GetNames() const {
 // --- IFolderSource -------------------------------------------------------------
 
 const TScriptedFolder::TObjectEntry* TScriptedFolder::Find(TStringView name) const {
-  const auto found = std::find_if(fObjects.begin(), fObjects.end(), [&](const TObjectEntry& o) {
-    return SameText(o.Name, name);
-  });
+  const auto found = std::find_if(fObjects.begin(), fObjects.end(),
+                                  [&](const TObjectEntry& o) { return SameText(o.Name, name); });
   return found == fObjects.end() ? nullptr : &*found;
 }
 
@@ -132,9 +131,9 @@ HRESULT TScriptedFolder::Enumerate(DWORD flags, Ref<IFolderCursor>& cursor) {
   for (const TObjectEntry& entry : fObjects)
     if (PassesEnumeration(flags, entry.Attributes)) elements.push_back(MakeEntryElement(entry));
   const auto failure = fFailures.find(TScriptedOperation::Next);
-  cursor = MakeRef<TCursor>(std::move(elements), fDelay,
-                            failure == fFailures.end() ? std::nullopt
-                                                       : std::optional(failure->second));
+  cursor =
+      MakeRef<TCursor>(std::move(elements), fDelay,
+                       failure == fFailures.end() ? std::nullopt : std::optional(failure->second));
   return S_OK;
 }
 
@@ -177,7 +176,8 @@ HRESULT TScriptedFolder::ParseName(TStringView name, const TParseOptions& option
   if (!options.FindData) return NotFound;
   const bool isFolder =
       options.HasRest || (options.FindData->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY);
-  element = MakeNameElement(ScriptedKind, ScriptedVersion, isFolder ? EveryFolder : EveryFile, name);
+  element =
+      MakeNameElement(ScriptedKind, ScriptedVersion, isFolder ? EveryFolder : EveryFile, name);
   return S_OK;
 }
 
@@ -203,8 +203,7 @@ HRESULT TScriptedFolder::Create(TStringView name, bool folder, bool replace, TPi
     if (!replace) return STG_E_FILEALREADYEXISTS;
     std::erase_if(fObjects, [&](const TObjectEntry& o) { return SameText(o.Name, name); });
   }
-  fObjects.push_back(
-      {TString(name), folder ? EveryFolder : EveryFile, folder ? Make() : nullptr});
+  fObjects.push_back({TString(name), folder ? EveryFolder : EveryFile, folder ? Make() : nullptr});
   element = MakeEntryElement(fObjects.back());
   return S_OK;
 }
@@ -263,8 +262,7 @@ TFolderMount DriveMount(char16_t letter, UINT driveType, const Ref<TScriptedFold
 TScriptedDrive::TScriptedDrive(char16_t letter, UINT driveType, const Ref<TScriptedFolder>& folder)
     : fMount(DriveMount(letter, driveType, folder)),
       fGetDriveType(Api().GetDriveTypeW,
-                    [root = DriveRoot(letter), driveType,
-                     function = Api().GetDriveTypeW.Function(),
+                    [root = DriveRoot(letter), driveType, function = Api().GetDriveTypeW.Function(),
                      replacement = Api().GetDriveTypeW.Replacement()](LPCWSTR path) -> UINT {
                       if (SameText(FromW(path), root)) return driveType;
                       return replacement ? replacement(path) : function(path);

@@ -60,7 +60,8 @@ class TScriptedFolder final : public TFolderSource {
   HRESULT ParseName(TStringView name, const TParseOptions& options, TPidl& element) override;
   HRESULT Open(PCUITEMID_CHILD element, Ref<IFolderSource>& child) override;
   HRESULT Create(TStringView name, bool folder, bool replace, TPidl& element) override;
-  HRESULT Rename(PCUITEMID_CHILD element, TStringView name, TNameForm form, TPidl& renamed) override;
+  HRESULT Rename(PCUITEMID_CHILD element, TStringView name, TNameForm form,
+                 TPidl& renamed) override;
   HRESULT Destroy(PCUITEMID_CHILD element) override;
 
  private:

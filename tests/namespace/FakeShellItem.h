@@ -85,9 +85,8 @@ class TFakeShellItem : public TInterfacedObject<IShellItem2> {
                                                              REFIID, void**) override {
     return E_NOTIMPL;
   }
-  HRESULT STDMETHODCALLTYPE GetPropertyStoreForKeys(const PROPERTYKEY*, UINT,
-                                                    GETPROPERTYSTOREFLAGS, REFIID iid,
-                                                    void** out) override {
+  HRESULT STDMETHODCALLTYPE GetPropertyStoreForKeys(const PROPERTYKEY*, UINT, GETPROPERTYSTOREFLAGS,
+                                                    REFIID iid, void** out) override {
     *out = nullptr;
     return Store ? Store->QueryInterface(iid, out) : StoreResult;
   }

@@ -12,9 +12,9 @@
 namespace oak {
 namespace {
 
-using tests::TTestFolder;
 using ::testing::ElementsAre;
 using ::testing::UnorderedElementsAre;
+using tests::TTestFolder;
 
 Ref<IItemIdList> ItemOf(const TTestFolder& folder, TStringView name = {}) {
   return TOakItemIdList::Create(folder.Path(name));
@@ -97,8 +97,12 @@ TEST(FolderTrekPaths, Compared) {
 
 TEST(FolderTrekFilter, ReadsBackAsItWasSet) {
   TFolderTrek cursor;
-  for (const auto& [set, read] : {std::pair{u"", u"*"}, {u"*", u"*"}, {u"*.txt;*.md", u"*.txt;*.md"},
-                                  {u"*.txt;", u"*.txt"}, {u"a;;b", u"a;;b"}, {u" a ; b", u" a ; b"}}) {
+  for (const auto& [set, read] : {std::pair{u"", u"*"},
+                                  {u"*", u"*"},
+                                  {u"*.txt;*.md", u"*.txt;*.md"},
+                                  {u"*.txt;", u"*.txt"},
+                                  {u"a;;b", u"a;;b"},
+                                  {u" a ; b", u" a ; b"}}) {
     cursor.SetFilter(set);
     EXPECT_EQ(cursor.GetFilter(), TString(read)) << ToUtf8(set);
   }

@@ -21,7 +21,6 @@ using testkit::TScopedApi;
 
 using TItem = TOakItemIdList;
 
-
 /// Every item's shell object is the one fake, and no list has a path.
 class OakItemIdListObject : public ::testing::Test {
  protected:
@@ -125,9 +124,9 @@ TEST_F(OakItemIdListObject, DebugTextTellsStateAndNames) {
   EXPECT_EQ(unresolved.As<IHasDebugInfo>()->GetInfo(TItemIdListInfoLevel::Verbose),
             u"FPath: C:\\x, fSpecialFolder: SF_INVALID, Not Resolved yet");
   fFake->Names = {{SIGDN_PARENTRELATIVE, u"n"}};
-  EXPECT_EQ(TItem::Create(TestPidl({1, 2})).As<IHasDebugInfo>()->GetInfo(
-                TItemIdListInfoLevel::Verbose),
-            u"FPath: -, fSpecialFolder: SF_INVALID, Valid, Depth: 2, n\\n\\n");
+  EXPECT_EQ(
+      TItem::Create(TestPidl({1, 2})).As<IHasDebugInfo>()->GetInfo(TItemIdListInfoLevel::Verbose),
+      u"FPath: -, fSpecialFolder: SF_INVALID, Valid, Depth: 2, n\\n\\n");
 }
 
 TEST_F(OakItemIdListObject, OneSetBitOfTheMaskIsEnough) {
@@ -424,7 +423,7 @@ class OakItemIdListSpecial : public OakItemIdListObject {
 
 TEST_F(OakItemIdListSpecial, IdentifiersAndTheirAliases) {
   EXPECT_EQ(Found(FOLDERID_Documents), SF_PERSONAL);
-  EXPECT_EQ(Found(FOLDERID_Favorites), SF_FAVORITES);  // of two rows the first
+  EXPECT_EQ(Found(FOLDERID_Favorites), SF_FAVORITES);       // of two rows the first
   EXPECT_EQ(Found(FOLDERID_Desktop), SF_DESKTOPDIRECTORY);  // not at the root
   EXPECT_EQ(Found({0xF42EE2D3, 0x909F, 0x4907, {0x88, 0x71, 0x4C, 0x22, 0xFC, 0x0B, 0xF7, 0x56}}),
             SF_PERSONAL);

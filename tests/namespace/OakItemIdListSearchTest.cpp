@@ -87,12 +87,11 @@ class TFakeParser final : public TInterfacedObject<IQueryParser> {
   explicit TFakeParser(TEngineLog& log) : fLog(log) {}
   HRESULT STDMETHODCALLTYPE Parse(LPCWSTR text, IEnumUnknown*, IQuerySolution** solution) override {
     const HRESULT result = fLog.Add("Parse " + ToUtf8(FromW(text)));
-    *solution = SUCCEEDED(result) ? Ref<IQuerySolution>(MakeRef<TFakeSolution>(fLog)).Detach()
-                                  : nullptr;
+    *solution =
+        SUCCEEDED(result) ? Ref<IQuerySolution>(MakeRef<TFakeSolution>(fLog)).Detach() : nullptr;
     return result;
   }
-  HRESULT STDMETHODCALLTYPE SetOption(STRUCTURED_QUERY_SINGLE_OPTION,
-                                      const PROPVARIANT*) override {
+  HRESULT STDMETHODCALLTYPE SetOption(STRUCTURED_QUERY_SINGLE_OPTION, const PROPVARIANT*) override {
     return E_NOTIMPL;
   }
   HRESULT STDMETHODCALLTYPE GetOption(STRUCTURED_QUERY_SINGLE_OPTION, PROPVARIANT*) override {
@@ -124,12 +123,11 @@ class TFakeParserManager final : public TInterfacedObject<IQueryParserManager> {
   HRESULT STDMETHODCALLTYPE CreateLoadedParser(LPCWSTR catalog, LANGID language, REFIID iid,
                                                void** parser) override {
     *parser = nullptr;
-    const HRESULT result = fLog.Add("CreateLoadedParser " + ToUtf8(FromW(catalog)) + " " +
-                                    std::to_string(language));
+    const HRESULT result =
+        fLog.Add("CreateLoadedParser " + ToUtf8(FromW(catalog)) + " " + std::to_string(language));
     return FAILED(result) ? result : MakeRef<TFakeParser>(fLog)->QueryInterface(iid, parser);
   }
-  HRESULT STDMETHODCALLTYPE InitializeOptions(BOOL natural, BOOL wildcard,
-                                              IQueryParser*) override {
+  HRESULT STDMETHODCALLTYPE InitializeOptions(BOOL natural, BOOL wildcard, IQueryParser*) override {
     return fLog.Add("InitializeOptions " + std::to_string(natural) + std::to_string(wildcard));
   }
   HRESULT STDMETHODCALLTYPE SetOption(QUERY_PARSER_MANAGER_OPTION, const PROPVARIANT*) override {
@@ -206,11 +204,10 @@ TEST_F(OakItemIdListSearch, WithoutQueryOrScopeThereIsNothing) {
 
 TEST_F(OakItemIdListSearch, TheEngineIsAskedInOrder) {
   const auto item = TOakSearchFolder::Create(u" oak ", fScope);
-  EXPECT_EQ(fLog.Steps,
-            (std::vector<std::string>{"CreateLoadedParser SystemIndex 1024", "InitializeOptions 01",
-                                      "SetDisplayName oak", "SetScope 1",
-                                      "Parse System.Generic.String:oak", "GetQuery", "Resolve 64",
-                                      "SetCondition", "GetIDList"}));
+  EXPECT_EQ(fLog.Steps, (std::vector<std::string>{
+                            "CreateLoadedParser SystemIndex 1024", "InitializeOptions 01",
+                            "SetDisplayName oak", "SetScope 1", "Parse System.Generic.String:oak",
+                            "GetQuery", "Resolve 64", "SetCondition", "GetIDList"}));
   EXPECT_EQ(item->Depth(), 2);
   EXPECT_EQ(item->GetSearchScope(), fScope);
   EXPECT_TRUE(static_cast<IItemIdList&>(*item.Get()).IsSlow());

@@ -22,7 +22,6 @@ using testkit::TScopedApi;
 
 using TItem = TOakItemIdList;
 
-
 Ref<IItemIdList> ItemOf(std::initializer_list<BYTE> elements) {
   return TItem::Create(TestPidl(elements));
 }
@@ -135,11 +134,11 @@ TEST(OakItemIdList, LibraryAndServerPathsComeOnlyForElementsBelowTheDesktop) {
   const TScopedApi noShortPath(Api().SHGetPathFromIDListW,
                                [](PCIDLIST_ABSOLUTE, LPWSTR) { return FALSE; });
   const auto fake = MakeRef<TFakeShellItem>();
-  const TScopedApi make(Api().SHCreateShellItem, [&](PCIDLIST_ABSOLUTE, IShellFolder*,
-                                                     PCUITEMID_CHILD, IShellItem** item) {
-    *item = Ref<IShellItem>(fake).Detach();
-    return S_OK;
-  });
+  const TScopedApi make(Api().SHCreateShellItem,
+                        [&](PCIDLIST_ABSOLUTE, IShellFolder*, PCUITEMID_CHILD, IShellItem** item) {
+                          *item = Ref<IShellItem>(fake).Detach();
+                          return S_OK;
+                        });
   const struct {
     TStringView editingName;
     TStringView path;
@@ -238,11 +237,11 @@ TEST(OakItemIdList, EqualsStopsAtThePathsAndCompareToGoesOn) {
   const auto fake = MakeRef<TFakeShellItem>();
   fake->CompareResult = S_OK;
   fake->Order = 0;
-  const TScopedApi make(Api().SHCreateShellItem, [&](PCIDLIST_ABSOLUTE, IShellFolder*,
-                                                     PCUITEMID_CHILD, IShellItem** item) {
-    *item = Ref<IShellItem>(fake).Detach();
-    return S_OK;
-  });
+  const TScopedApi make(Api().SHCreateShellItem,
+                        [&](PCIDLIST_ABSOLUTE, IShellFolder*, PCUITEMID_CHILD, IShellItem** item) {
+                          *item = Ref<IShellItem>(fake).Detach();
+                          return S_OK;
+                        });
   const TTestFolder folder;
   folder.MakeFile(u"a");
   folder.MakeFile(u"b");
@@ -358,7 +357,8 @@ TEST(OakItemIdList, ParseOfWhatDoesNotExist) {
   const auto absolute = TItem::Parse(u"C:\\no such directory\\x\\");
   EXPECT_TRUE(absolute->IsInvalid());
   EXPECT_EQ(absolute->Path(), u"C:\\no such directory\\x");
-  for (const TStringView text : {u"no such name", u"no such name\\below", u"\\", u"/x", u" ", u"a/b"}) {
+  for (const TStringView text :
+       {u"no such name", u"no such name\\below", u"\\", u"/x", u" ", u"a/b"}) {
     const auto relative = TItem::Parse(text, nullptr, true);
     ASSERT_NE(relative, nullptr);
     EXPECT_TRUE(relative->IsInvalid()) << ToUtf8(text);

@@ -74,6 +74,7 @@ TEST(InitializeShell, OnlyThreeLibrariesAreIndispensable) {
       {u"Shell32", u"FolderTrek Components: Cannot open SHELL32.DLL!"},
       {u"shlwapi", u"FolderTrek Components: Cannot open SHLWAPI.DLL!"},
   };
+  FinalizeShell();  // Another test may have started it with the real libraries.
   TFakeLibraries libraries;
   for (const auto& row : fatal) {
     libraries.Missing = {row.Missing};

@@ -46,8 +46,7 @@ const TLibrary* LibraryOf(PCUITEMID_CHILD element) {
   DWORD flags = 0;
   TString name;
   GUID id;
-  if (!ReadNameElement(element, ekLibrary, LibraryVersion1, flags, name) ||
-      !TryParseGuid(name, id))
+  if (!ReadNameElement(element, ekLibrary, LibraryVersion1, flags, name) || !TryParseGuid(name, id))
     return nullptr;
   return FindLibrary(id);
 }

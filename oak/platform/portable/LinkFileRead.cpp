@@ -8,8 +8,7 @@ namespace oak {
 namespace lnk {
 
 TString FromAnsi(std::span<const BYTE> bytes) {
-  const TString decoded =
-      FromUtf8({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  const TString decoded = FromUtf8({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   if (decoded.find(u'\uFFFD') == TString::npos) return decoded;
   return {bytes.begin(), bytes.end()};
 }

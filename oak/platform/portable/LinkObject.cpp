@@ -195,8 +195,7 @@ class TShellLink final : public TInterfacedObject<IShellLinkW, IPersistFile> {
         if (path.empty()) return fLink.Target ? S_OK : S_FALSE;
       }
       const std::optional<std::string> native = NativePath(path);
-      return native && GetFileInfo(*native, true) ? S_OK
-                                                   : HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
+      return native && GetFileInfo(*native, true) ? S_OK : HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
     });
   }
   HRESULT SetPath(LPCWSTR file) override {

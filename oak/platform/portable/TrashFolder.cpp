@@ -22,7 +22,8 @@ constexpr BYTE TrashVersion = 1;
 constexpr DWORD FolderFlag = 1;
 /// Between the name in the trash and the name that is shown; no name holds it.
 constexpr char16_t NameSeparator = u'/';
-constexpr GUID RecycleFormat{0x9B174B33, 0x40FF, 0x11D2, {0xA2, 0x7E, 0x00, 0xC0, 0x4F, 0xC3, 0x08, 0x71}};
+constexpr GUID RecycleFormat{
+    0x9B174B33, 0x40FF, 0x11D2, {0xA2, 0x7E, 0x00, 0xC0, 0x4F, 0xC3, 0x08, 0x71}};
 constexpr DWORD DeletedFromPid = 2;
 constexpr DWORD DateDeletedPid = 3;
 

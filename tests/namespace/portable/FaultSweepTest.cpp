@@ -10,8 +10,8 @@
 namespace oak {
 namespace {
 
-using tests::TTestFolder;
 using testkit::SweepFaults;
+using tests::TTestFolder;
 
 /// Runs a scenario that may raise what the library documents, and nothing else.
 template <class TScenario>
@@ -29,7 +29,8 @@ std::function<void()> Documented(TScenario scenario) {
 TEST(FaultSweep, Parse) {
   TTestFolder folder;
   folder.MakeFile(u"file.txt");
-  for (const TString& text : {folder.Path(u"file.txt"), TString(u"This PC\\C:"), TString(u"Scripted\\a")}) {
+  for (const TString& text :
+       {folder.Path(u"file.txt"), TString(u"This PC\\C:"), TString(u"Scripted\\a")}) {
     const int failed = SweepFaults(Documented([&] {
       TOakItemIdList::ClearCaches();
       const Ref<IItemIdList> item = TOakItemIdList::Parse(text, nullptr, true);
@@ -42,7 +43,8 @@ TEST(FaultSweep, Parse) {
     EXPECT_GT(failed, 3) << ToUtf8(text);
   }
   TOakItemIdList::ClearCaches();
-  EXPECT_FALSE(TOakItemIdList::Parse(folder.Path(u"file.txt"))->IsInvalid()) << "nothing is remembered";
+  EXPECT_FALSE(TOakItemIdList::Parse(folder.Path(u"file.txt"))->IsInvalid())
+      << "nothing is remembered";
 }
 
 TEST(FaultSweep, Enumerate) {

@@ -40,11 +40,15 @@ TEST_F(FolderTrekScripted, FailuresThatAUserCanActOnAreRaised) {
     HRESULT Failure;
     std::uint32_t Raised;  // 0: the enumeration just ends
   };
-  const TCase cases[] = {{HRESULT_FROM_WIN32(2), 0},     {HRESULT_FROM_WIN32(3), 3},
-                         {HRESULT_FROM_WIN32(5), 5},     {HRESULT_FROM_WIN32(12175), 12175},
-                         {HRESULT_FROM_WIN32(12176), 0}, {E_FAIL, 0},
+  const TCase cases[] = {{HRESULT_FROM_WIN32(2), 0},
+                         {HRESULT_FROM_WIN32(3), 3},
+                         {HRESULT_FROM_WIN32(5), 5},
+                         {HRESULT_FROM_WIN32(12175), 12175},
+                         {HRESULT_FROM_WIN32(12176), 0},
+                         {E_FAIL, 0},
                          {E_NOTIMPL, 0}};
-  for (const TScriptedOperation operation : {TScriptedOperation::Enumerate, TScriptedOperation::Next}) {
+  for (const TScriptedOperation operation :
+       {TScriptedOperation::Enumerate, TScriptedOperation::Next}) {
     const int before = operation == TScriptedOperation::Next ? 2 : 0;
     for (const TCase& c : cases) {
       SCOPED_TRACE(ToUtf8(IntToHex(static_cast<std::uint32_t>(c.Failure), 8)));
@@ -68,22 +72,28 @@ TEST_F(FolderTrekScripted, AFailedBindLeavesNoObjectOfTheOldFolder) {
   fFolder->AddFile(u"a.txt");
   fFolder->AddFolder(u"sub");
   ASSERT_TRUE(fCursor.Next());
-  const Ref<IItemIdList> sub = TOakItemIdList::Create(u"sub", fCursor.GetShellFolder().Get(), nullptr);
+  const Ref<IItemIdList> sub =
+      TOakItemIdList::Create(u"sub", fCursor.GetShellFolder().Get(), nullptr);
   const Ref<IItemIdList> absolute = fItem->Concat(sub);
   fFolder->SetFailure(TScriptedOperation::Open, HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED));
   EXPECT_THROW(fCursor.SetFolderIdList(absolute), EFolderTrekError);
   EXPECT_TRUE(IsInvalid(fCursor.GetItemIdList()));
 }
 
-TEST_F(FolderTrekScripted, FileSystemOnlyDropsVirtualObjectsButRecycleFolders) {
+TEST_F(FolderTrekScripted, FileSystemOnlyDropsVirtualObjects) {
   fFolder->AddFile(u"virtual.txt");
-  fFolder->AddFolder(u"RECYCLED", SFGAO_HIDDEN);
-  EXPECT_EQ(CountObjects(), 2);
+  EXPECT_EQ(CountObjects(), 1);
   fCursor.SetFileSystemOnly(true);
-  fCursor.SetFolderIdList(fItem);
-  ASSERT_TRUE(fCursor.Next());
-  EXPECT_EQ(fCursor.GetShellObjectName(true), u"RECYCLED");
-  EXPECT_FALSE(fCursor.Next());
+  EXPECT_EQ(CountObjects(), 0);
+  // Computer and network are roots of file systems, whatever they say of themselves.
+  TFolderTrek desktop;
+  desktop.SetFileSystemOnly(true);
+  desktop.SetFolderIdList(TOakItemIdList::CreateForSpecialFolder(SF_DESKTOP, true));
+  TOakShellFolders seen;
+  while (desktop.Next()) seen.Include(desktop.IsSpecialObject());
+  EXPECT_TRUE(seen.Contains(SF_DRIVES));
+  EXPECT_TRUE(seen.Contains(SF_NETWORK));
+  EXPECT_FALSE(seen.Contains(SF_CONTROLS));
 }
 
 TEST_F(FolderTrekScripted, ShowsObjectsAccordingToOptions) {
@@ -97,7 +107,8 @@ TEST_F(FolderTrekScripted, ShowsObjectsAccordingToOptions) {
     TStringArray names;
     fCursor.SetFolderIdList(fItem);
     while (fCursor.Next())
-      if (fCursor.ShowObjectAccordingShowOptions(options)) names.push_back(fCursor.GetShellObjectName(true));
+      if (fCursor.ShowObjectAccordingShowOptions(options))
+        names.push_back(fCursor.GetShellObjectName(true));
     return ToUtf8(Join(names, u" "));
   };
   EXPECT_EQ(shown({}), "folder archive.zip");
@@ -264,15 +275,23 @@ TEST(FolderTrekDrives, AreReadyOrSayWhyNot) {
   struct TCase {
     DWORD Error;
     bool Interactive;
+    bool Admin;
     bool IsReady;
   };
   // The second probe, after a logon, succeeds.
-  const TCase cases[] = {{ERROR_SUCCESS, false, true}, {1326, false, true}, {1920, false, false},
-                         {21, false, false},           {1326, true, true},  {21, true, true}};
+  const TCase cases[] = {{ERROR_SUCCESS, false, true, true},
+                         {1326, false, true, true},
+                         {1920, false, true, false},
+                         {21, false, false, false},
+                         {1326, true, true, true},
+                         {0x80310000, true, true, true},
+                         {21, true, false, true},
+                         {21, true, true, false}};
   for (const TCase& c : cases) {
     SCOPED_TRACE(c.Error);
     THandPumpedHost host;
     Host().IsInteractive = [&] { return c.Interactive; };
+    TScopedApi admin(Api().IsUserAnAdmin, [&]() -> BOOL { return c.Admin; });
     int probes = 0;
     TScopedApi space(Api().GetDiskFreeSpaceExW,
                      [&](LPCWSTR path, ULARGE_INTEGER*, ULARGE_INTEGER*, ULARGE_INTEGER*) -> BOOL {
@@ -289,13 +308,13 @@ TEST(FolderTrekDrives, AreReadyOrSayWhyNot) {
 }
 
 TEST(FolderTrekPortable, ExpandsWhatTheEnvironmentLacks) {
-  TScopedApi now(Api().GetLocalTime, [](SYSTEMTIME* time) {
-    *time = {2026, 3, 0, 7, 8, 5, 9, 0};
-  });
-  EXPECT_EQ(OakExpandEnvironmentStrings(u"%date% %Time% %nothing%"), u"2026-03-07 08-05-09 %nothing%");
+  TScopedApi now(Api().GetLocalTime, [](SYSTEMTIME* time) { *time = {2026, 3, 0, 7, 8, 5, 9, 0}; });
+  EXPECT_EQ(OakExpandEnvironmentStrings(u"%date% %Time% %nothing%"),
+            u"2026-03-07 08-05-09 %nothing%");
   EXPECT_EQ(OakExpandEnvironmentStrings(u"%MyDocuments%\\x"),
             GetPathFromSpecialFolder(SF_PERSONAL) + u"\\x");
-  TScopedApi broken(Api().ExpandEnvironmentStringsW, [](LPCWSTR, LPWSTR, DWORD) { return DWORD{0}; });
+  TScopedApi broken(Api().ExpandEnvironmentStringsW,
+                    [](LPCWSTR, LPWSTR, DWORD) { return DWORD{0}; });
   EXPECT_EQ(OakExpandEnvironmentStrings(u"%HOME%"), u"%HOME%");
 }
 

@@ -12,7 +12,6 @@
 namespace oak::tests {
 namespace {
 
-
 using TItem = TOakItemIdList;
 
 HWND AnyWindow() { return reinterpret_cast<HWND>(std::uintptr_t{1}); }

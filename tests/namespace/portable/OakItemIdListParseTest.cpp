@@ -56,20 +56,20 @@ class OakItemIdListParse : public ::testing::Test {
       }};
 
  protected:
-
   static Ref<IItemIdList> Scan(TStringView text) { return TItem::Parse(text, nullptr, true); }
 };
 
 TEST_F(OakItemIdListParse, NamesAreWalkedInAnyCase) {
-  for (const TStringView text : {u"Oak Tree\\Branch\\Leaf 1", u"oak tree\\BRANCH\\leaf 1",
-                                 u"Oak Tree/Branch/Leaf 1"}) {
+  for (const TStringView text :
+       {u"Oak Tree\\Branch\\Leaf 1", u"oak tree\\BRANCH\\leaf 1", u"Oak Tree/Branch/Leaf 1"}) {
     const auto item = Scan(text);
     ASSERT_FALSE(item->IsInvalid()) << ToUtf8(text);
     EXPECT_EQ(item->Depth(), 3);
     EXPECT_EQ(item->DisplayName(dnfInFolder), u"Leaf 1");
   }
   EXPECT_EQ(Scan(u"Oak Tree\\")->Depth(), 1);
-  for (const TStringView text : {u"Oak Tree\\Branch\\Leaf 9", u"Oak Tree\\\\Branch", u"Oak Tree\\Acorn\\x"})
+  for (const TStringView text :
+       {u"Oak Tree\\Branch\\Leaf 9", u"Oak Tree\\\\Branch", u"Oak Tree\\Acorn\\x"})
     EXPECT_TRUE(Scan(text)->IsInvalid()) << ToUtf8(text);
 }
 
@@ -110,7 +110,8 @@ TEST_F(OakItemIdListParse, SiblingsAreAskedOfTheRememberedFolder) {
 }
 
 TEST_F(OakItemIdListParse, AFolderThatFailsIsNoHit) {
-  fBranch->SetFailure(testkit::TScriptedOperation::Next, HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED), 1);
+  fBranch->SetFailure(testkit::TScriptedOperation::Next, HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED),
+                      1);
   EXPECT_FALSE(Scan(u"Oak Tree\\Branch\\Leaf 0")->IsInvalid());
   TItem::ClearCaches();
   const auto item = Scan(u"Oak Tree\\Branch\\Leaf 2");
@@ -137,9 +138,9 @@ Ref<IItemIdList> ParseAndRead(TStringView text) {
 TEST_F(OakItemIdListParse, EveryFailureOfThePlatformEndsInAnItem) {
   const TTestFolder folder;
   folder.MakeFile(u"a.txt");
-  for (const TString& text : {folder.Path(u"a.txt"), TString(u"Oak Tree\\Acorn"),
-                              TString(u"\"\""), TString(u"\\\\*"),
-                              TString(u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}")}) {
+  for (const TString& text :
+       {folder.Path(u"a.txt"), TString(u"Oak Tree\\Acorn"), TString(u"\"\""), TString(u"\\\\*"),
+        TString(u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}")}) {
     Ref<IItemIdList> item;
     const int failures = testkit::SweepFaults([&] { item = ParseAndRead(text); },
                                               [&](const std::string& failed) {

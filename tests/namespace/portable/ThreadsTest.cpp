@@ -56,7 +56,8 @@ TEST(Threads, ShareSpecialFoldersAndTheDesktop) {
     Together([&](int i) {
       EXPECT_TRUE(Desktop());
       for (int value = SF_BITBUCKET; value < SF_UNKNOWN; ++value)
-        TOakItemIdList::CreateForSpecialFolder(static_cast<TOakShellFolder>((value + i * 7) % SF_UNKNOWN), true);
+        TOakItemIdList::CreateForSpecialFolder(
+            static_cast<TOakShellFolder>((value + i * 7) % SF_UNKNOWN), true);
       EXPECT_TRUE(TOakItemIdList::CreateForSpecialFolder(u"This PC"));
     });
   }

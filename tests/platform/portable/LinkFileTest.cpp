@@ -69,7 +69,8 @@ TEST(LinkFile, EightBitFiles) {
   const BYTE classId[] = {1, 0x14, 2, 0, 0, 0, 0, 0, 0xC0, 0, 0, 0, 0, 0, 0, 0x46};
   std::memcpy(bytes.data() + 4, classId, sizeof(classId));
   bytes[0x14] = 0x2 | 0x4;  // location block and name, no Unicode
-  put({0x28, 0, 0, 0, 0x1C, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0x1C, 0, 0, 0, 0, 0, 0, 0, 0x20, 0, 0, 0});
+  put({0x28, 0, 0,    0, 0x1C, 0, 0, 0, 1, 0, 0,    0, 0, 0,
+       0,    0, 0x1C, 0, 0,    0, 0, 0, 0, 0, 0x20, 0, 0, 0});
   put({'C', ':', '\\', 0, 'd', '\\', 'f', 0, 0, 0, 0, 0});
   put({3, 0, 'G', 0xFC, 'n'});
   TLinkFile link;
@@ -82,8 +83,7 @@ TEST(LinkFile, BrokenFilesAreRefusedOrCutNeverCrash) {
   const std::vector<BYTE> whole = WriteLinkFile(FullLink());
   TLinkFile link;
   // Every cut of a good file, and every byte of it flipped.
-  for (std::size_t size = 0; size < whole.size(); ++size)
-    ReadLinkFile({whole.data(), size}, link);
+  for (std::size_t size = 0; size < whole.size(); ++size) ReadLinkFile({whole.data(), size}, link);
   for (std::size_t at = 0; at < whole.size(); ++at) {
     std::vector<BYTE> damaged = whole;
     damaged[at] = static_cast<BYTE>(~damaged[at]);
