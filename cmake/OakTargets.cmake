@@ -5,6 +5,8 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 find_package(Threads REQUIRED)
 
+# The headers cost most of the time, so sources share them. The preset linux-debug does without: it
+# compiles each source by itself, which finds missing includes and suits work on one file.
 set(CMAKE_UNITY_BUILD ${OAK_UNITY})
 set(CMAKE_UNITY_BUILD_BATCH_SIZE 12)
 
@@ -12,14 +14,9 @@ set(CMAKE_UNITY_BUILD_BATCH_SIZE 12)
 find_program(OAK_CCACHE ccache)
 mark_as_advanced(OAK_CCACHE)
 if(OAK_CCACHE AND NOT MSVC)
-  set(oak_launcher ${OAK_CCACHE})
-  if(OAK_PCH)
-    # Precompiled headers are hits only with these liberties.
-    set(oak_launcher ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${OAK_CCACHE})
-  endif()
   foreach(language C CXX)
     if(NOT CMAKE_${language}_COMPILER_LAUNCHER)
-      set(CMAKE_${language}_COMPILER_LAUNCHER ${oak_launcher})
+      set(CMAKE_${language}_COMPILER_LAUNCHER ${OAK_CCACHE})
     endif()
   endforeach()
 endif()
@@ -60,23 +57,6 @@ function(oak_sources variable folder)
   set(${variable} ${sources} PARENT_SCOPE)
 endfunction()
 
-# What nearly every source includes in the end.
-set(oak_common_headers <algorithm> <functional> <map> <memory> <mutex> <optional> <string> <vector>
-  ${PROJECT_SOURCE_DIR}/oak/platform/Api.h)
-
-# oak_precompile(<target> [FROM <target>]): the common headers, or those that another target has made.
-function(oak_precompile target)
-  if(NOT OAK_PCH)
-    return()
-  endif()
-  cmake_parse_arguments(arg "" "FROM" "" ${ARGN})
-  if(arg_FROM)
-    target_precompile_headers(${target} REUSE_FROM ${arg_FROM})
-  else()
-    target_precompile_headers(${target} PRIVATE ${oak_common_headers} ${arg_UNPARSED_ARGUMENTS})
-  endif()
-endfunction()
-
 # oak_library(<name> [DEPENDS <name>...]): the static library of the folder oak/<name>.
 function(oak_library name)
   cmake_parse_arguments(arg "" "" "DEPENDS" ${ARGN})
@@ -101,11 +81,6 @@ function(oak_library name)
       NTDDI_VERSION=0x0A000000)
     target_link_libraries(oak_${name} PUBLIC propsys shlwapi shell32 ole32 oleaut32 uuid user32 advapi32 mpr)
   endif()
-  if(name STREQUAL "platform")
-    oak_precompile(oak_platform)
-  elseif(NOT name STREQUAL "base")
-    oak_precompile(oak_${name} FROM oak_platform)
-  endif()
   set_target_properties(oak_${name} PROPERTIES EXPORT_NAME ${name})
 endfunction()
 
@@ -118,6 +93,5 @@ function(oak_testkit)
   add_library(oak_testkit STATIC ${sources})
   add_library(Oak::TestKit ALIAS oak_testkit)
   target_link_libraries(oak_testkit PUBLIC oak_shell PRIVATE $<BUILD_INTERFACE:oak_options>)
-  oak_precompile(oak_testkit FROM oak_platform)
   set_target_properties(oak_testkit PROPERTIES EXPORT_NAME TestKit)
 endfunction()

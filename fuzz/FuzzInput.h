@@ -13,7 +13,7 @@ namespace fuzz {
 /// The bytes as 16-bit text, any unit value.
 inline oak::TString ToText(const std::uint8_t* data, std::size_t size) {
   oak::TString text(size / 2, u'\0');
-  std::memcpy(text.data(), data, text.size() * 2);
+  if (!text.empty()) std::memcpy(text.data(), data, text.size() * 2);
   return text;
 }
 

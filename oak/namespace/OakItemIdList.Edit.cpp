@@ -26,6 +26,11 @@ Ref<T> Need(const Ref<U>& object) {
   return result;
 }
 
+/// To the shell a name would end at the first NUL: another name than was meant.
+void CheckName(TStringView name) {
+  if (Contains(name, TStringView(u"\0", 1))) THResultHelper::CheckForError(E_INVALIDARG);
+}
+
 }  // namespace
 
 bool TOakItemIdList::Reload() {
@@ -58,6 +63,7 @@ void TOakItemIdList::SetPropertyValue(const TShellColumnId& pKey,
   Ref<IPropertyStore> store;
   THResultHelper::CheckForError(item->GetPropertyStoreForKeys(
       &key, 1, GPS_READWRITE, IidOf<IPropertyStore>(), store.PutVoid()));
+  if (!store) THResultHelper::CheckForError(E_NOINTERFACE);
   if (pValue.GetType() == VT_DATE) {
     PROPVARIANT date{};
     date.vt = VT_DATE;
@@ -70,6 +76,7 @@ void TOakItemIdList::SetPropertyValue(const TShellColumnId& pKey,
 }
 
 Ref<IItemIdList> TOakItemIdList::CreateNewFolder(TStringView pNewFolderName) {
+  CheckName(pNewFolderName);
   const Ref<IStorage> parent = Need<IStorage>(GetShellFolder());
   const TString base(pNewFolderName.empty() ? sNewFolder : pNewFolderName);
   TString name = base;
@@ -118,10 +125,12 @@ class TItemRename {
     return element ? BelowParent(element.Get()) : TPidl();
   }
 
-  TPidl ByStorage() {
+  /// Looks the renamed object up only if its list is wanted.
+  TPidl ByStorage(bool wantsList) {
     const Ref<IStorage> storage = Need<IStorage>(fFolder);
     const TString oldName = ExtractFileName(fItem.DisplayName(dnfPreferPhysical));
     THResultHelper::CheckForError(storage->RenameElement(W(oldName), W(fNewName)));
+    if (!wantsList) return {};
     const auto element = TOakItemIdList::Create(fNewName, fFolder.Get(), nullptr);
     return element->IsInvalid() ? TPidl() : BelowParent(element->WindowsPointer());
   }
@@ -143,9 +152,10 @@ class TItemRename {
 };
 
 void TOakItemIdList::Rename(TStringView pNewName, HWND pWindowHandle, bool pUpdatePidl) {
+  CheckName(pNewName);
   TItemRename rename(*this, pNewName);
-  TPidl renamed =
-      rename.NeedsShell(pWindowHandle) ? rename.ByShell(pWindowHandle) : rename.ByStorage();
+  TPidl renamed = rename.NeedsShell(pWindowHandle) ? rename.ByShell(pWindowHandle)
+                                                   : rename.ByStorage(pUpdatePidl);
   if (renamed && pUpdatePidl) ReplaceRenamed(std::move(renamed));
 }
 

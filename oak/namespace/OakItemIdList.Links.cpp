@@ -1,8 +1,8 @@
 // TItemIdListHelper and TShellLinkHelper.
 #include "oak/base/HResult.h"
-#include "oak/namespace/ErrorMode.h"
 #include "oak/namespace/FolderTrek.Paths.h"
 #include "oak/namespace/OakItemIdList.State.h"
+#include "oak/namespace/Shell_Win32.h"
 
 namespace oak {
 namespace {
@@ -68,12 +68,7 @@ Ref<IShellLinkW> TShellLinkHelper::GetIShellLink(const Ref<IItemIdList>& pItemId
 
 Ref<IShellLinkW> TShellLinkHelper::GetIShellLink(TStringView pPath) {
   if (!SameText(ExtractFileExt(pPath), u".LNK") && !LiesInNetHood(pPath)) return {};
-  const TErrorMode silent;
-  HRESULT result = S_OK;
-  Ref<IShellLinkW> link = MakeShellLink(result);
-  const Ref<IPersistFile> file = link.As<IPersistFile>();
-  if (!file || FAILED(file->Load(W(TString(pPath)), STGM_READ))) return {};
-  return link;
+  return oak::GetIShellLink(pPath);
 }
 
 Ref<IItemIdList> TShellLinkHelper::Resolve(const Ref<IItemIdList>& pSourceItemIdList) {

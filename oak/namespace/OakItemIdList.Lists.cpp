@@ -40,13 +40,14 @@ Ref<IItemIdList> TOakItemIdList::GetStartItemIdList(int pFragments) {
   PItemIdList pidl = WindowsPointer();
   const auto* rest = GetElementNo(pidl, pFragments);
   if (!pidl) return Create(TPidl());
-  TPidl start = TPidl::Adopt(Api().ILClone(pidl));
-  if (start) {
-    const auto length = reinterpret_cast<const BYTE*>(rest) - reinterpret_cast<const BYTE*>(pidl);
-    constexpr USHORT end = 0;
-    std::memcpy(reinterpret_cast<BYTE*>(start.Get()) + length, &end, sizeof(end));
-  }
-  return Create(std::move(start));
+  // Only the prefix is copied: names of all prefixes of a long list stay linear.
+  const auto length =
+      static_cast<std::size_t>(reinterpret_cast<const BYTE*>(rest) - reinterpret_cast<BYTE*>(pidl));
+  auto* start = static_cast<BYTE*>(CoTaskMemAlloc(length + sizeof(USHORT)));
+  if (!start) throw std::bad_alloc();
+  std::memcpy(start, pidl, length);
+  std::memset(start + length, 0, sizeof(USHORT));
+  return Create(TPidl::Adopt(reinterpret_cast<PItemIdList>(start)));
 }
 
 Ref<IItemIdList> TOakItemIdList::GetParent() {

@@ -81,6 +81,8 @@ TString TOakItemIdList::ComputePath(const TItemText* pSeen) {
   }
   if (pSeen != TItemText::Unknown()) retired->fText = pSeen;
   Retire(std::move(retired));
+  // The path of a list that was replaced meanwhile must not stay.
+  if (WindowsPointer() != pidl) SetPathField(UnknownPath);
   return path;
 }
 

@@ -91,7 +91,9 @@ bool TOakItemIdList::IsSlow() {
   if (Depth() <= 2 && IsNetworkPidl(Self())) return true;
   if (CreateForSpecialFolder(SF_NETHOOD, true)->IsParentOf(Self(), true, ilcExact)) return true;
   const TString path = Path();
-  return IsDrive(path) && Api().GetDriveTypeW(W(path)) == DRIVE_REMOTE;
+  // A share without its last delimiter is no root to the system.
+  return IsDrive(path) &&
+         Api().GetDriveTypeW(W(IncludeTrailingPathDelimiter(path))) == DRIVE_REMOTE;
 }
 
 bool TOakItemIdList::IsNetworkPidl(const Ref<IItemIdList>& pFullPidl) {

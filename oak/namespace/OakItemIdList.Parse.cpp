@@ -56,8 +56,10 @@ TPidl ParseByFindData(const TString& text) {
   const HANDLE find = Api().FindFirstFileW(W(text), &data);
   if (find == INVALID_HANDLE_VALUE) return {};
   Api().FindClose(find);
-  const Ref<IBindCtx> context = TFileSystemBindData::CreateBindContext(data);
-  return ParseByShell(text, context.Get());
+  return Fenced(TPidl(), [&] {
+    const Ref<IBindCtx> context = TFileSystemBindData::CreateBindContext(data);
+    return ParseByShell(text, context.Get());
+  });
 }
 
 TPidl FindByText(IShellFolder* folder, const TString& text, HWND window) {
@@ -108,6 +110,8 @@ TPidl GetIdListFromPath(IShellFolder* pShellFolder, TStringView pPath, HWND pWin
     if (FAILED(Api().SHGetSpecialFolderLocation(nullptr, CSIDL_DRIVES, pidl.Put()))) return {};
     return pidl;
   }
+  // To the shell the text would end there: another object's name.
+  if (Contains(pPath, TStringView(u"\0", 1))) return {};
   TString text(pPath);
   if (text.size() == 2 && text[1] == u':') text += PathDelim;
   const TErrorMode silent;
@@ -125,7 +129,8 @@ class TItemParser {
  private:
   Ref<IItemIdList> FindSlowly(TStringView text);
   Ref<IItemIdList> FindByNames(TStringView text);
-  Ref<IItemIdList> WalkPath(const Ref<IItemIdList>& folder, TStringView text);
+  Ref<IItemIdList> WalkPath(Ref<IItemIdList> folder, TStringView text);
+  Ref<IItemIdList> FindInFolder(const Ref<IItemIdList>& folder, TStringView name);
   Ref<IItemIdList> FindChild(TFolderTrek& cursor, TStringView name);
   static Ref<IItemIdList> ResolveUsingCache(TStringView path);
   static Ref<IItemIdList> AskCachedFolder(const Ref<IItemIdList>& folder, TStringView path);
@@ -172,19 +177,28 @@ Ref<IItemIdList> TItemParser::FindByNames(TStringView text) {
   return {};
 }
 
-Ref<IItemIdList> TItemParser::WalkPath(const Ref<IItemIdList>& folder, TStringView text) {
-  const auto [start, rest] = SplitAtDelimiter(text);
-  if (start.empty()) return {};  // An object without a name is none that was meant.
-  TString first(start);
-  if (first.size() == 2 && first[1] == u':') first += PathDelim;
-  const Ref<IItemIdList> found = Fenced(Ref<IItemIdList>(), [&, &name = first] {
+Ref<IItemIdList> TItemParser::WalkPath(Ref<IItemIdList> folder, TStringView text) {
+  // A loop: a folder that holds itself must not cost stack for each component.
+  while (folder) {
+    const auto [start, rest] = SplitAtDelimiter(text);
+    if (start.empty()) return {};  // An object without a name is none that was meant.
+    TString first(start);
+    if (first.size() == 2 && first[1] == u':') first += PathDelim;
+    folder = FindInFolder(folder, first);
+    if (rest.empty()) break;
+    text = rest;
+  }
+  return folder;
+}
+
+Ref<IItemIdList> TItemParser::FindInFolder(const Ref<IItemIdList>& folder, TStringView name) {
+  return Fenced(Ref<IItemIdList>(), [&] {
     TFolderTrek cursor;
     cursor.SetShowErrorMessages(fWindow != nullptr);
     cursor.SetShellfolder(TOakItemIdList::FolderOf(folder));
     // A folder that does not tell where it lies has no absolute children.
     return cursor.GetFolderIdList() ? FindChild(cursor, name) : Ref<IItemIdList>();
   });
-  return found && !rest.empty() ? WalkPath(found, rest) : found;
 }
 
 Ref<IItemIdList> TItemParser::FindChild(TFolderTrek& cursor, TStringView name) {
@@ -206,6 +220,8 @@ Ref<IItemIdList> TItemParser::ResolveUsingCache(TStringView path) {
   const auto folder = Ref<IItemIdList>::Share(fLastParsedFolderIdList.load());
   if (!folder) return NullItemIdList();
   const TString known(TOakItemIdList::From(folder)->PathField());
+  // The item was handed out, and its holder may have asked it for its real path.
+  if (known.empty()) return NullItemIdList();
   if (SamePath(known, path)) return folder;
   const std::size_t end = path.rfind(PathDelim);
   if (end == TStringView::npos || !SamePath(known, path.substr(0, end))) return NullItemIdList();
@@ -224,7 +240,8 @@ Ref<IItemIdList> TItemParser::AskCachedFolder(const Ref<IItemIdList>& folder, TS
 void TItemParser::CacheLastFolderIdList(const Ref<IItemIdList>& item, TStringView path) {
   if (!IsMainThread() || IsInvalid(item) || item->Depth() <= 1) return;
   const TString text = TextOfParent(path);
-  if (text.empty()) return;
+  // Walking also splits at "/": the parent of "b/c" is not what stands before "\".
+  if (text.empty() || Contains(path.substr(text.size()), u"/")) return;
   Ref<IItemIdList> parent = item->GetParent();
   TOakItemIdList::From(parent)->SetPathField(text);
   ExchangeLastParsed(std::move(parent));

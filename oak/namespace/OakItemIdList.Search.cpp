@@ -1,8 +1,7 @@
 // TOakSearchFolder: an item that stands for a query.
-#include <vector>
-
 #include "oak/base/HResult.h"
 #include "oak/namespace/FolderTrek.h"
+#include "oak/namespace/Oak.Shell.ItemIdListCollection.h"
 #include "oak/namespace/OakItemIdList.State.h"
 
 namespace oak {
@@ -39,27 +38,23 @@ Ref<IQueryParser> MakeParser() {
 
 /// The drives of the computer without those of the network.
 Ref<IShellItemArray> LocalDrives(const Ref<IItemIdList>& computer) {
-  std::vector<Ref<IItemIdList>> drives;
+  const Ref<TItemIdListCollection> drives = MakeRef<TItemIdListCollection>();
   TFolderTrek cursor;
   cursor.SetFolderIdList(computer);
   while (cursor.Next()) {
-    Ref<IItemIdList> drive = cursor.GetAbsoluteItemIdList();
-    if (!IsNetworkPath(drive->Path())) drives.push_back(std::move(drive));
+    const Ref<IItemIdList> drive = cursor.GetAbsoluteItemIdList();
+    if (!IsNetworkPath(drive->Path())) drives->Add(drive);
   }
-  std::vector<PCItemIdList> pidls;
-  for (const auto& drive : drives) pidls.push_back(drive->WindowsPointer());
-  Ref<IShellItemArray> array;
-  if (!Api().SHCreateShellItemArrayFromIDLists) OleCheck(E_NOTIMPL);
-  const HRESULT result = Api().SHCreateShellItemArrayFromIDLists(static_cast<UINT>(pidls.size()),
-                                                                 pidls.data(), array.Put());
-  return Checked(result, array);
+  return drives->GetShellItemArray();
 }
 
 Ref<IShellItemArray> MakeScope(const Ref<IItemIdList>& scope) {
   if (scope->IsSpecialFolder(SF_DRIVES)) return LocalDrives(scope);
+  const Ref<IShellItem> item = scope->ShellItem();
+  if (!Api().SHCreateShellItemArrayFromShellItem || !item) OleCheck(E_NOTIMPL);
   Ref<IShellItemArray> array;
   const HRESULT result = Api().SHCreateShellItemArrayFromShellItem(
-      scope->ShellItem().Get(), IidOf<IShellItemArray>(), array.PutVoid());
+      item.Get(), IidOf<IShellItemArray>(), array.PutVoid());
   return Checked(result, array);
 }
 

@@ -226,8 +226,10 @@ Ref<IItemIdList> TOakItemIdList::CreateForSpecialFolder(TOakShellFolder pSpecial
   if (pSpecialFolder != SF_INVALID && item->IsInvalid()) return item;
   From(item)->fSpecialFolder.store(pSpecialFolder, std::memory_order_release);
   if (pFromCache && pSpecialFolder != SF_DRIVES && pSpecialFolder != SF_QUICKACCESS) {
+    Ref<IItemIdList> stored = item;
     const std::lock_guard lock(folders.SpecialFolderLock);
-    folders.SpecialFolderItems[pSpecialFolder] = item;
+    folders.SpecialFolderItems[pSpecialFolder].Swap(stored);
+    // The folder that stood there is let go behind the lock.
   }
   return item;
 }
@@ -243,8 +245,9 @@ Ref<IItemIdList> TOakItemIdList::CreateForSpecialFolder(TStringView pDisplayName
 TOakShellFolder TOakItemIdList::SpecialFolder() {
   const TOakShellFolder known = fSpecialFolder.load(std::memory_order_acquire);
   if (known != SF_INVALID) return known;
+  const PItemIdList pidl = WindowsPointer();
   const TOakShellFolder found = TestForSpecialFolder({});
-  fSpecialFolder.store(found, std::memory_order_release);
+  StoreSpecialFolder(found, pidl);
   return found;
 }
 
@@ -256,9 +259,16 @@ bool TOakItemIdList::IsSpecialFolder(TOakShellFolder pSpecialFolderToCheck) {
   }
   const TOakShellFolder known = fSpecialFolder.load(std::memory_order_acquire);
   if (known != SF_INVALID) return known == pSpecialFolderToCheck;
+  const PItemIdList pidl = WindowsPointer();
   if (CompareTo(CreateForSpecialFolder(pSpecialFolderToCheck, true), ilcDisplay) != 0) return false;
-  fSpecialFolder.store(pSpecialFolderToCheck, std::memory_order_release);
+  StoreSpecialFolder(pSpecialFolderToCheck, pidl);
   return true;
+}
+
+/// Remembers what was found for a list, unless another thread replaced that.
+void TOakItemIdList::StoreSpecialFolder(TOakShellFolder pFound, PItemIdList pPidl) {
+  fSpecialFolder.store(pFound, std::memory_order_release);
+  if (WindowsPointer() != pPidl) fSpecialFolder.store(SF_INVALID, std::memory_order_release);
 }
 
 TOakShellFolder TOakItemIdList::TestForSpecialFolder(TOakShellFolders pFoldersToTest) {

@@ -191,6 +191,7 @@ class TOakItemIdList : public TInterfacedObject<IItemIdList, IMetaDataFormatter,
   TStringView PathField() const noexcept;
   void InitPath(TStringView pText);
   void SetPathField(TStringView pText);
+  void StoreSpecialFolder(TOakShellFolder pFound, PItemIdList pPidl);
   TString ComputePath(const TItemText* pSeen);
   TString PathOfPidl(PItemIdList pPidl);
   TString NameForExplorer();

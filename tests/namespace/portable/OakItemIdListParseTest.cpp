@@ -69,7 +69,7 @@ TEST_F(OakItemIdListParse, NamesAreWalkedInAnyCase) {
   }
   EXPECT_EQ(Scan(u"Oak Tree\\")->Depth(), 1);
   for (const TStringView text :
-       {u"Oak Tree\\Branch\\Leaf 9", u"Oak Tree\\\\Branch", u"Oak Tree\\Acorn\\x"})
+       {u"Oak Tree\\Branch\\Leaf 9", u"Oak Tree\\\\Branch", u"Oak Tree\\Acorn\\x", u"/x"})
     EXPECT_TRUE(Scan(text)->IsInvalid()) << ToUtf8(text);
 }
 
