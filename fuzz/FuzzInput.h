@@ -3,12 +3,28 @@
 
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <vector>
 
 #include "oak/base/Pidl.h"
 #include "oak/base/Text.h"
+#include "oak/platform/Console.h"
 
 namespace fuzz {
+
+/// Makes drive C a small directory, so that a walk by names ends soon whatever lies
+/// on the machine. Once for the process.
+inline void UseSmallDrive() {
+  static const bool done = [] {
+    const auto root = std::filesystem::temp_directory_path() / "oak-fuzz-drive";
+    std::filesystem::create_directories(root / "usr" / "share");
+    std::ofstream(root / "main.cpp").put('x');
+    std::string error;
+    return oak::MapDriveFromArgument("C", root.string(), error);
+  }();
+  (void)done;
+}
 
 /// The bytes as 16-bit text, any unit value.
 inline oak::TString ToText(const std::uint8_t* data, std::size_t size) {

@@ -36,6 +36,7 @@ void Rewrite(const TString& base, const TString& text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  fuzz::UseSmallDrive();
   const auto [text, base] = fuzz::ToTwoTexts(data, size);
   Judge(text);
   Rewrite(base, text);

@@ -40,6 +40,7 @@ void EnterFolder(const Ref<IItemIdList>& item) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  fuzz::UseSmallDrive();
   const fuzz::TAnyPidl pidl(data, size);
   const Ref<IItemIdList> item = TOakItemIdList::Create(pidl.Get(), iloCopyMemory);
   AskItem(item);

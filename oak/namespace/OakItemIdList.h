@@ -147,7 +147,7 @@ class TOakItemIdList : public TInterfacedObject<IItemIdList, IMetaDataFormatter,
   TString GetInfo(TItemIdListInfoLevel pLevel) override;
 
   // --- beyond the interfaces -----------------------------------------------
-  /// Replaces the list; special folder and path are unknown again.
+  /// Replaces the list; special folder, path and shell item are unknown again.
   void SetPidl(TPidl pPidl);
   /// Replaces the cached shell item; the path is unknown again.
   void SetShellItem(IShellItem* pShellItem);

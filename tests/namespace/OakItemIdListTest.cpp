@@ -181,7 +181,7 @@ TEST(OakItemIdList, WrongCountsAndMissingParentsRaise) {
   const auto item = ItemOf({10});
   EXPECT_EQ(MessageOf<EInvalidArgument>([&] { (void)item->GetStartItemIdList(-1); }), negative);
   EXPECT_EQ(MessageOf<EInvalidArgument>([&] { (void)TItem::GetElementNo(nullptr, -1); }), negative);
-  EXPECT_THAT(MessageOf<EFolderTrekError>([&] { (void)NullItemIdList()->GetParent(); }),
+  EXPECT_THAT(MessageOf<EFolderTrekError>([&] { (void)TItem::Create(TPidl())->GetParent(); }),
               StartsWith("Could not get the parent ItemIdList for invalid ItemIdList:  Internal "
                          "data: FPath: -, fSpecialFolder: SF_INVALID, Invalid"));
   EXPECT_THAT(MessageOf<EFolderTrekError>([&] { (void)item->GetParent()->GetParent(); }),

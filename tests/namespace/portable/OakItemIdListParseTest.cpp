@@ -4,6 +4,7 @@
 
 #include <thread>
 
+#include "oak/namespace/FolderTrek.h"
 #include "oak/namespace/Oak.Shell.Types.h"
 #include "oak/namespace/OakItemIdList.h"
 #include "oak/platform/MainThread.h"
@@ -165,22 +166,51 @@ TEST_F(OakItemIdListParse, FailuresWhileNamesAreCollectedEndInAnItem) {
 
 // --- special folders of a user -----------------------------------------------------
 
-TEST(OakItemIdListUser, DocumentsAreOneSharedItem) {
-  const TTestFolder home;
-  home.MakeFolder(u"Documents");
-  const auto before = PortableConfig();
-  TPortableConfig config = *before;
-  config.Home = std::filesystem::temp_directory_path() / ToUtf8(ExtractFileName(home.Path()));
-  config.ConfigHome = config.Home + "/.config";
-  SetPortableConfig(config);
-  TItem::ClearCaches();
+/// A user whose home is empty but for the documents.
+class OakItemIdListUser : public ::testing::Test {
+ protected:
+  OakItemIdListUser() {
+    fHome.MakeFolder(u"Documents");
+    TPortableConfig config = *fBefore;
+    config.Home = std::filesystem::temp_directory_path() / ToUtf8(ExtractFileName(fHome.Path()));
+    config.ConfigHome = config.Home + "/.config";
+    SetPortableConfig(config);
+    TItem::ClearCaches();
+  }
+  ~OakItemIdListUser() override {
+    SetPortableConfig(fBefore);
+    TItem::ClearCaches();
+  }
+
+  TTestFolder fHome;
+  std::shared_ptr<const TPortableConfig> fBefore = PortableConfig();
+};
+
+TEST_F(OakItemIdListUser, DocumentsAreOneSharedItem) {
   const auto documents = TItem::CreateForSpecialFolder(SF_PERSONAL, true);
   EXPECT_EQ(documents, TItem::CreateForSpecialFolder(SF_PERSONAL, true));
   EXPECT_FALSE(documents->IsInvalid());
-  EXPECT_EQ(documents->Path(), home.Path(u"Documents"));
-  EXPECT_EQ(TItem::Create(home.Path(u"Documents"))->SpecialFolder(), SF_PERSONAL);
-  SetPortableConfig(before);
-  TItem::ClearCaches();
+  EXPECT_EQ(documents->Path(), fHome.Path(u"Documents"));
+  EXPECT_EQ(TItem::Create(fHome.Path(u"Documents"))->SpecialFolder(), SF_PERSONAL);
+}
+
+TEST_F(OakItemIdListUser, EntriesOfQuickAccessLeadToTheRealFolder) {
+  const auto quickAccess = TItem::CreateForSpecialFolder(SF_QUICKACCESS, true);
+  ASSERT_FALSE(quickAccess->IsInvalid());
+  EXPECT_NE(quickAccess, TItem::CreateForSpecialFolder(SF_QUICKACCESS, true));
+  EXPECT_EQ(quickAccess->SpecialFolder(), SF_QUICKACCESS);
+  EXPECT_NE(quickAccess->ShellItem(), quickAccess->ShellItem());  // never kept
+  TFolderTrek cursor(nullptr);
+  cursor.SetFolderIdList(quickAccess);
+  int documents = 0;
+  while (cursor.Next()) {
+    const auto entry = cursor.GetAbsoluteItemIdList();
+    EXPECT_EQ(entry->Depth(), 2);
+    const auto target = entry->LinkTarget();
+    EXPECT_FALSE(TItem::IsParentOf(SF_QUICKACCESS, target, true));
+    if (target->Path() == fHome.Path(u"Documents")) ++documents;
+  }
+  EXPECT_EQ(documents, 1);
 }
 
 // --- slow places -------------------------------------------------------------------
