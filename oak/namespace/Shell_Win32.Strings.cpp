@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "oak/base/Exceptions.h"
+#include "oak/namespace/OakItemIdList.h"
 #include "oak/namespace/Shell_Win32.h"
 #include "oak/platform/Api.h"
 #include "oak/platform/MainThread.h"
@@ -180,6 +181,7 @@ void InitializeShell() {
 }
 
 void FinalizeShell() {
+  TOakItemIdList::ClearCaches();
   const std::lock_guard guard(gInitLock);
   detail::DropDesktop();
   delete gShellState.exchange(nullptr);

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "oak/platform/portable/PortableConfig.h"
@@ -53,7 +54,9 @@ bool IsReadOnly(const std::string& native, bool folder) {
 
 bool ReadFileElement(PCUITEMID_CHILD element, TFileElement& result) {
   return ReadNameElement(element, ekFileSystem, kFileVersion, result.Flags, result.Name) &&
-         result.Name.find_first_of(u"\\/") == TString::npos && !IsDots(result.Name);
+         std::none_of(result.Name.begin(), result.Name.end(),
+                      [](char16_t c) { return c == u'\\' || c == u'/'; }) &&
+         !IsDots(result.Name);
 }
 
 TPidl MakeFileElement(DWORD flags, TStringView name) {

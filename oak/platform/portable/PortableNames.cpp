@@ -1,6 +1,4 @@
 // Native file names as Windows names and back.
-#include <cstring>
-
 #include "oak/platform/portable/PortableFiles.h"
 
 namespace oak {
@@ -8,10 +6,17 @@ namespace {
 
 constexpr char16_t EscapeBase = 0xF000;
 
+struct TForbiddenAscii {
+  bool Is[128]{};
+  constexpr TForbiddenAscii() {
+    for (const char c : {'"', '*', ':', '<', '>', '?', '\\', '|', '/'})
+      Is[static_cast<unsigned char>(c)] = true;
+  }
+};
+constexpr TForbiddenAscii ForbiddenAscii;
+
 // What a file of the platform can't have in its name, while ours can.
-bool IsForbidden(char32_t c) {
-  return c < 32 || (c < 128 && std::strchr("\"*:<>?\\|/", static_cast<char>(c)) != nullptr);
-}
+bool IsForbidden(char32_t c) { return c < 32 || (c < 128 && ForbiddenAscii.Is[c]); }
 
 char16_t Escaped(char byte) {
   return static_cast<char16_t>(EscapeBase + static_cast<unsigned char>(byte));

@@ -133,6 +133,25 @@ void DropStubs(TApi& api) {
   api.SHCreateItemWithParent.SetFunction(nullptr);
 }
 
+bool StartsWithSlash(LPCWSTR text) { return text && *text == L'/'; }
+
+PIDLIST_ABSOLUTE STDAPICALLTYPE CreateFromGuardedPath(LPCWSTR path) {
+  return StartsWithSlash(path) ? nullptr : ::ILCreateFromPathW(path);
+}
+
+HRESULT STDAPICALLTYPE ParseGuardedName(LPCWSTR name, IBindCtx* context, PIDLIST_ABSOLUTE* pidl,
+                                        SFGAOF mask, SFGAOF* attributes) {
+  if (!StartsWithSlash(name)) return ::SHParseDisplayName(name, context, pidl, mask, attributes);
+  *pidl = nullptr;
+  return E_INVALIDARG;
+}
+
+/// Wine's parser ends the program for a text that begins with "/".
+void GuardParser(TApi& api) {
+  api.ILCreateFromPathW.SetFunction(&CreateFromGuardedPath);
+  api.SHParseDisplayName.SetFunction(&ParseGuardedName);
+}
+
 }  // namespace
 
 void BindLate(TApi& api) {
@@ -141,7 +160,9 @@ void BindLate(TApi& api) {
   BindTextLibrary(api);
   BindPropertyLibrary(api);
   BindDarkMode(api);
-  if (IsWine()) DropStubs(api);
+  if (!IsWine()) return;
+  DropStubs(api);
+  GuardParser(api);
 }
 
 }  // namespace oak::detail
