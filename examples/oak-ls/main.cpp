@@ -1,9 +1,11 @@
 // oak-ls: lists or describes any place of the shell namespace.
 #include <algorithm>
 #include <cstdio>
+#include <numeric>
 
 #include "Description.h"
 #include "Options.h"
+#include "oak/base/LogicalOrder.h"
 #include "oak/namespace/OakItemIdList.h"
 #include "oak/namespace/Shell_Win32.h"
 #include "oak/platform/Console.h"
@@ -31,6 +33,22 @@ Ref<IItemIdList> FindPlace(const std::string& place) {
   return item->IsInvalid() ? nullptr : item;
 }
 
+std::vector<std::uint32_t> ShellOrder(const std::vector<TDescription>& rows) {
+  std::vector<std::uint32_t> order(rows.size());
+  std::iota(order.begin(), order.end(), 0u);
+  return order;
+}
+
+/// Folders first, each kind by name with numbers by value.
+std::vector<std::uint32_t> SortedOrder(const std::vector<TDescription>& rows) {
+  TStringArray names;
+  for (const TDescription& row : rows) names.push_back(FromUtf8(row.Name));
+  std::vector<std::uint32_t> order = SortLogical(names);
+  std::stable_partition(order.begin(), order.end(),
+                        [&](std::uint32_t row) { return rows[row].IsFolder; });
+  return order;
+}
+
 void List(const Ref<IItemIdList>& folder, const TOptions& options) {
   TFolderTrek cursor;
   cursor.SetShowErrorMessages(false);
@@ -40,8 +58,13 @@ void List(const Ref<IItemIdList>& folder, const TOptions& options) {
   cursor.SetFolderIdList(folder);
   TOakShellShowOptions shown{soShowFiles, soShowNethood, soShowRecycleBin};
   if (options.Hidden) shown.Include(soShowHidden);
+  std::vector<TDescription> rows;
   while (cursor.Next())
-    if (cursor.ShowObjectAccordingShowOptions(shown)) Print(Describe(cursor), options);
+    if (cursor.ShowObjectAccordingShowOptions(shown)) rows.push_back(Describe(cursor));
+  // Other folders than directories have an order of their own.
+  const bool isDirectory = cursor.IsFileSystemFolder();
+  for (const std::uint32_t row : isDirectory ? SortedOrder(rows) : ShellOrder(rows))
+    Print(rows[row], options);
 }
 
 TExitCode ShowPlace(const std::string& place, const TOptions& options, bool withHeading) {

@@ -35,8 +35,9 @@ bool TFolderTrek::BindQuietly() {
 /// The object as well as it is known: a cursor on a bare IShellFolder may have no
 /// absolute one.
 Ref<IItemIdList> TFolderTrek::AbsoluteOrOwnItem() {
-  const Ref<IItemIdList> item = GetAbsoluteItemIdList();
-  return item ? item : FItemIDList;
+  Ref<IItemIdList> item = GetAbsoluteItemIdList();
+  if (!item) item = FItemIDList;
+  return item;
 }
 
 // --- attributes ------------------------------------------------------------
