@@ -19,7 +19,7 @@ install(TARGETS ${oak_installed} EXPORT OakTargets
 
 # Headers keep their folders: users include "oak/namespace/OakItemIdList.h" as we do.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/oak DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-  FILES_MATCHING PATTERN "*.h" PATTERN "*.inc")
+  FILES_MATCHING PATTERN "*.h" PATTERN "*.inc" PATTERN "*.rc" PATTERN "*.manifest")
 if(TARGET oak_testkit)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/testkit DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
     FILES_MATCHING PATTERN "*.h")

@@ -79,7 +79,8 @@ function(oak_library name)
     # Our headers show what Windows 10 declares; users see them the same way.
     target_compile_definitions(oak_${name} PUBLIC WINVER=0x0A00 _WIN32_WINNT=0x0A00
       NTDDI_VERSION=0x0A000000)
-    target_link_libraries(oak_${name} PUBLIC propsys shlwapi shell32 ole32 oleaut32 uuid user32 advapi32 mpr)
+    target_link_libraries(oak_${name} PUBLIC propsys shlwapi shell32 ole32 oleaut32 uuid user32 advapi32 mpr
+      gdi32 comctl32 uxtheme)
   endif()
   set_target_properties(oak_${name} PROPERTIES EXPORT_NAME ${name})
 endfunction()
@@ -94,4 +95,11 @@ function(oak_testkit)
   add_library(Oak::TestKit ALIAS oak_testkit)
   target_link_libraries(oak_testkit PUBLIC oak_shell PRIVATE $<BUILD_INTERFACE:oak_options>)
   set_target_properties(oak_testkit PROPERTIES EXPORT_NAME TestKit)
+endfunction()
+
+# oak_windows_program(<target>): embeds the manifest that a program with windows needs.
+function(oak_windows_program target)
+  if(WIN32)
+    target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/oak/framework/win32/Oak.rc)
+  endif()
 endfunction()

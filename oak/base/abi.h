@@ -28,6 +28,7 @@
 
 // Macros that would rename members of ours in headers that include only this one.
 #undef GetMessage
+#undef MessageBox
 
 #else
 

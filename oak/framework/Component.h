@@ -88,9 +88,11 @@ class TComponent : public TPersistent {
   /// Sets csDestroying here and in owned components. The destructor of a class
   /// whose overrides must see the state calls it first; the root does it anyway.
   void Destroying() noexcept;
+  /// Tells all who asked of this component's end. The destructor of a class whose users must let go
+  /// of it while it is whole calls it first; the root does it anyway.
+  void NotifyOfEnd() noexcept;
 
  private:
-  void NotifyOfEnd() noexcept;
   void DestroyComponents() noexcept;
 
   TComponent* fOwner = nullptr;

@@ -20,11 +20,10 @@ struct THost {
   std::function<HWND(TComponent* component)> WindowOf;
   /// Whether a user can be asked: the application has forms on the screen.
   std::function<bool()> IsInteractive;
+  /// Pixels per inch of the active form, or of the screen without one; 96 if empty.
+  std::function<int()> PixelsPerInch;
   /// Turns the hourglass cursor on and off; calls nest.
   std::function<void(bool on)> SetWaitCursor;
-  /// Runs a procedure on another thread, soon, in a single-threaded apartment.
-  /// Without it each procedure gets a thread of its own.
-  std::function<void(std::function<void()>)> RunInBackground;
 };
 
 THost& Host();
@@ -41,9 +40,5 @@ class TWaitCursor {
   TWaitCursor(const TWaitCursor&) = delete;
   TWaitCursor& operator=(const TWaitCursor&) = delete;
 };
-
-/// Host().RunInBackground, or a thread of its own with an apartment around it.
-/// What the procedure throws is dropped.
-void RunInBackground(std::function<void()> procedure);
 
 }  // namespace oak

@@ -146,36 +146,6 @@ std::int64_t TFolderTrek::GetFileSize() {
   return oak::GetFileSize(IncludeTrailingPathDelimiter(GetFolder()) + GetObjectName());
 }
 
-namespace {
-/// A date of the shell, which is UTC, as the user's clock shows it.
-double LocalFromUtc(double pDate) {
-  TIME_ZONE_INFORMATION zone;
-  SYSTEMTIME utc, local;
-  double date = pDate;
-  constexpr DWORD unknownZone = 0xFFFFFFFF;
-  if (Api().GetTimeZoneInformation(&zone) != unknownZone && DateTimeToSystem(pDate, utc) &&
-      Api().SystemTimeToTzSpecificLocalTime(&zone, &utc, &local))
-    SystemToDateTime(local, date);
-  return date;
-}
-}  // namespace
-
-double TFolderTrek::GetLastChangeDate() {
-  if (!HasObject() || !BindQuietly()) return 0;
-  if (!FTriedIshd) {
-    FTriedIshd = true;
-    fShellFolder2 = FShellFolder.As<IShellFolder2>();
-  }
-  if (!fShellFolder2) return 0;
-  const PROPERTYKEY key = TShellColumns::WriteTime();
-  VARIANT value{};
-  if (FAILED(fShellFolder2->GetDetailsEx(FItemIDList->WindowsPointer(), &key, &value))) return 0;
-  const bool isDate = value.vt == VT_DATE;
-  const double utc = isDate ? value.date : 0;
-  VariantClear(&value);
-  return isDate ? LocalFromUtc(utc) : 0;
-}
-
 TString TFolderTrek::GetInfoTip(bool pUseSlowInfoTip) {
   constexpr DWORD slowTip = 8;
   if (!CheckIfValid(false)) return {};

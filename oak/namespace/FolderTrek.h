@@ -4,10 +4,13 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "oak/base/PatternMatch.h"
+#include "oak/base/Variant.h"
 #include "oak/framework/Cancellation.h"
 #include "oak/framework/Component.h"
+#include "oak/framework/ControlTypes.h"
 #include "oak/namespace/FolderTrek.Paths.h"
 #include "oak/namespace/Oak.Shell.Types.Interfaces.h"
 #include "oak/platform/shell_api.h"
@@ -15,6 +18,7 @@
 namespace oak {
 
 class TFolderTrek;
+struct TColumnInfo;
 
 /// What fetching the next object led to.
 enum TEnumResult : std::uint8_t {
@@ -204,6 +208,34 @@ class TFolderTrek : public TComponent {
   bool FilterMatch();
   bool ShowObjectAccordingShowOptions(TOakShellShowOptions pShowOptions);
 
+  // --- columns -------------------------------------------------------------
+  // Columns are numbered by the folder from 0 on; 256 is the bar of used space
+  // in a list of drives. Reading them raises nothing but what is said here.
+  /// Whether a folder is bound, which can be asked for its columns.
+  bool GetIShellDetails();
+  /// Text of the current object, or with pHeader the caption of the column.
+  TString GetColumnText(int pColumnIndex, bool pHeader);
+  TString GetColumnText(const TShellColumnId& pColumnID, bool pHeader);
+  /// Gives the value behind the text as well; untouched for a header.
+  TString GetColumnText(const TShellColumnId& pColumnID, bool pHeader, TVariant& pColumnVariant);
+  /// Value of the current object; dates are local.
+  TVariant GetColumnValue(const TShellColumnId& pColumnID);
+  /// TShellColumns::Invalid if there is no such column.
+  TShellColumnId GetShColumnIdFromColumnNumber(int pColumnNumber);
+  /// -1 if the folder doesn't have the column.
+  int GetIndexOfShColumnId(const TShellColumnId& pColumnID);
+  /// Alignment, and the width in pixels of the screen; 0 for a column that is
+  /// hidden at first.
+  TAlignment GetColumnInfo(int pColumnIndex, int& pWidth);
+  /// The width at 96 pixels per inch. Raises EInvalidOperation without a folder.
+  void GetColumnInfo(int pColumnIndex, TColumnInfo& pColumnInfo);
+  /// What the property system knows, whatever the folder.
+  void GetColumnInfo(const TShellColumnId& pShellColumn, TColumnInfo& pColumnInfo);
+  /// SHCOLSTATE_ bits; 0 if unknown.
+  DWORD GetDefaultColumnState(int pColumnIndex);
+  /// The column that the folder sorts by: always the name.
+  int GetSortColumn() const { return 0; }
+
   // --- actions -------------------------------------------------------------
   /// Renames the object; NewName becomes the name that it has afterwards. The
   /// shell reports its own errors; nothing is raised for them.
@@ -234,6 +266,9 @@ class TFolderTrek : public TComponent {
   void FindObjectByName(TStringView pName);
   [[noreturn]] void RaiseNoObject() const;
   int GetImageIndex(bool pOpen);
+  std::optional<TString> DetailsText(int pColumnIndex, bool pHeader);
+  TString GetColumnHeader(const TShellColumnId& pColumnID);
+  bool ShowsColumnAtFirst(int pColumnIndex);
 
   Ref<IItemIdList> FFolderIdList;
   Ref<IShellFolder> FShellFolder;

@@ -1,15 +1,16 @@
 #include "oak/namespace/Oak.Shell.ControlHelper.h"
 
-#include <chrono>
-#include <condition_variable>
-#include <memory>
-#include <mutex>
-#include <system_error>
+#include <algorithm>
 
+#include "oak/framework/Geometry.h"
 #include "oak/framework/Host.h"
 #include "oak/namespace/FolderTrek.h"
+#include "oak/namespace/Oak.Shell.ShellColumns.h"
+#include "oak/namespace/Oak.Shell.Types.PropertyValue.h"
 #include "oak/namespace/OakItemIdList.h"
+#include "oak/namespace/Shell_Win32.Properties.h"
 #include "oak/platform/Api.h"
+#include "oak/threading/Oak.Threading.h"
 
 namespace oak {
 namespace {
@@ -17,68 +18,47 @@ namespace {
 constexpr int ProbedObjects = 101;
 constexpr ULONGLONG SlowObjectMs = 10;
 constexpr ULONGLONG LongestProbeMs = 1000;
-constexpr std::chrono::milliseconds WaitSlice{5};
-
-/// Shared by the thread that measures and the one that waits; whoever ends last
-/// frees it, so that a folder that hangs holds nobody.
-struct TSlownessProbe {
-  std::mutex Lock;
-  std::condition_variable Changed;
-  bool Completed = false;
-  bool IsSlow = false;
-  std::atomic<bool> Abandoned{false};
-
-  void Complete(bool pIsSlow) {
-    const std::lock_guard guard(Lock);
-    Completed = true;
-    IsSlow = pIsSlow;
-    Changed.notify_all();
-  }
-};
+constexpr DWORD WaitSliceMs = 5;
 
 bool IsCanceled(const Ref<ICancellationIndicator>& pCancel) {
   return pCancel && pCancel->IsCancellationRequested();
 }
 
 /// Whether the first objects of the folder take 10 ms or more each.
-bool MeasureFolder(const Ref<IItemIdList>& pFolder, const TSlownessProbe& pProbe) {
+bool MeasureFolder(const Ref<IItemIdList>& pFolder, const Ref<ICancellationIndicator>& pStop) {
   TFolderTrek cursor;
   cursor.SetShowErrorMessages(false);
   cursor.SetFolderIdList(pFolder);
   const ULONGLONG start = Api().GetTickCount64();
   ULONGLONG count = 0;
-  while (count < ProbedObjects && !pProbe.Abandoned && cursor.Next()) ++count;
+  while (count < ProbedObjects && !IsCanceled(pStop) && cursor.Next()) ++count;
   if (count == 0) return false;
   return (Api().GetTickCount64() - start) / count >= SlowObjectMs;
 }
 
-/// False if there is no thread to be had for it.
-bool StartProbe(const Ref<IItemIdList>& pFolder, const std::shared_ptr<TSlownessProbe>& pProbe) {
-  try {
-    RunInBackground([pProbe, pFolder] {
-      bool isSlow = true;
-      try {
-        isSlow = MeasureFolder(pFolder, *pProbe);
-      } catch (const Exception&) {
-        // A folder that fails is taken off the main thread like a slow one.
-      }
-      pProbe->Complete(isSlow);
-    });
-    return true;
-  } catch (const std::system_error&) {
-    return false;
-  }
+Ref<IFuture<bool>> StartProbe(const Ref<IItemIdList>& pFolder,
+                              const Ref<ICancellationIndicator>& pStop) {
+  return TFuture<bool>::CreateAndQueue(
+      [pFolder, pStop] {
+        try {
+          return MeasureFolder(pFolder, pStop);
+        } catch (const Exception&) {
+          return true;  // A folder that fails is taken off the main thread like a slow one.
+        }
+      },
+      pStop);
 }
 
-/// True if the probe ended in time; its answer is then in IsSlow.
-bool WaitForProbe(TSlownessProbe& pProbe, const Ref<ICancellationIndicator>& pCancel) {
+/// Whether the probe ended in time. Looks often: it mostly takes less than the future's
+/// own wait looks away.
+bool WaitForProbe(const Ref<IFuture<bool>>& pProbe, const Ref<ICancellationIndicator>& pCancel) {
+  const Ref<IWorkItem> item = pProbe.As<IWorkItem>();
   const ULONGLONG start = Api().GetTickCount64();
-  std::unique_lock guard(pProbe.Lock);
-  while (!pProbe.Completed) {
+  while (item->GetStatus() < TTaskStatus::Completed) {
     if (IsCanceled(pCancel) || Api().GetTickCount64() - start >= LongestProbeMs) return false;
-    pProbe.Changed.wait_for(guard, WaitSlice);
+    Api().Sleep(WaitSliceMs);
   }
-  return true;
+  return item->GetStatus() == TTaskStatus::Completed;
 }
 
 }  // namespace
@@ -91,12 +71,30 @@ bool TShellControlHelper::ShouldEnumerateAsync(const Ref<IItemIdList>& pItemIdLi
   if (!pItemIdList->IsSlow()) return false;
   if (IsUNCPath(path) || IsUncServer(path)) return true;
 
-  const auto probe = std::make_shared<TSlownessProbe>();
-  if (!StartProbe(pItemIdList, probe)) return true;
-  const bool completed = WaitForProbe(*probe, pCancel);
-  probe->Abandoned = true;
-  const std::lock_guard guard(probe->Lock);
-  return !completed || probe->IsSlow;
+  CancellationToken stop;
+  try {
+    const Ref<IFuture<bool>> probe = StartProbe(pItemIdList, stop);
+    if (WaitForProbe(probe, pCancel)) return probe->Value();
+  } catch (const EThread&) {
+    // No thread to be had for it.
+  }
+  stop.Cancel();
+  return true;
+}
+
+int TShellControlHelper::ScaledPixels(int pPixels) {
+  const int density = Host().PixelsPerInch ? Host().PixelsPerInch() : 96;
+  return std::max(pPixels, MulDiv(pPixels, density, 96));
+}
+
+TString TShellControlHelper::VariantToString(const TVariant& pValue,
+                                             const TShellColumnId& pColumn) {
+  if (pValue.IsEmpty() || pValue.IsNull()) return {};
+  const bool isDate =
+      pColumn == TShellColumns::WriteTime() || pColumn == TShellColumns::CreateTime() ||
+      pColumn == TShellColumns::AccessTime() || pColumn == TShellColumns::ItemDate();
+  return isDate ? TShellPropertyValue(pValue).ToString()
+                : VariantToStringViaPropertySystem(pValue, pColumn);
 }
 
 bool TShellControlHelper::Authenticate(TStringView pPath, bool pShowErrors) {

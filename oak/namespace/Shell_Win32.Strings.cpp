@@ -5,6 +5,9 @@
 #include <mutex>
 
 #include "oak/base/Exceptions.h"
+#include "oak/framework/Application.h"
+#include "oak/framework/Finalizers.h"
+#include "oak/framework/MainThreadQueue.h"
 #include "oak/namespace/OakItemIdList.h"
 #include "oak/namespace/Shell_Win32.h"
 #include "oak/platform/Api.h"
@@ -162,12 +165,11 @@ std::unique_ptr<TShellState> OpenLibraries() {
 
 std::mutex gInitLock;
 std::atomic<TShellState*> gShellState{nullptr};
-std::atomic<bool> gIsLibrary{false};
 bool gOleEntered = false;  // guarded by gInitLock
 
 }  // namespace
 
-void SetIsLibrary(bool pIsLibrary) noexcept { gIsLibrary = pIsLibrary; }
+void SetIsLibrary(bool pIsLibrary) noexcept { Application().SetIsLibrary(pIsLibrary); }
 
 void InitializeShell() {
   if (gShellState.load(std::memory_order_acquire)) return;
@@ -175,12 +177,14 @@ void InitializeShell() {
   if (gShellState.load(std::memory_order_relaxed)) return;
   // OLE belongs to a thread: entering it on a worker that came first by chance
   // would serve nobody.
-  if (!gIsLibrary && !gOleEntered && IsMainThread())
+  if (!Application().GetIsLibrary() && !gOleEntered && IsMainThread())
     gOleEntered = SUCCEEDED(Api().OleInitialize(nullptr));
   gShellState.store(OpenLibraries().release(), std::memory_order_release);
 }
 
 void FinalizeShell() {
+  RunFinalizers();
+  if (IsMainThread()) FinalizeFramework();
   TOakItemIdList::ClearCaches();
   const std::lock_guard guard(gInitLock);
   detail::DropDesktop();

@@ -21,8 +21,10 @@ namespace oak {
 /// on the calling thread). Raises Exception if the system libraries can't be
 /// opened; the next call then tries again. Any thread.
 void InitializeShell();
-/// Closes the libraries and drops the shared desktop. Only while no other thread
-/// uses the library; InitializeShell may follow.
+/// Ends the process's pool of threads, closes the libraries and drops the shared
+/// desktop. Explicit, at the end of the program or before the library is unloaded; on
+/// the main thread, while no thread but the pool's uses the library. InitializeShell may
+/// follow.
 void FinalizeShell();
 /// Tells InitializeShell that this code lies in a library whose program enters
 /// OLE itself. Before the first call.

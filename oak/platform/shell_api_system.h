@@ -157,16 +157,21 @@ inline constexpr DWORD ERROR_SYMLINK_NOT_SUPPORTED = 0x5b8u;
 inline constexpr DWORD ERROR_NOT_A_REPARSE_POINT = 0x1126u;
 inline constexpr DWORD ERROR_INVALID_REPARSE_DATA = 0x1128u;
 inline constexpr DWORD ERROR_NO_ASSOCIATION = 0x483u;
+inline constexpr DWORD ERROR_KEY_DELETED = 0x3fau;
 
 // --- registry --------------------------------------------------------------------
 inline constexpr REGSAM KEY_READ = 0x20019u;
 inline constexpr REGSAM KEY_WRITE = 0x20006u;
 inline constexpr REGSAM KEY_QUERY_VALUE = 1;
 inline constexpr REGSAM KEY_SET_VALUE = 2;
+inline constexpr REGSAM KEY_CREATE_SUB_KEY = 4;
 inline constexpr REGSAM KEY_ENUMERATE_SUB_KEYS = 8;
 inline constexpr REGSAM KEY_ALL_ACCESS = 0xf003fu;
 inline constexpr REGSAM KEY_WOW64_64KEY = 0x100u;
 inline constexpr REGSAM KEY_WOW64_32KEY = 0x200u;
+inline constexpr DWORD REG_OPTION_NON_VOLATILE = 0;
+inline constexpr DWORD REG_CREATED_NEW_KEY = 1;
+inline constexpr DWORD REG_OPENED_EXISTING_KEY = 2;
 inline constexpr DWORD REG_NONE = 0;
 inline constexpr DWORD REG_SZ = 1;
 inline constexpr DWORD REG_EXPAND_SZ = 2;
@@ -252,6 +257,17 @@ inline constexpr DWORD INFINITE = 0xffffffffu;
 inline constexpr DWORD WAIT_OBJECT_0 = 0;
 inline constexpr DWORD WAIT_TIMEOUT = 0x102u;
 inline constexpr DWORD WAIT_FAILED = 0xffffffffu;
+inline constexpr DWORD CREATE_SUSPENDED = 4;
+inline constexpr int THREAD_PRIORITY_IDLE = -15;
+inline constexpr int THREAD_PRIORITY_LOWEST = -2;
+inline constexpr int THREAD_PRIORITY_BELOW_NORMAL = -1;
+inline constexpr int THREAD_PRIORITY_NORMAL = 0;
+inline constexpr int THREAD_PRIORITY_ABOVE_NORMAL = 1;
+inline constexpr int THREAD_PRIORITY_HIGHEST = 2;
+inline constexpr int THREAD_PRIORITY_TIME_CRITICAL = 15;
+inline constexpr int THREAD_MODE_BACKGROUND_BEGIN = 0x10000;
+inline constexpr int THREAD_MODE_BACKGROUND_END = 0x20000;
+using LPTHREAD_START_ROUTINE = DWORD(STDAPICALLTYPE*)(LPVOID);
 
 // --- more failures --------------------------------------------------------------
 OAK_HRESULT(OLE_E_ADVISENOTSUPPORTED, 0x80040003u);

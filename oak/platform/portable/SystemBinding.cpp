@@ -32,6 +32,7 @@ void BindPortableSystem(TApi& api) {
   BindSystemLocale(api);
   BindSystemEnvironment(api);
   BindSystemProcess(api);
+  BindSystemThreads(api);
   BindSystemRegistry(api);
   BindSystemModules(api);
   BindSystemMemory(api);

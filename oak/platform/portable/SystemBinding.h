@@ -19,6 +19,7 @@ void BindSystemTime(TApi& api);
 void BindSystemLocale(TApi& api);
 void BindSystemEnvironment(TApi& api);
 void BindSystemProcess(TApi& api);
+void BindSystemThreads(TApi& api);
 void BindSystemRegistry(TApi& api);
 void BindSystemModules(TApi& api);
 void BindSystemMemory(TApi& api);

@@ -1,5 +1,6 @@
 // What belongs to a desktop: the explorer's options, menus, input. There is no
 // screen here; a set of controls that has one puts its own functions in place.
+#include "oak/platform/MenuTable.h"
 #include "oak/platform/portable/PortableRegistry.h"
 #include "oak/platform/portable/SystemBinding.h"
 #include "oak/platform/portable/SystemHandles.h"
@@ -68,19 +69,14 @@ void STDAPICALLTYPE SHGetSetSettings(SHELLSTATEW* state, DWORD mask, BOOL set) {
 
 // --- menus ---------------------------------------------------------------------
 
-struct TMenu : TSystemObject {};
-
 HMENU STDAPICALLTYPE CreatePopupMenu() {
-  return SystemCall<HMENU>(nullptr, [] {
-    return static_cast<HMENU>(TSystemHandles::Instance().Add(std::make_shared<TMenu>()));
-  });
+  return SystemCall<HMENU>(nullptr, [] { return TMenuTable::Instance().Create(); });
 }
 
 BOOL STDAPICALLTYPE DestroyMenu(HMENU menu) {
   constexpr DWORD invalidMenuHandle = 1401;
   return SystemCall<BOOL>(FALSE, [&] {
-    const bool closed = TSystemHandles::Instance().Close<TMenu>(menu);
-    return closed ? TRUE : FailWith(invalidMenuHandle, FALSE);
+    return TMenuTable::Instance().Destroy(menu) ? TRUE : FailWith(invalidMenuHandle, FALSE);
   });
 }
 

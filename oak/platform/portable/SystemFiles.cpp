@@ -249,6 +249,27 @@ BOOL STDAPICALLTYPE CopyFileW(LPCWSTR from, LPCWSTR to, BOOL failIfExists) {
   });
 }
 
+// Gives a file another one's contents in one step; who may read it stays. No
+// backup is kept.
+BOOL STDAPICALLTYPE ReplaceFileW(LPCWSTR replaced, LPCWSTR replacement, LPCWSTR backup, DWORD,
+                                 LPVOID exclude, LPVOID reserved) {
+  return SystemCall<BOOL>(FALSE, [&] {
+    if (backup || exclude || reserved) return FailWith(ERROR_NOT_SUPPORTED, FALSE);
+    std::string target;
+    std::string source;
+    const auto old = InfoForCall(replaced, target);
+    if (!old) return FALSE;
+    const auto made = InfoForCall(replacement, source);
+    if (!made) return FALSE;
+    if (old->IsDirectory() || made->IsDirectory() || (old->Attributes & FILE_ATTRIBUTE_READONLY))
+      return FailWith(ERROR_ACCESS_DENIED, FALSE);
+    struct stat info {};
+    if (stat(target.c_str(), &info) != 0) return FailNative(target, errno);
+    if (chmod(source.c_str(), info.st_mode & 07777) != 0) return FailNative(source, errno);
+    return rename(source.c_str(), target.c_str()) == 0 ? TRUE : FailNative(target, errno);
+  });
+}
+
 }  // namespace
 
 #define BIND(Name) api.Name.SetFunction(&Name)
@@ -259,6 +280,7 @@ void BindSystemFiles(TApi& api) {
   BIND(DeleteFileW);
   BIND(MoveFileExW);
   BIND(CopyFileW);
+  BIND(ReplaceFileW);
 }
 #undef BIND
 

@@ -15,6 +15,9 @@ struct TSystemObject {
   virtual ~TSystemObject() = default;
 };
 
+/// What CloseHandle closes: a file, a thread.
+struct TKernelObject : TSystemObject {};
+
 /// All open handles of the process. Any thread; an object lives on while a call
 /// that found it is using it, closed or not.
 class TSystemHandles {

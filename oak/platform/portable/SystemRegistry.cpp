@@ -22,14 +22,16 @@ struct TValue {
 // A key; its children by upper-cased name. All keys are guarded by one lock.
 struct TKey {
   TString Name;
+  bool Deleted = false;  // handles may outlive the key
   std::map<TString, std::shared_ptr<TKey>> Keys;
   std::map<TString, TValue> Values;
 };
 using TKeyRef = std::shared_ptr<TKey>;
 
 struct TKeyHandle : TSystemObject {
-  explicit TKeyHandle(TKeyRef key) : Key(std::move(key)) {}
+  TKeyHandle(TKeyRef key, REGSAM access) : Key(std::move(key)), Access(access) {}
   TKeyRef Key;
+  REGSAM Access;
 };
 
 struct TRegistry {
@@ -119,38 +121,102 @@ void Fill(TRegistry& registry) {
   Walk(registry.Roots[HKEY_CLASSES_ROOT], u"Directory\\shell", true);
 }
 
-// The lock is held; nil for a handle that is none.
-TKeyRef KeyOf(TRegistry& registry, HKEY handle) {
+struct TAccess {
+  TKeyRef Key;
+  REGSAM Rights = 0;
+};
+
+// The lock is held; nil for a handle that is none. Roots allow everything.
+TAccess AccessOf(TRegistry& registry, HKEY handle) {
   if (!registry.Filled) {
     registry.Filled = true;
     Fill(registry);
   }
   const auto root = registry.Roots.find(handle);
-  if (root != registry.Roots.end()) return root->second;
+  if (root != registry.Roots.end()) return {root->second, KEY_ALL_ACCESS};
   const auto open = TSystemHandles::Instance().Find<TKeyHandle>(handle);
-  return open ? open->Key : nullptr;
+  return open ? TAccess{open->Key, open->Access} : TAccess();
 }
 
+TKeyRef KeyOf(TRegistry& registry, HKEY handle) { return AccessOf(registry, handle).Key; }
+
+// Runs with the key of a handle that was opened with all the rights `needed`.
 template <class TBody>
-LSTATUS WithKey(HKEY handle, TBody&& body) {
+LSTATUS WithKey(HKEY handle, REGSAM needed, TBody&& body) {
   return SystemCall<LSTATUS>(ERROR_NOT_ENOUGH_MEMORY, [&]() -> LSTATUS {
     TRegistry& registry = Registry();
     const std::lock_guard lock(registry.Lock);
-    const TKeyRef key = KeyOf(registry, handle);
-    return key ? static_cast<LSTATUS>(body(key)) : static_cast<LSTATUS>(ERROR_INVALID_HANDLE);
+    const TAccess access = AccessOf(registry, handle);
+    if (!access.Key) return ERROR_INVALID_HANDLE;
+    if (access.Key->Deleted) return ERROR_KEY_DELETED;
+    if ((access.Rights & needed) != needed) return ERROR_ACCESS_DENIED;
+    return static_cast<LSTATUS>(body(access.Key));
   });
 }
 
 // --- published functions ---------------------------------------------------
 
-LSTATUS STDAPICALLTYPE RegOpenKeyExW(HKEY handle, LPCWSTR name, DWORD, REGSAM, HKEY* result) {
+HKEY NewHandle(TKeyRef key, REGSAM access) {
+  auto object = std::make_shared<TKeyHandle>(std::move(key), access);
+  return static_cast<HKEY>(TSystemHandles::Instance().Add(std::move(object)));
+}
+
+LSTATUS STDAPICALLTYPE RegOpenKeyExW(HKEY handle, LPCWSTR name, DWORD, REGSAM access,
+                                     HKEY* result) {
   if (!result) return ERROR_INVALID_PARAMETER;
   *result = nullptr;
-  return WithKey(handle, [&](const TKeyRef& key) -> DWORD {
+  return WithKey(handle, 0, [&](const TKeyRef& key) -> DWORD {
     TKeyRef found = Walk(key, ViewOf(name), false);
     if (!found) return ERROR_FILE_NOT_FOUND;
-    auto object = std::make_shared<TKeyHandle>(std::move(found));
-    *result = static_cast<HKEY>(TSystemHandles::Instance().Add(std::move(object)));
+    *result = NewHandle(std::move(found), access);
+    return ERROR_SUCCESS;
+  });
+}
+
+LSTATUS STDAPICALLTYPE RegCreateKeyExW(HKEY handle, LPCWSTR name, DWORD, LPWSTR, DWORD,
+                                       REGSAM access, const SECURITY_ATTRIBUTES*, HKEY* result,
+                                       DWORD* disposition) {
+  if (!result) return ERROR_INVALID_PARAMETER;
+  *result = nullptr;
+  return WithKey(handle, 0, [&](const TKeyRef& key) -> DWORD {
+    TKeyRef found = Walk(key, ViewOf(name), false);
+    if (disposition) *disposition = found ? REG_OPENED_EXISTING_KEY : REG_CREATED_NEW_KEY;
+    // The right counts where the key is made, not on the handle that the walk began with.
+    if (!found) found = Walk(key, ViewOf(name), true);
+    *result = NewHandle(std::move(found), access);
+    return ERROR_SUCCESS;
+  });
+}
+
+LSTATUS STDAPICALLTYPE RegSetValueExW(HKEY handle, LPCWSTR name, DWORD, DWORD type,
+                                      const BYTE* data, DWORD size) {
+  return WithKey(handle, KEY_SET_VALUE, [&](const TKeyRef& key) -> DWORD {
+    if (!data && size > 0) return ERROR_NOACCESS;
+    Put(*key, ViewOf(name), type, std::vector<BYTE>(data, data + size));
+    return ERROR_SUCCESS;
+  });
+}
+
+LSTATUS STDAPICALLTYPE RegDeleteValueW(HKEY handle, LPCWSTR name) {
+  return WithKey(handle, KEY_SET_VALUE, [&](const TKeyRef& key) -> DWORD {
+    return key->Values.erase(UpperCase(ViewOf(name))) > 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+  });
+}
+
+// The key and its handles at once; a key with keys below it stays.
+LSTATUS STDAPICALLTYPE RegDeleteKeyExW(HKEY handle, LPCWSTR name, REGSAM, DWORD reserved) {
+  if (!name || reserved) return ERROR_INVALID_PARAMETER;
+  return WithKey(handle, 0, [&](const TKeyRef& key) -> DWORD {
+    const TStringView path = ViewOf(name);
+    const std::size_t end = path.rfind(u'\\');
+    const bool isDirect = end == TStringView::npos;
+    const TKeyRef above = isDirect ? key : Walk(key, path.substr(0, end), false);
+    if (!above) return ERROR_FILE_NOT_FOUND;
+    const auto found = above->Keys.find(UpperCase(isDirect ? path : path.substr(end + 1)));
+    if (found == above->Keys.end()) return ERROR_FILE_NOT_FOUND;
+    if (!found->second->Keys.empty()) return ERROR_ACCESS_DENIED;
+    found->second->Deleted = true;
+    above->Keys.erase(found);
     return ERROR_SUCCESS;
   });
 }
@@ -170,7 +236,7 @@ DWORD AnswerData(const TValue& value, DWORD* type, BYTE* data, DWORD* size) {
 
 LSTATUS STDAPICALLTYPE RegQueryValueExW(HKEY handle, LPCWSTR name, DWORD*, DWORD* type, BYTE* data,
                                         DWORD* size) {
-  return WithKey(handle, [&](const TKeyRef& key) -> DWORD {
+  return WithKey(handle, KEY_QUERY_VALUE, [&](const TKeyRef& key) -> DWORD {
     const auto found = key->Values.find(UpperCase(ViewOf(name)));
     if (found == key->Values.end()) return ERROR_FILE_NOT_FOUND;
     return AnswerData(found->second, type, data, size);
@@ -187,7 +253,7 @@ DWORD AnswerName(TStringView text, LPWSTR name, DWORD* size) {
 
 LSTATUS STDAPICALLTYPE RegEnumKeyExW(HKEY handle, DWORD index, LPWSTR name, DWORD* size, DWORD*,
                                      LPWSTR className, DWORD* classSize, FILETIME* written) {
-  return WithKey(handle, [&](const TKeyRef& key) -> DWORD {
+  return WithKey(handle, KEY_ENUMERATE_SUB_KEYS, [&](const TKeyRef& key) -> DWORD {
     if (index >= key->Keys.size()) return ERROR_NO_MORE_ITEMS;
     const DWORD code = AnswerName(std::next(key->Keys.begin(), index)->second->Name, name, size);
     if (code != ERROR_SUCCESS) return code;
@@ -200,7 +266,7 @@ LSTATUS STDAPICALLTYPE RegEnumKeyExW(HKEY handle, DWORD index, LPWSTR name, DWOR
 
 LSTATUS STDAPICALLTYPE RegEnumValueW(HKEY handle, DWORD index, LPWSTR name, DWORD* nameSize, DWORD*,
                                      DWORD* type, BYTE* data, DWORD* size) {
-  return WithKey(handle, [&](const TKeyRef& key) -> DWORD {
+  return WithKey(handle, KEY_QUERY_VALUE, [&](const TKeyRef& key) -> DWORD {
     if (index >= key->Values.size()) return ERROR_NO_MORE_ITEMS;
     const TValue& value = std::next(key->Values.begin(), index)->second;
     const DWORD code = AnswerName(value.Name, name, nameSize);
@@ -286,7 +352,11 @@ void ResetRegistry() {
 #define BIND(Name) api.Name.SetFunction(&Name)
 void BindSystemRegistry(TApi& api) {
   BIND(RegOpenKeyExW);
+  BIND(RegCreateKeyExW);
   BIND(RegQueryValueExW);
+  BIND(RegSetValueExW);
+  BIND(RegDeleteValueW);
+  BIND(RegDeleteKeyExW);
   BIND(RegEnumKeyExW);
   BIND(RegEnumValueW);
   BIND(RegCloseKey);

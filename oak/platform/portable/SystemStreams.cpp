@@ -16,7 +16,7 @@ namespace {
 
 constexpr DWORD TruncateExisting = 5;
 
-struct TOpenFile : TSystemObject {
+struct TOpenFile : TKernelObject {
   explicit TOpenFile(int descriptor) : Descriptor(descriptor) {}
   TDescriptor Descriptor;
 };
@@ -126,9 +126,19 @@ BOOL STDAPICALLTYPE WriteFile(HANDLE handle, LPCVOID buffer, DWORD size, DWORD* 
   return TRUE;
 }
 
+BOOL STDAPICALLTYPE FlushFileBuffers(HANDLE handle) {
+  return SystemCall<BOOL>(FALSE, [&] {
+    const auto file = TSystemHandles::Instance().Find<TOpenFile>(handle);
+    if (!file) return FailWith(ERROR_INVALID_HANDLE, FALSE);
+    // A pipe or a device holds nothing back.
+    if (fsync(file->Descriptor.Get()) == 0 || errno == EINVAL || errno == EROFS) return TRUE;
+    return FailWith(Win32FromErrno(errno), FALSE);
+  });
+}
+
 BOOL STDAPICALLTYPE CloseHandle(HANDLE handle) {
   return SystemCall<BOOL>(FALSE, [&] {
-    const bool closed = TSystemHandles::Instance().Close<TOpenFile>(handle);
+    const bool closed = TSystemHandles::Instance().Close<TKernelObject>(handle);
     return closed ? TRUE : FailWith(ERROR_INVALID_HANDLE, FALSE);
   });
 }
@@ -159,6 +169,7 @@ void BindSystemStreams(TApi& api) {
   BIND(CreateFileW);
   BIND(ReadFile);
   BIND(WriteFile);
+  BIND(FlushFileBuffers);
   BIND(CloseHandle);
   BIND(SHCreateStreamOnFileEx);
 }

@@ -179,6 +179,40 @@ int STDAPICALLTYPE MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR text, 
   });
 }
 
+// What Latin-1 lacks becomes the fallback, as on the platform.
+std::string ToLatin1(TStringView text, char fallback, BOOL* usedFallback) {
+  std::string bytes;
+  for (const char16_t unit : text) {
+    bytes.push_back(unit < 0x100 ? static_cast<char>(unit) : fallback);
+    if (unit >= 0x100 && usedFallback) *usedFallback = TRUE;
+  }
+  return bytes;
+}
+
+int STDAPICALLTYPE WideCharToMultiByte(UINT codePage, DWORD, LPCWSTR text, int length, LPSTR buffer,
+                                       int capacity, LPCSTR fallback, BOOL* usedFallback) {
+  constexpr UINT latin1 = 28591;
+  return SystemCall<int>(0, [&] {
+    const bool known = IsUtf8CodePage(codePage) || codePage == latin1;
+    if (!known || !text || length < -1 || length == 0 || capacity < 0 || (capacity && !buffer))
+      return FailWith(ERROR_INVALID_PARAMETER, 0);
+    if (usedFallback) *usedFallback = FALSE;
+    const TStringView units = length < 0
+                                  ? TStringView(text, std::char_traits<char16_t>::length(text) + 1)
+                                  : TStringView(text, static_cast<std::size_t>(length));
+    const std::string bytes = codePage == latin1
+                                  ? ToLatin1(units, fallback ? *fallback : '?', usedFallback)
+                                  : ToUtf8(units);
+    const int needed = static_cast<int>(bytes.size());
+    if (capacity == 0) return needed;
+    if (needed > capacity) return FailWith(ERROR_INSUFFICIENT_BUFFER, 0);
+    std::copy(bytes.begin(), bytes.end(), buffer);
+    return needed;
+  });
+}
+
+UINT STDAPICALLTYPE GetACP() { return 65001; }
+
 }  // namespace
 
 #define BIND(Name) api.Name.SetFunction(&Name)
@@ -190,6 +224,8 @@ void BindSystemText(TApi& api) {
   BIND(StrFormatKBSizeW);
   BIND(StrRetToStrW);
   BIND(MultiByteToWideChar);
+  BIND(WideCharToMultiByte);
+  BIND(GetACP);
 }
 #undef BIND
 

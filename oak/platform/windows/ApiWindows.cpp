@@ -96,6 +96,8 @@ void BindFiles(TApi& api) {
   OAK_BIND(CreateFileW);
   OAK_BIND(ReadFile);
   OAK_BIND(WriteFile);
+  OAK_BIND(FlushFileBuffers);
+  OAK_BIND(ReplaceFileW);
   OAK_BIND(CloseHandle);
   OAK_BIND(SetErrorMode);
 }
@@ -122,6 +124,8 @@ void BindSystem(TApi& api) {
   OAK_BIND(GetEnvironmentVariableW);
   OAK_BIND(FormatMessageW);
   OAK_BIND(MultiByteToWideChar);
+  OAK_BIND(WideCharToMultiByte);
+  OAK_BIND(GetACP);
   OAK_BIND(LocalFree);
   OAK_BIND(LoadLibraryW);
   OAK_BIND(LoadLibraryExW);
@@ -135,10 +139,29 @@ void BindSystem(TApi& api) {
   OAK_BIND(GetCurrentThreadId);
   OAK_BIND(GetCurrentProcessId);
   OAK_BIND(GetCurrentProcess);
+  OAK_BIND(CreateThread);
+  OAK_BIND(ResumeThread);
+  OAK_BIND(TerminateThread);
+  OAK_BIND(GetCurrentThread);
+  OAK_BIND(GetThreadId);
+  OAK_BIND(SetThreadPriority);
+  OAK_BIND(WaitForSingleObject);
+  OAK_BIND(GetSystemTimes);
   OAK_BIND(RegOpenKeyExW);
   OAK_BIND(RegQueryValueExW);
   OAK_BIND(RegEnumKeyExW);
   OAK_BIND(RegEnumValueW);
+  // Not every SDK says that the security attributes are left alone.
+  api.RegCreateKeyExW.SetFunction([](HKEY key, LPCWSTR name, DWORD reserved, LPWSTR className,
+                                     DWORD options, REGSAM access,
+                                     const SECURITY_ATTRIBUTES* security, HKEY* result,
+                                     DWORD* disposition) {
+    return ::RegCreateKeyExW(key, name, reserved, className, options, access,
+                             const_cast<SECURITY_ATTRIBUTES*>(security), result, disposition);
+  });
+  OAK_BIND(RegSetValueExW);
+  OAK_BIND(RegDeleteValueW);
+  OAK_BIND(RegDeleteKeyExW);
   OAK_BIND(RegCloseKey);
 }
 

@@ -100,8 +100,12 @@ void BindPropertyLibrary(TApi& api) {
 }
 
 void BindSystemLibraries(TApi& api) {
-  BindName(api.RtlGetVersion, Library(L"ntdll.dll"));
+  const HMODULE native = Library(L"ntdll.dll");
+  BindName(api.RtlGetVersion, native);
+  BindName(api.NtQuerySystemInformation, native);
   const HMODULE kernel = Library(L"kernel32.dll");
+  if (!BindName(api.SetThreadDescription, kernel))
+    BindName(api.SetThreadDescription, Library(L"kernelbase.dll"));
   BindName(api.Wow64DisableWow64FsRedirection, kernel);
   BindName(api.Wow64RevertWow64FsRedirection, kernel);
   BindName(api.IsWow64Process, kernel);

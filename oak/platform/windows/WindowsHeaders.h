@@ -86,6 +86,7 @@ using LSTATUS = LONG;
 #undef ShellExecute
 #undef StrRetToStr
 #undef StrFormatByteSize
+#undef TextOut
 #undef SHGetFileInfo
 #undef SHQueryRecycleBin
 #undef Yield

@@ -5,7 +5,8 @@
 #include "oak/namespace/Oak.Shell.ControlHelper.h"
 #include "oak/namespace/OakItemIdList.h"
 #include "testkit/CallCounter.h"
-#include "testkit/HandPumpedHost.h"
+#include "testkit/ManualWorkerPool.h"
+#include "testkit/ScopedHost.h"
 #include "testkit/VirtualClock.h"
 #include "testkit/portable/ScriptedFolder.h"
 
@@ -136,7 +137,7 @@ TEST_F(FolderTrekScripted, ARenameThatTheShellRefusesIsNotRaised) {
   fFolder->AddFile(u"a.txt");
   fFolder->SetFailure(TScriptedOperation::Rename, HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED));
   TVirtualClock clock;
-  THandPumpedHost host;
+  TScopedHost host;
   TString report;
   TScopedApi debug(Api().OutputDebugStringW, [&](LPCWSTR text) { report = FromW(text); });
   ASSERT_TRUE(fCursor.Next());
@@ -184,12 +185,13 @@ class FolderTrekSlowness : public ::testing::Test {
   Ref<TScriptedFolder> fFolder = TScriptedFolder::Make();
   TScriptedDrive fDrive;
   TVirtualClock fClock;
-  THandPumpedHost fHost;
+  TScopedHost fHost;
+  TScopedWorkerPool fPool;
   Ref<IItemIdList> fItem;
 };
 
 TEST_F(FolderTrekSlowness, IsTheMeanTimeOfTheFirstObjects) {
-  fHost.SetInline(true);
+  fPool->SetInline(true);
   EXPECT_FALSE(IsTakenAsSlow());
   fFolder->SetDelay(9);
   const std::uint64_t before = fClock.GetSlept();
@@ -205,8 +207,8 @@ TEST_F(FolderTrekSlowness, NobodyWaitsForAFolderThatHangs) {
   EXPECT_TRUE(IsTakenAsSlow());
   EXPECT_GE(fClock.GetTicks() - start, 1000u);
   EXPECT_LT(fClock.GetTicks() - start, 1200u);
-  EXPECT_EQ(fHost.GetPending(), 1u);
-  fHost.RunAll();  // The probe ends later and harms nobody.
+  EXPECT_EQ(fPool->GetPending(), 1u);
+  fPool->RunAll();  // The probe was cancelled, and harms nobody.
 
   const Ref<TNotifier::TIndicator> canceled = MakeRef<TNotifier::TIndicator>();
   canceled->Canceled = true;
@@ -216,7 +218,7 @@ TEST_F(FolderTrekSlowness, NobodyWaitsForAFolderThatHangs) {
 }
 
 TEST_F(FolderTrekSlowness, FailingAndEmptyFolders) {
-  fHost.SetInline(true);
+  fPool->SetInline(true);
   fFolder->SetFailure(TScriptedOperation::Enumerate, HRESULT_FROM_WIN32(ERROR_BAD_NETPATH));
   EXPECT_TRUE(IsTakenAsSlow());
   fFolder->SetFailure(TScriptedOperation::Next, S_FALSE);
@@ -229,7 +231,7 @@ TEST_F(FolderTrekSlowness, LocalAndInvalidFoldersAreNotProbed) {
   EXPECT_FALSE(TShellControlHelper::ShouldEnumerateAsync(NullItemIdList(), nullptr));
   EXPECT_FALSE(TShellControlHelper::ShouldEnumerateAsync(
       TOakItemIdList::CreateForSpecialFolder(SF_PROFILE, true), nullptr));
-  EXPECT_EQ(fHost.GetPending(), 0u);
+  EXPECT_EQ(fPool->GetPending(), 0u);
 }
 
 TEST_F(FolderTrekSlowness, TheCursorHandsOverAndTerminates) {
@@ -247,7 +249,7 @@ TEST_F(FolderTrekSlowness, TheCursorHandsOverAndTerminates) {
 
   TFolderTrek quick;
   quick.SetFolderIdList(fItem);
-  fHost.SetInline(true);
+  fPool->SetInline(true);
   EXPECT_EQ(quick.Next(&notifier), sbnOK);
   EXPECT_EQ(quick.Next(nullptr), sbnOK);
   quick.CopyTo(notifier);
@@ -289,7 +291,7 @@ TEST(FolderTrekDrives, AreReadyOrSayWhyNot) {
                          {21, true, true, false}};
   for (const TCase& c : cases) {
     SCOPED_TRACE(c.Error);
-    THandPumpedHost host;
+    TScopedHost host;
     Host().IsInteractive = [&] { return c.Interactive; };
     TScopedApi admin(Api().IsUserAnAdmin, [&]() -> BOOL { return c.Admin; });
     int probes = 0;

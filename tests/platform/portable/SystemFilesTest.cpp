@@ -270,6 +270,32 @@ TEST_F(SystemFiles, Copies) {
   EXPECT_EQ(Found(u"T:\\*"), (std::set<TString>{u"from", u"there", u"to"}));  // nothing left over
 }
 
+TEST_F(SystemFiles, ReplacingKeepsWhoMayRead) {
+  WriteFile("old", "old");
+  WriteFile("new", "new");
+  ASSERT_EQ(chmod(Native("old").c_str(), 0640), 0);
+  const auto replace = [](LPCWSTR replaced, LPCWSTR replacement) {
+    return ErrorAfter([&] {
+      const BOOL done = Api().ReplaceFileW(replaced, replacement, nullptr, 0, nullptr, nullptr);
+      EXPECT_EQ(done, Api().GetLastError() == ERROR_SUCCESS);
+    });
+  };
+  EXPECT_EQ(replace(u"T:\\old", u"T:\\new"), ERROR_SUCCESS);
+  EXPECT_EQ(ReadAll("old"), "new");
+  EXPECT_FALSE(std::filesystem::exists(Native("new")));
+  struct stat info {};
+  ASSERT_EQ(stat(Native("old").c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0640u);
+  EXPECT_EQ(replace(u"T:\\old", u"T:\\none"), ERROR_FILE_NOT_FOUND);
+  WriteFile("new", "newer");
+  EXPECT_EQ(replace(u"T:\\none", u"T:\\new"), ERROR_FILE_NOT_FOUND);
+  ASSERT_EQ(chmod(Native("old").c_str(), 0440), 0);
+  EXPECT_EQ(replace(u"T:\\old", u"T:\\new"), ERROR_ACCESS_DENIED);
+  MakeDirectory("folder");
+  EXPECT_EQ(replace(u"T:\\folder", u"T:\\new"), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(ReadAll("old"), "new");
+}
+
 TEST_F(SystemFiles, OpenFiles) {
   const auto open = [](LPCWSTR path, DWORD access, DWORD disposition, DWORD flags = 0) {
     return Api().CreateFileW(path, access, 0, nullptr, disposition, flags, nullptr);

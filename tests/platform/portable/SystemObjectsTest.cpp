@@ -53,6 +53,38 @@ TEST(SystemRegistry, ValuesAndKeys) {
   ResetRegistry();
 }
 
+TEST(SystemRegistry, RightsOfAHandleAndTheEndOfAKey) {
+  ResetRegistry();
+  HKEY writer = nullptr;
+  HKEY reader = nullptr;
+  DWORD disposition = 0;
+  const auto create = [&] {
+    return Api().RegCreateKeyExW(HKEY_CURRENT_USER, u"a\\b", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                                 &writer, &disposition);
+  };
+  ASSERT_EQ(create(), 0);
+  EXPECT_EQ(disposition, REG_CREATED_NEW_KEY);
+  Api().RegCloseKey(writer);
+  ASSERT_EQ(create(), 0);
+  EXPECT_EQ(disposition, REG_OPENED_EXISTING_KEY);
+  ASSERT_EQ(Api().RegOpenKeyExW(HKEY_CURRENT_USER, u"A\\B", 0, KEY_READ, &reader), 0);
+  const BYTE data[] = {1, 2};
+  EXPECT_EQ(Api().RegSetValueExW(writer, u"v", 0, REG_BINARY, data, 2), 0);
+  EXPECT_EQ(Api().RegSetValueExW(reader, u"v", 0, REG_BINARY, data, 2),
+            LSTATUS{ERROR_ACCESS_DENIED});
+  EXPECT_EQ(Api().RegDeleteValueW(reader, u"v"), LSTATUS{ERROR_ACCESS_DENIED});
+  EXPECT_EQ(Api().RegDeleteValueW(writer, u"V"), 0);
+  EXPECT_EQ(Api().RegDeleteValueW(writer, u"v"), LSTATUS{ERROR_FILE_NOT_FOUND});
+  EXPECT_EQ(Api().RegDeleteKeyExW(HKEY_CURRENT_USER, u"a", 0, 0), LSTATUS{ERROR_ACCESS_DENIED});
+  EXPECT_EQ(Api().RegDeleteKeyExW(HKEY_CURRENT_USER, u"A\\b", 0, 0), 0);
+  EXPECT_EQ(Api().RegSetValueExW(writer, u"v", 0, REG_BINARY, data, 2), LSTATUS{ERROR_KEY_DELETED});
+  EXPECT_EQ(Api().RegDeleteKeyExW(HKEY_CURRENT_USER, u"a", 0, 0), 0);
+  EXPECT_EQ(Api().RegDeleteKeyExW(HKEY_CURRENT_USER, u"a", 0, 0), LSTATUS{ERROR_FILE_NOT_FOUND});
+  Api().RegCloseKey(writer);
+  Api().RegCloseKey(reader);
+  ResetRegistry();
+}
+
 TEST(SystemRegistry, Enumeration) {
   ResetRegistry();
   for (const char16_t* name : {u"beta", u"Alpha", u"gamma"}) {

@@ -103,6 +103,25 @@ TEST(SystemText, NarrowText) {
   EXPECT_EQ(ErrorAfter([&] { Api().MultiByteToWideChar(0, 0, "abc", -1, small, 3); }),
             ERROR_INSUFFICIENT_BUFFER);
   EXPECT_EQ(Api().MultiByteToWideChar(0, 0, nullptr, -1, small, 3), 0);
+
+  const auto narrow = [](UINT page, TStringView text, LPCSTR fallback = nullptr) {
+    char buffer[16];
+    const int length = Api().WideCharToMultiByte(
+        page, 0, text.data(), static_cast<int>(text.size()), buffer, 16, fallback, nullptr);
+    return std::string(buffer, static_cast<std::size_t>(length));
+  };
+  EXPECT_EQ(narrow(Api().GetACP(), u"ä€"), "\xC3\xA4\xE2\x82\xAC");
+  EXPECT_EQ(narrow(28591, u"ä€"), "\xE4?");
+  EXPECT_EQ(narrow(28591, u"€", "*"), "*");
+  EXPECT_EQ(narrow(12345, u"a"), "");
+  EXPECT_EQ(Api().WideCharToMultiByte(0, 0, u"äb", -1, nullptr, 0, nullptr, nullptr), 4);
+  char tight[3];
+  BOOL used = FALSE;
+  EXPECT_EQ(
+      ErrorAfter([&] { Api().WideCharToMultiByte(0, 0, u"äb", -1, tight, 3, nullptr, nullptr); }),
+      ERROR_INSUFFICIENT_BUFFER);
+  EXPECT_EQ(Api().WideCharToMultiByte(28591, 0, u"€", 1, tight, 3, nullptr, &used), 1);
+  EXPECT_TRUE(used);
 }
 
 TString Message(DWORD flags, LPCVOID source, DWORD code, va_list* arguments = nullptr) {

@@ -1,0 +1,86 @@
+// Sorting of rows.
+#include "oak/framework/ListView.h"
+#include "oak/base/LogicalOrder.h"
+#include "oak/framework/Events.h"
+
+namespace oak {
+namespace {
+
+/// A merge sort. Whatever the comparison answers, it does no harm: the result is some order then.
+template <class TIsAfter>
+void MergeSortRows(std::vector<TListItem*>& rows, const TIsAfter& isAfter) {
+  std::vector<TListItem*> merged(rows.size());
+  for (std::size_t width = 1; width < rows.size(); width *= 2) {
+    for (std::size_t low = 0; low < rows.size(); low += 2 * width) {
+      const std::size_t middle = std::min(low + width, rows.size());
+      const std::size_t high = std::min(low + 2 * width, rows.size());
+      std::size_t left = low;
+      std::size_t right = middle;
+      // Halves that follow each other already are the common case.
+      const bool sorted = middle == high || !isAfter(rows[middle - 1], rows[middle]);
+      for (std::size_t out = low; out < high; ++out) {
+        const bool takeRight =
+            !sorted && right < high && (left == middle || isAfter(rows[left], rows[right]));
+        merged[out] = sorted ? rows[out] : rows[takeRight ? right++ : left++];
+      }
+    }
+    rows.swap(merged);
+  }
+}
+
+}  // namespace
+
+std::vector<TListItem*> TCustomListView::SortedByCaption() const {
+  struct TEntry {
+    TLogicalKey Key;
+    TListItem* Item;
+  };
+  std::vector<TEntry> entries;
+  entries.reserve(static_cast<std::size_t>(fItems->GetCount()));
+  for (const auto& item : *fItems)
+    entries.push_back({MakeLogicalKey(item->GetCaption()), item.get()});
+  std::stable_sort(entries.begin(), entries.end(),
+                   [](const TEntry& a, const TEntry& b) { return a.Key < b.Key; });
+  std::vector<TListItem*> order;
+  order.reserve(entries.size());
+  for (const TEntry& entry : entries) order.push_back(entry.Item);
+  return order;
+}
+
+bool TCustomListView::CustomSort(const TLVCompare& compare, LPARAM data) {
+  const TLifeGuard guard = GetLifeGuard();
+  const unsigned version = Items().fVersion;
+  if (!compare && !OnCompare) return ApplyOrder(SortedByCaption());
+
+  std::vector<TListItem*> order;
+  order.reserve(static_cast<std::size_t>(fItems->GetCount()));
+  for (const auto& item : *fItems) order.push_back(item.get());
+  const auto unchanged = [&] { return guard.IsAlive() && fItems->fVersion == version; };
+  MergeSortRows(order, [&](TListItem* a, TListItem* b) {
+    if (!unchanged()) return false;
+    if (compare) return compare(a, b, data) > 0;
+    int result = 0;
+    FireEvent(OnCompare, this, a, b, data, result);
+    return result > 0;
+  });
+  return unchanged() && ApplyOrder(order);
+}
+
+bool TCustomListView::ApplyOrder(const std::vector<TListItem*>& order) {
+  bool moved = false;
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    auto& place = fItems->fItems[i];
+    moved = moved || place.get() != order[i];
+    place.release();
+    place.reset(order[i]);
+    order[i]->fIndex = static_cast<int>(i);
+  }
+  if (!moved) return true;
+  fItems->Moved(0);
+  fItems->fNumbered = fItems->GetCount();
+  fNoneBefore = 0;
+  RowsReset();
+  return true;
+}
+
+}  // namespace oak

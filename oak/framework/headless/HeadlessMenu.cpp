@@ -1,0 +1,431 @@
+#include "oak/framework/headless/HeadlessMenu.h"
+
+#include <algorithm>
+
+#include "oak/base/Exceptions.h"
+#include "oak/framework/Canvas.h"
+#include "oak/framework/Menus.h"
+#include "oak/framework/TextMetrics.h"
+#include "oak/framework/WinControl.h"
+#include "oak/framework/headless/HeadlessDesktop.h"
+#include "oak/framework/headless/HeadlessForm.h"
+
+namespace oak {
+namespace {
+
+constexpr UINT MessageInitMenuPopup = 0x0117;  // WM_INITMENUPOPUP
+constexpr int EntryHeight = 20;                // pixels at 96 per inch
+constexpr int CheckWidth = 28;
+constexpr int EntryMargin = 14;
+
+TStringView ShortCutOf(TStringView text) {
+  const std::size_t tab = text.find(u'\t');
+  return tab == TStringView::npos ? TStringView() : text.substr(tab + 1);
+}
+
+/// The letter behind the mark, in lower case; 0 without one.
+char16_t MenuMnemonic(TStringView text) {
+  for (std::size_t i = 0; i + 1 < text.size(); ++i) {
+    if (text[i] != u'&') continue;
+    if (text[i + 1] != u'&') return LowerCase(text.substr(i + 1, 1)).front();
+    ++i;
+  }
+  return 0;
+}
+
+std::pair<TStringView, TStringView> CutPath(TStringView path) {
+  const std::size_t bar = path.find(u'|');
+  if (bar == TStringView::npos) return {path, {}};
+  return {path.substr(0, bar), path.substr(bar + 1)};
+}
+
+void FillMenu(HMENU menu, const TMenuItem& root) {
+  TMenuTable& table = TMenuTable::Instance();
+  for (int i = 0; i < root.GetCount(); ++i) {
+    const TMenuItem& item = *root.GetItem(i);
+    if (!item.GetVisible()) continue;
+    TMenuEntry entry;
+    entry.Command = item.GetCommand();
+    entry.IsSeparator = item.IsLine();
+    entry.Text = item.GetCaption();
+    if (item.GetShortCut() != 0) (entry.Text += u'\t') += ShortCutToText(item.GetShortCut());
+    entry.IsEnabled = item.GetEnabled();
+    entry.IsChecked = item.GetChecked();
+    entry.IsRadio = item.GetRadioItem();
+    entry.IsDefault = item.GetDefault();
+    if (item.GetCount() > 0) {
+      entry.SubMenu = table.Create();
+      FillMenu(entry.SubMenu, item);
+    }
+    table.Insert(menu, -1, std::move(entry));
+  }
+}
+
+}  // namespace
+
+TString MenuCaption(TStringView text) {
+  TString caption;
+  for (std::size_t i = 0; i < text.size() && text[i] != u'\t'; ++i) {
+    if (text[i] == u'&' && i + 1 < text.size()) ++i;
+    caption += text[i];
+  }
+  return caption;
+}
+
+// --- one menu on the screen --------------------------------------------------
+
+/// The window of one open menu.
+class THeadlessMenuSession::TLevel final : public THeadlessWindow {
+ public:
+  TLevel(THeadlessDesktop& desktop, HMENU menu, TPoint screen)
+      : THeadlessWindow(desktop, THeadlessKind::Popup, nullptr, {screen, TSize{1, 1}}), Menu(menu) {
+    const int monitor = desktop.MonitorAt(screen);
+    fPixelsPerInch = desktop.GetMonitors()[static_cast<std::size_t>(monitor)].PixelsPerInch;
+    TFont font = desktop.GetSystemFont(fPixelsPerInch);
+    font.SetColor(clMenuText);
+    THeadlessWindow::SetFont(font);
+    int width = 0;
+    const std::vector<TMenuEntry> entries = TMenuTable::Instance().GetEntries(menu);
+    for (const TMenuEntry& entry : entries)
+      width = std::max(width, TextWidth(font, MenuCaption(entry.Text) + u"    " +
+                                                  TString(ShortCutOf(entry.Text))));
+    const TSize size{Scaled(CheckWidth) + width + 2 * Scaled(EntryMargin) + 2,
+                     Scaled(EntryHeight) * static_cast<int>(entries.size()) + 2};
+    const TRect area = desktop.GetMonitors()[static_cast<std::size_t>(monitor)].WorkArea;
+    const TPoint corner(std::max(std::min(screen.X, area.Right - size.Width), area.Left),
+                        std::max(std::min(screen.Y, area.Bottom - size.Height), area.Top));
+    THeadlessWindow::SetBounds({corner, size});
+    THeadlessWindow::SetVisible(true);
+  }
+
+  TRect GetFrame() const override { return {1, 1, 1, 1}; }
+  int GetWindowPPI() const override { return fPixelsPerInch; }
+
+  TRect EntryRect(int index) const {
+    const int height = Scaled(EntryHeight);
+    return {0, height * index, GetClientRect().Right, height * (index + 1)};
+  }
+  int EntryAt(TPoint screen) const {
+    const TPoint point = ScreenToClient(screen);
+    if (!GetClientRect().Contains(point)) return -1;
+    return point.Y / Scaled(EntryHeight);
+  }
+
+  void Paint(TCanvas& canvas, const TRect& clip) override {
+    canvas.GetBrush().SetColor(clMenu);
+    canvas.FillRect(clip);
+    int index = 0;
+    for (const TMenuEntry& entry : TMenuTable::Instance().GetEntries(Menu))
+      PaintEntry(canvas, entry, index++);
+  }
+
+  HMENU Menu;
+  int Hot = -1;
+
+ private:
+  void PaintEntry(TCanvas& canvas, const TMenuEntry& entry, int index) {
+    const TRect rect = EntryRect(index);
+    if (entry.IsSeparator) {
+      canvas.GetPen().SetColor(clBtnShadow);
+      canvas.MoveTo(rect.Left, rect.Center().Y);
+      canvas.LineTo(rect.Right, rect.Center().Y);
+      return;
+    }
+    const bool hot = index == Hot;
+    if (hot) {
+      canvas.GetBrush().SetColor(clHighlight);
+      canvas.FillRect(rect);
+    }
+    canvas.GetBrush().SetStyle(bsClear);
+    TFont font = GetFont();
+    font.SetColor(!entry.IsEnabled ? clGrayText : hot ? clHighlightText : clMenuText);
+    if (entry.IsDefault) font.SetStyle({fsBold});
+    canvas.SetFont(font);
+    TRect text = rect;
+    text.Left += Scaled(CheckWidth);
+    text.Right -= Scaled(EntryMargin);
+    constexpr TTextFormat format{tfSingleLine, tfVerticalCenter, tfNoPrefix};
+    const TRect mark(rect.Left + Scaled(7), rect.Top, text.Left, rect.Bottom);
+    if (entry.IsChecked) canvas.DrawText(mark, entry.IsRadio ? u"\u2022" : u"\u221A", format);
+    canvas.DrawText(text, MenuCaption(entry.Text), format);
+    const TStringView key = entry.SubMenu ? TStringView(u">") : ShortCutOf(entry.Text);
+    if (!key.empty()) canvas.DrawText(text, key, format + tfRight);
+  }
+
+  int fPixelsPerInch = 96;
+};
+
+// --- the session -------------------------------------------------------------
+
+THeadlessMenuSession::THeadlessMenuSession(THeadlessDesktop& desktop, HMENU menu, TPoint screen,
+                                           TWinControl* owner, HWND ownerWindow)
+    : fDesktop(desktop),
+      fMenu(menu),
+      fOwner(owner && owner->GetPeer() ? owner->GetPeer()->GetHandle() : ownerWindow),
+      fFormerFilter(desktop.SetInputFilter(this)),
+      fFormerSession(desktop.GetMenuSession()) {
+  desktop.SetMenuSession(this);
+  Open(menu, 0, screen);
+}
+
+THeadlessMenuSession::~THeadlessMenuSession() {
+  CloseBelow(0);
+  fDesktop.SetMenuSession(fFormerSession);
+  fDesktop.SetInputFilter(fFormerFilter);
+}
+
+void THeadlessMenuSession::Open(HMENU menu, int index, TPoint screen) {
+  // The owner may be gone, and what it does may be anything.
+  if (THeadlessWindow* const owner = fDesktop.FindWindow(fOwner))
+    owner->Send(MessageInitMenuPopup, reinterpret_cast<WPARAM>(menu), index);
+  if (!fFinished) fLevels.push_back(std::make_unique<TLevel>(fDesktop, menu, screen));
+}
+
+void THeadlessMenuSession::CloseBelow(std::size_t levels) {
+  while (fLevels.size() > levels) fLevels.pop_back();
+}
+
+void THeadlessMenuSession::OpenSub(int index) {
+  TLevel& level = *fLevels.back();
+  TMenuEntry entry;
+  if (!TMenuTable::Instance().Get(level.Menu, index, &entry)) return;
+  level.Hot = index;
+  level.Invalidate(nullptr);
+  if (!entry.SubMenu || !entry.IsEnabled) return;
+  const TRect rect = level.EntryRect(index);
+  Open(entry.SubMenu, index, level.ClientToScreen({rect.Right, rect.Top}));
+}
+
+std::vector<HMENU> THeadlessMenuSession::GetOpenMenus() const {
+  std::vector<HMENU> menus;
+  for (const auto& level : fLevels) menus.push_back(level->Menu);
+  return menus;
+}
+
+int THeadlessMenuSession::IndexOf(HMENU menu, TStringView caption) const {
+  const std::vector<TMenuEntry> entries = TMenuTable::Instance().GetEntries(menu);
+  const TString wanted = MenuCaption(caption);
+  const auto found = std::find_if(entries.begin(), entries.end(), [&](const TMenuEntry& entry) {
+    return !entry.IsSeparator && SameText(MenuCaption(entry.Text), wanted);
+  });
+  return found == entries.end() ? -1 : static_cast<int>(found - entries.begin());
+}
+
+/// Opens the submenus of a path, each in its own window; gives the innermost.
+bool THeadlessMenuSession::OpenPath(TStringView path, HMENU* menu) {
+  CloseBelow(1);
+  while (!path.empty() && !fFinished && !fLevels.empty()) {
+    const auto [caption, rest] = CutPath(path);
+    const std::size_t levels = fLevels.size();
+    OpenSub(IndexOf(fLevels.back()->Menu, caption));
+    if (fLevels.size() == levels) return false;
+    path = rest;
+  }
+  if (fFinished || fLevels.empty()) return false;
+  *menu = fLevels.back()->Menu;
+  return true;
+}
+
+std::vector<TMenuEntry> THeadlessMenuSession::GetEntries(TStringView path) {
+  HMENU menu = nullptr;
+  return OpenPath(path, &menu) ? TMenuTable::Instance().GetEntries(menu)
+                               : std::vector<TMenuEntry>();
+}
+
+std::vector<TString> THeadlessMenuSession::GetCaptions(TStringView path) {
+  std::vector<TString> captions;
+  for (const TMenuEntry& entry : GetEntries(path))
+    captions.push_back(entry.IsSeparator ? TString(u"-")
+                                         : MenuCaption(entry.Text) + (entry.SubMenu ? u" >" : u""));
+  return captions;
+}
+
+bool THeadlessMenuSession::Find(TStringView path, TMenuEntry* entry) {
+  const std::size_t bar = path.rfind(u'|');
+  const TStringView folder = bar == TStringView::npos ? TStringView() : path.substr(0, bar);
+  HMENU menu = nullptr;
+  if (!OpenPath(folder, &menu)) return false;
+  const TStringView caption = bar == TStringView::npos ? path : path.substr(bar + 1);
+  return TMenuTable::Instance().Get(menu, IndexOf(menu, caption), entry);
+}
+
+bool THeadlessMenuSession::Choose(TStringView path) {
+  TMenuEntry entry;
+  if (!Find(path, &entry) || entry.SubMenu || !entry.IsEnabled) return false;
+  Finish(entry.Command);
+  return true;
+}
+
+bool THeadlessMenuSession::ChooseCommand(UINT command) {
+  std::vector<HMENU> menus{fMenu};
+  while (!menus.empty()) {
+    const HMENU menu = menus.back();
+    menus.pop_back();
+    for (const TMenuEntry& entry : TMenuTable::Instance().GetEntries(menu)) {
+      if (entry.SubMenu) menus.push_back(entry.SubMenu);
+      if (entry.SubMenu || entry.IsSeparator || !entry.IsEnabled || entry.Command != command)
+        continue;
+      Finish(command);
+      return true;
+    }
+  }
+  return false;
+}
+
+void THeadlessMenuSession::Finish(UINT result) {
+  if (fFinished) return;
+  fFinished = true;
+  fResult = result;
+}
+
+// --- the user ----------------------------------------------------------------
+
+void THeadlessMenuSession::Activate(int index) {
+  TMenuEntry entry;
+  if (!TMenuTable::Instance().Get(fLevels.back()->Menu, index, &entry) || entry.IsSeparator ||
+      !entry.IsEnabled)
+    return;
+  if (!entry.SubMenu) return Finish(entry.Command);
+  OpenSub(index);
+  MoveHot(1);
+}
+
+void THeadlessMenuSession::MoveHot(int step) {
+  if (fLevels.empty()) return;
+  TLevel& level = *fLevels.back();
+  const std::vector<TMenuEntry> entries = TMenuTable::Instance().GetEntries(level.Menu);
+  const int count = static_cast<int>(entries.size());
+  int index = level.Hot < 0 && step < 0 ? 0 : level.Hot;
+  for (int tries = 0; tries < count; ++tries) {
+    index = (index + step + count) % count;
+    if (entries[static_cast<std::size_t>(index)].IsSeparator) continue;
+    level.Hot = index;
+    level.Invalidate(nullptr);
+    return;
+  }
+}
+
+void THeadlessMenuSession::Letter(char16_t character) {
+  const char16_t wanted = LowerCase(TStringView(&character, 1)).front();
+  const std::vector<TMenuEntry> entries = TMenuTable::Instance().GetEntries(fLevels.back()->Menu);
+  const auto byMark = [&](const TMenuEntry& entry) { return MenuMnemonic(entry.Text) == wanted; };
+  const auto byStart = [&](const TMenuEntry& entry) {
+    const TString caption = LowerCase(MenuCaption(entry.Text));
+    return !caption.empty() && caption.front() == wanted;
+  };
+  auto found = std::find_if(entries.begin(), entries.end(), byMark);
+  if (found == entries.end()) found = std::find_if(entries.begin(), entries.end(), byStart);
+  if (found != entries.end()) Activate(static_cast<int>(found - entries.begin()));
+}
+
+void THeadlessMenuSession::Key(const THeadlessInput& input) {
+  if (fFinished || fLevels.empty() || input.Key == TKeyAction::Up) return;
+  if (input.Key == TKeyAction::Char) return Letter(input.Char);
+  const int hot = fLevels.back()->Hot;
+  TMenuEntry entry;
+  const bool any = TMenuTable::Instance().Get(fLevels.back()->Menu, hot, &entry);
+  switch (input.VirtualKey) {
+    case vkUp:
+      return MoveHot(-1);
+    case vkDown:
+      return MoveHot(1);
+    case vkReturn:
+      return Activate(hot);
+    case vkRight:
+      if (any && entry.SubMenu) Activate(hot);
+      return;
+    case vkLeft:
+    case vkEscape:
+      if (fLevels.size() > 1)
+        CloseBelow(fLevels.size() - 1);
+      else if (input.VirtualKey == vkEscape)
+        Finish(0);
+      return;
+    case vkMenu:
+    case vkF10:
+      return Finish(0);
+    default:
+      break;
+  }
+  const char16_t character = CharOfKey(input.VirtualKey, {});
+  if (character > u' ') Letter(character);
+}
+
+void THeadlessMenuSession::Mouse(const THeadlessInput& input) {
+  if (fFinished || fLevels.empty()) return;
+  const TPoint point = fDesktop.GetCursorPos();
+  std::size_t at = fLevels.size();
+  while (at > 0 && !fLevels[at - 1]->GetScreenRect().Contains(point)) --at;
+  if (at == 0) {
+    if (input.Mouse == TMouseAction::Down) Finish(0);
+    return;
+  }
+  const int index = fLevels[at - 1]->EntryAt(point);
+  if (input.Mouse == TMouseAction::Move) {
+    if (fLevels[at - 1]->Hot == index) return;
+    CloseBelow(at);
+    OpenSub(index);
+  } else if (input.Mouse == TMouseAction::Up && input.Button != mbMiddle) {
+    if (at == fLevels.size()) Activate(index);
+  }
+}
+
+UINT THeadlessMenuSession::Run() {
+  if (!fFinished && fDesktop.OnMenu) fDesktop.OnMenu(*this);
+  TString path;
+  if (!fFinished && fDesktop.TakeMenuChoice(&path) && !Choose(path)) {
+    if (!path.empty())
+      fDesktop.Complain(u"The menu has no entry \"" + path + u"\" that can be chosen.");
+    Cancel();
+  }
+  try {
+    fDesktop.RunLoop([this] { return fFinished; }, u"The menu");
+  } catch (const EInvalidOperation&) {
+    Cancel();  // the complaint tells why
+  }
+  return fResult;
+}
+
+// --- the widget set ----------------------------------------------------------
+
+bool THeadlessDesktop::TakeMenuChoice(TString* path) {
+  if (fMenuChoices.empty()) return false;
+  *path = std::move(fMenuChoices.front());
+  fMenuChoices.pop_front();
+  return true;
+}
+
+HMENU THeadlessDesktop::CreateMenu(const TMenuItem& root) {
+  const HMENU menu = TMenuTable::Instance().Create();
+  FillMenu(menu, root);
+  return menu;
+}
+
+void THeadlessDesktop::DestroyMenu(HMENU menu) { TMenuTable::Instance().Destroy(menu); }
+
+UINT THeadlessDesktop::TrackMenu(HMENU menu, TPoint screen, TWinControl* owner, HWND ownerWindow) {
+  if (!TMenuTable::Instance().IsMenu(menu)) return 0;
+  StopHint();
+  if (fCapture) {
+    THeadlessWindow* const captured = std::exchange(fCapture, nullptr);
+    const TLifeGuard guard = captured->Guard();
+    captured->OnCaptureLost();
+  }
+  THeadlessMenuSession session(*this, menu, screen, owner, ownerWindow);
+  return session.Run();
+}
+
+UINT TrackMenuBar(THeadlessForm& form, int entry, TPoint screen) {
+  if (!form.GetMenu()) return 0;
+  THeadlessDesktop& desktop = form.GetDesktop();
+  const TMenuItem* const item = form.GetMenu()->Items().GetItem(entry);
+  const HMENU menu = form.GetMenu()->GetHandle();
+  for (const TMenuEntry& found : TMenuTable::Instance().GetEntries(menu)) {
+    if (found.Command != item->GetCommand() || found.IsSeparator) continue;
+    if (!found.SubMenu) return found.Command;
+    return desktop.TrackMenu(found.SubMenu, screen, &form.GetForm(), form.GetHandle());
+  }
+  return 0;
+}
+
+}  // namespace oak

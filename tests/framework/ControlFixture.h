@@ -1,0 +1,104 @@
+// What the tests of controls share: a headless screen and a control that notes what happens to it.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "oak/framework/Canvas.h"
+#include "oak/framework/Forms.h"
+#include "testkit/HeadlessForms.h"
+
+namespace oak {
+
+inline void PrintTo(const TRect& rect, std::ostream* out) {
+  *out << rect.Left << "," << rect.Top << "-" << rect.Right << "," << rect.Bottom;
+}
+inline void PrintTo(const TSize& size, std::ostream* out) {
+  *out << size.Width << "x" << size.Height;
+}
+
+namespace tests {
+
+using TLog = std::vector<std::string>;
+
+class TScreenTest : public ::testing::Test {
+ protected:
+  testkit::THeadlessScreen screen{[](const std::string& text) { ADD_FAILURE() << text; }};
+};
+
+/// A form of a fixed place with nothing on it.
+class TPlainForm : public TForm {
+ public:
+  TPlainForm() { TForm::SetBounds(100, 100, 400, 300); }
+};
+
+/// A control that writes down what it is told. Protected operations are public here.
+class TProbe : public TCustomControl {
+ public:
+  explicit TProbe(TWinControl* parent, TLog* log = nullptr, std::string name = {})
+      : fLog(log), fName(std::move(name)) {
+    TCustomControl::SetBounds(0, 0, 50, 20);
+    if (parent) SetParent(parent);
+  }
+  ~TProbe() override { BeginDestroy(); }
+
+  using TCustomControl::DestroyHandle;
+
+  std::function<void(TMessage&)> OnWndProc;
+  std::function<void()> OnCreateWnd;
+  int Painted = 0;
+
+ protected:
+  void CreateWnd() override {
+    TCustomControl::CreateWnd();
+    Note(IsRecreating() ? "create again" : "create");
+    if (OnCreateWnd) OnCreateWnd();
+  }
+  void DestroyWnd() override {
+    Note(IsRecreating() ? "destroy to recreate" : "destroy");
+    TCustomControl::DestroyWnd();
+  }
+  void WMDestroy() override {
+    Note(HandleAllocated() ? "wmdestroy" : "wmdestroy without window");
+    TCustomControl::WMDestroy();
+  }
+  void WMWindowPosChanging(TRect& bounds) override {
+    ++PosChanging;
+    TCustomControl::WMWindowPosChanging(bounds);
+  }
+  void DoEnter() override {
+    Note("enter");
+    TCustomControl::DoEnter();
+  }
+  void DoExit() override {
+    Note("exit");
+    TCustomControl::DoExit();
+  }
+  void WndProc(TMessage& message) override {
+    Note("message " + std::to_string(message.Msg - FirstPrivateMessage));
+    if (OnWndProc) OnWndProc(message);
+  }
+  void CaptureLost() override { Note("capture lost"); }
+  void Paint(TCanvas& canvas, const TRect& clip) override {
+    ++Painted;
+    TCustomControl::Paint(canvas, clip);
+  }
+
+ public:
+  int PosChanging = 0;
+
+ private:
+  void Note(const std::string& text) {
+    if (fLog) fLog->push_back(fName.empty() ? text : fName + " " + text);
+  }
+  TLog* fLog;
+  std::string fName;
+};
+
+inline TRect BoundsOf(const TControl& control) { return control.GetBoundsRect(); }
+
+}  // namespace tests
+}  // namespace oak

@@ -1,0 +1,225 @@
+#include "oak/framework/headless/HeadlessMenu.h"
+
+#include "oak/framework/Dialogs.h"
+#include "oak/framework/Menus.h"
+#include "oak/framework/headless/HeadlessForm.h"
+#include "tests/framework/HeadlessProbe.h"
+
+namespace oak::tests {
+namespace {
+
+using testkit::THeadlessScreen;
+
+/// A form with a popup menu of two levels that writes down what was chosen.
+struct TMenuFixture {
+  THeadlessScreen Screen{FailWith};
+  TProbeForm Form;
+  TPopupMenu Menu;
+  TProbe Probe{Form, {0, 0, 100, 100}, "p"};
+  TLog Chosen;
+
+  TMenuFixture() {
+    Menu.Items().Add(u"&Open", Choose("open"));
+    Menu.Items().Add(u"-");
+    TMenuItem& view = *Menu.Items().Add(u"&View");
+    view.Add(u"&Icons", Choose("icons"));
+    view.Add(u"&Details", Choose("details"))->SetChecked(true);
+    Menu.Items().Add(u"Disabled", Choose("disabled"))->SetEnabled(false);
+    Menu.Items().Add(u"Hidden", Choose("hidden"))->SetVisible(false);
+    Menu.Items().Add(u"Save && E&xit", Choose("exit"))->SetShortCut(ShortCut(u'S', {ssCtrl}));
+    Form.SetPopupMenu(&Menu);
+    Form.Show();
+  }
+  std::function<void(TObject*)> Choose(std::string name) {
+    return [this, name](TObject*) { Chosen.push_back(name); };
+  }
+  void Popup() { Menu.Popup(200, 200); }
+};
+
+TEST(HeadlessMenu, ATestWalksAndChooses) {
+  TMenuFixture f;
+  TPoint asked;
+  f.Screen->OnMenu = [&](THeadlessMenuSession& menu) {
+    EXPECT_EQ(menu.GetCaptions(),
+              (std::vector<TString>{u"Open", u"-", u"View >", u"Disabled", u"Save & Exit"}));
+    EXPECT_EQ(menu.GetCaptions(u"view"), (std::vector<TString>{u"Icons", u"Details"}));
+    EXPECT_TRUE(menu.GetEntries(u"View")[1].IsChecked);
+    EXPECT_TRUE(menu.GetEntries(u"Open").empty());
+    EXPECT_FALSE(menu.Choose(u"Disabled"));
+    EXPECT_FALSE(menu.Choose(u"View"));
+    EXPECT_FALSE(menu.Choose(u"View|None"));
+    EXPECT_TRUE(menu.Choose(u"View|Details"));
+  };
+  f.Popup();
+  EXPECT_EQ(f.Chosen, TLog{"details"});
+  EXPECT_EQ(f.Screen->GetMenuSession(), nullptr);
+}
+
+TEST(HeadlessMenu, QueuedChoicesAreTakenInOrderAndFaultsAreTold) {
+  TMenuFixture f;
+  f.Screen->QueueMenuChoice(u"Open");
+  f.Screen->QueueMenuChoice(u"");
+  f.Screen->QueueMenuChoice(u"View|Trees");
+  for (int i = 0; i < 3; ++i) f.Popup();
+  EXPECT_EQ(f.Chosen, TLog{"open"});
+  EXPECT_EQ(f.Screen->GetComplaints(),
+            std::vector<TString>{u"The menu has no entry \"View|Trees\" that can be chosen."});
+  f.Screen->ClearComplaints();
+  f.Popup();  // nobody there
+  EXPECT_EQ(f.Screen->GetComplaints(),
+            std::vector<TString>{u"The menu waits for input that nobody gives."});
+  f.Screen->ClearComplaints();
+  EXPECT_EQ(f.Chosen.size(), 1u);
+}
+
+TEST(HeadlessMenu, KeysAndMouseChooseFromIt) {
+  struct TCase {
+    const char* Name;
+    std::function<void(THeadlessDesktop&)> Act;
+    TLog Chosen;
+  };
+  // The menu stands at 200, 200; its rows are 20 pixels high.
+  const TCase cases[] = {
+      {"return on the first", [](auto& d) { d.KeyPress(vkDown), d.KeyPress(vkReturn); }, {"open"}},
+      {"lines are passed over",
+       [](auto& d) {
+         for (const std::uint16_t key : {vkDown, vkDown, vkRight, vkDown, vkReturn})
+           d.KeyPress(key);
+       },
+       {"details"}},
+      {"from below", [](auto& d) { d.KeyPress(vkUp), d.KeyPress(vkReturn); }, {"exit"}},
+      {"mnemonics", [](auto& d) { d.TypeText(u"vd"); }, {"details"}},
+      {"escape", [](auto& d) { d.TypeText(u"v"), d.KeyPress(vkEscape), d.KeyPress(vkEscape); }, {}},
+      {"a disabled one stays open",
+       [](auto& d) {
+         d.Click({220, 271}), d.KeyPress(vkEscape);
+       },
+       {}},
+      {"click",
+       [](auto& d) {
+         d.Click({220, 211});
+       },
+       {"open"}},
+      {"click in the submenu",
+       [](auto& d) {
+         d.MouseMove({220, 251});
+         const THeadlessWindow& sub = *d.GetTopWindows().back();
+         d.Click(sub.GetScreenRect().TopLeft() + TPoint(30, 30));
+       },
+       {"details"}},
+      {"click elsewhere",
+       [](auto& d) {
+         d.Click({900, 900});
+       },
+       {}},
+  };
+  for (const TCase& test : cases) {
+    SCOPED_TRACE(test.Name);
+    TMenuFixture f;
+    f.Screen->Later([&] { test.Act(f.Screen.Desktop()); });
+    f.Popup();
+    EXPECT_EQ(f.Chosen, test.Chosen);
+    EXPECT_EQ(f.Screen->GetTopWindows().size(), 1u);
+  }
+}
+
+TEST(HeadlessMenu, ContextMenuOfAClick) {
+  TMenuFixture f;
+  TProbe plain(f.Form, {100, 100, 200, 200}, "plain");
+  class TPlain : public TCustomControl {
+   public:
+    using TCustomControl::TCustomControl;
+  } control;
+  control.SetParent(&f.Form);
+  control.SetBounds(200, 0, 50, 50);
+  f.Screen->OnMenu = [&](THeadlessMenuSession& menu) { menu.Choose(u"Open"); };
+  f.Screen->RightClick(control, {5, 5});
+  EXPECT_EQ(f.Chosen, TLog{"open"});
+  EXPECT_EQ(f.Menu.GetPopupComponent(), &f.Form);
+}
+
+TEST(HeadlessMenu, EntriesOfOthersAreMergedAndFilledLate) {
+  TMenuFixture f;
+  TMenuTable& table = TMenuTable::Instance();
+  const HMENU menu = table.Create(), late = table.Create();
+  table.Insert(menu, -1, {.Command = 7001, .Text = u"&Shell"});
+  TMenuEntry sub{.Text = u"Send to"};
+  sub.SubMenu = late;
+  table.Insert(menu, 0, sub);
+  // Shell menus fill a submenu when their owner is told that it opens.
+  f.Probe.OnProc = [&](TMessage& message) {
+    constexpr UINT initMenuPopup = 0x117;
+    if (message.Msg == initMenuPopup && reinterpret_cast<HMENU>(message.WParam) == late)
+      table.Insert(late, -1, {.Command = 7002, .Text = u"Desktop"});
+  };
+  f.Screen->QueueMenuChoice(u"Send to|Desktop");
+  EXPECT_EQ(f.Screen->TrackMenu(menu, {10, 10}, &f.Probe, nullptr), 7002u);
+  f.Screen->OnMenu = [&](THeadlessMenuSession& open) { EXPECT_TRUE(open.ChooseCommand(7001)); };
+  EXPECT_EQ(f.Screen->TrackMenu(menu, {10, 10}, &f.Probe, nullptr), 7001u);
+  EXPECT_EQ(table.GetCount(menu), 2);
+  EXPECT_TRUE(table.Destroy(menu));
+  EXPECT_FALSE(table.IsMenu(late));
+  EXPECT_FALSE(table.Destroy(menu));
+  EXPECT_EQ(f.Screen->TrackMenu(menu, {10, 10}, &f.Probe, nullptr), 0u);
+}
+
+TEST(HeadlessMenu, TheOwnerMayEndWhileTheMenuIsOpen) {
+  THeadlessScreen screen(FailWith);
+  auto form = std::make_unique<TProbeForm>();
+  auto* const probe = new TProbe(*form, {0, 0, 100, 100}, "p");
+  auto* const menu = new TPopupMenu(form.get());
+  TMenuItem& sub = *menu->Items().Add(u"Sub");
+  sub.Add(u"Entry", [](TObject*) { ADD_FAILURE() << "chosen from a menu that is gone"; });
+  probe->SetPopupMenu(menu);
+  form->Show();
+  screen->OnMenu = [&](THeadlessMenuSession& open) {
+    form.reset();
+    EXPECT_TRUE(open.GetCaptions(u"Sub").size() <= 1);
+    open.Choose(u"Sub|Entry");
+    open.Cancel();
+  };
+  menu->Popup(10, 10);
+  EXPECT_EQ(form, nullptr);
+}
+
+TEST(HeadlessMenu, TheMenuBarOfAForm) {
+  TMenuFixture f;
+  TMainMenu bar;
+  TMenuItem& file = *bar.Items().Add(u"&File");
+  file.Add(u"&Close", f.Choose("close"));
+  bar.Items().Add(u"&Help", f.Choose("help"));
+  const TRect before = f.Form.GetClientRect();
+  f.Form.SetMenu(&bar);
+  EXPECT_EQ(f.Form.GetClientRect().Height(), before.Height() - 20);
+  auto& window = dynamic_cast<THeadlessForm&>(*f.Screen->WindowOf(f.Form));
+  const auto at = [&](int entry) {
+    return f.Form.GetBoundsRect().TopLeft() + window.GetMenuBarRect(entry).Center();
+  };
+  f.Screen->QueueMenuChoice(u"Close");
+  f.Screen->Click(at(0));
+  f.Screen->Click(at(1));
+  EXPECT_EQ(f.Chosen, (TLog{"close", "help"}));
+  f.Form.SetMenu(nullptr);
+  EXPECT_EQ(f.Form.GetClientRect(), before);
+}
+
+TEST(HeadlessDialog, AnswersComeFromTheScriptAndTextsAreKept) {
+  THeadlessScreen screen(FailWith);
+  screen->QueueDialogAnswer(mrYes);
+  EXPECT_EQ(MessageDlg(u"Delete?", mtConfirmation, {mbYes, mbNo}, mbNo), mrYes);
+  screen->OnDialog = [](const TMessageDialog& dialog) {
+    return dialog.Text == u"Again?" ? static_cast<int>(mrRetry) : 0;
+  };
+  EXPECT_EQ(MessageDlg(u"Again?", mtError, {mbRetry, mbCancel}, mbCancel), mrRetry);
+  EXPECT_EQ(screen->GetDialogs()[0].Dialog.Text, u"Delete?");
+  EXPECT_TRUE(screen->GetComplaints().empty());
+  EXPECT_EQ(MessageDlg(u"Nobody?", mtError, {mbOK, mbCancel}, mbCancel), mrCancel);
+  EXPECT_EQ(screen->GetComplaints().size(), 1u);
+  screen->ClearComplaints();
+  screen->SetUnattended(false);  // a program without a user is answered, too
+  EXPECT_EQ(MessageDlg(u"Nobody?", mtError, {mbOK, mbCancel}, mbOK), mrOk);
+  EXPECT_TRUE(screen->GetComplaints().empty());
+}
+
+}  // namespace
+}  // namespace oak::tests

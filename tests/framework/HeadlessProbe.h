@@ -1,0 +1,117 @@
+// A control that writes down what its window reports.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "oak/framework/Canvas.h"
+#include "oak/framework/Forms.h"
+#include "oak/framework/StdCtrls.h"
+#include "testkit/HeadlessForms.h"
+
+namespace oak::tests {
+
+inline void FailWith(const std::string& text) { ADD_FAILURE() << text; }
+
+/// A line for each event, "Name down 3,4 left".
+class TProbe : public TCustomControl {
+ public:
+  TProbe(TWinControl& parent, const TRect& bounds, std::string name,
+         std::vector<std::string>* log = nullptr)
+      : TCustomControl(nullptr), fName(std::move(name)), fLog(log) {
+    SetBounds(bounds.Left, bounds.Top, bounds.Width(), bounds.Height());
+    SetParent(&parent);
+    SetTabStop(true);
+  }
+  ~TProbe() override { BeginDestroy(); }
+
+  /// Called with each line before it is written.
+  std::function<void(const std::string& line)> OnLine;
+  std::function<void(TMessage& message)> OnProc;
+
+ protected:
+  void MouseDown(TMouseButton button, TShiftState shift, int x, int y) override {
+    if (!Note("down", x, y, button, shift)) return;
+    if (CanFocus()) SetFocus();
+  }
+  void MouseUp(TMouseButton button, TShiftState shift, int x, int y) override {
+    Note("up", x, y, button, shift);
+  }
+  void MouseMove(TShiftState, int x, int y) override {
+    Write("move " + std::to_string(x) + "," + std::to_string(y));
+  }
+  void MouseLeave() override { Write("leave"); }
+  void Click() override { Write("click"); }
+  void DblClick() override { Write("double"); }
+  bool DoMouseWheel(TShiftState, int delta, TPoint) override {
+    Write("wheel " + std::to_string(delta));
+    return fUsesWheel;
+  }
+  void KeyDown(std::uint16_t& key, TShiftState shift) override {
+    Write("key " + std::to_string(key) + Shift(shift));
+  }
+  void KeyUp(std::uint16_t& key, TShiftState) override { Write("keyup " + std::to_string(key)); }
+  void KeyPress(char16_t& key) override { Write("char " + ToUtf8(TStringView(&key, 1))); }
+  void DoEnter() override { Write("enter"); }
+  void DoExit() override { Write("exit"); }
+  void WMContextMenu(TPoint screen) override {
+    Write("menu " + std::to_string(screen.X) + "," + std::to_string(screen.Y));
+  }
+  void WndProc(TMessage& message) override {
+    Write("message " + std::to_string(message.Msg) + " " + std::to_string(message.WParam));
+    if (OnProc) OnProc(message);
+  }
+  void Paint(TCanvas& canvas, const TRect& clip) override {
+    ++Paints;
+    LastClip = clip;
+    canvas.TextOut(0, 0, GetCaption());
+  }
+
+ public:
+  int Paints = 0;
+  TRect LastClip;
+  bool fUsesWheel = false;
+
+ private:
+  static std::string Shift(TShiftState shift) {
+    std::string text;
+    if (shift.Contains(ssShift)) text += " shift";
+    if (shift.Contains(ssCtrl)) text += " ctrl";
+    if (shift.Contains(ssAlt)) text += " alt";
+    return text;
+  }
+  bool Note(const char* what, int x, int y, TMouseButton button, TShiftState shift) {
+    constexpr const char* names[] = {" left", " right", " middle"};
+    return Write(std::string(what) + " " + std::to_string(x) + "," + std::to_string(y) +
+                 names[button] + Shift(shift));
+  }
+  bool Write(const std::string& line) {
+    if (fLog) fLog->push_back(fName + " " + line);
+    const TLifeGuard guard = GetLifeGuard();
+    if (const auto hook = OnLine) hook(line);
+    return guard.IsAlive();
+  }
+
+  const std::string fName;
+  std::vector<std::string>* fLog;
+};
+
+/// A form of 400 by 300 pixels at 100, 100. Its client area begins at 108, 131.
+class TProbeForm : public TForm {
+ public:
+  explicit TProbeForm(const TString& caption = u"Probe") {
+    SetCaption(caption);
+    SetBounds(100, 100, 400, 300);
+  }
+  ~TProbeForm() override { BeginDestroy(); }
+};
+
+using TLog = std::vector<std::string>;
+
+/// The lines so far; the log begins anew.
+inline TLog Take(TLog& log) { return std::exchange(log, {}); }
+
+}  // namespace oak::tests

@@ -1,0 +1,805 @@
+// Rows, selection, order and columns of a list view that has no window.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <random>
+#include <stdexcept>
+#include <vector>
+
+#include "oak/base/Exceptions.h"
+#include "oak/framework/ListView.h"
+
+namespace oak::tests {
+namespace {
+
+/// Lets tests reach what only descendants may.
+class TProbeList : public TCustomListView {
+ public:
+  using TCustomListView::ChangeScale;
+  using TCustomListView::GetColumnText;
+
+  /// Rows with these captions.
+  explicit TProbeList(std::initializer_list<TString> captions = {}) {
+    for (const TString& caption : captions) Items().Add()->SetCaption(caption);
+  }
+  TListItem* Row(int index) { return Items()[index]; }
+  TString Captions() const {
+    TString text;
+    for (const auto& item : Items()) text += item->GetCaption() + u" ";
+    return text;
+  }
+  TString Selection() const {
+    TString text;
+    for (const auto& item : Items())
+      if (item->GetSelected()) text += item->GetCaption() + u" ";
+    return text;
+  }
+};
+
+TString Number(int value) { return IntToStr(value); }
+
+void Fill(TCustomListView& list, int count) {
+  list.Items().BeginUpdate();
+  for (int i = 0; i < count; ++i) list.Items().Add()->SetCaption(Number(i));
+  list.Items().EndUpdate();
+}
+
+// --- rows ---------------------------------------------------------------------------------
+
+TEST(ListItems, SmallEnoughForLongLists) { EXPECT_LE(sizeof(TListItem), 112u); }
+
+TEST(ListItems, SubItemsForgiveReadingAndRefuseGaps) {
+  TListSubItems texts;
+  EXPECT_EQ(texts.Get(0), u"");
+  texts.Put(0, u"nowhere");
+  texts.Delete(0);
+  EXPECT_EQ(texts.GetCount(), 0);
+  EXPECT_EQ(texts.Add(u"b"), 0);
+  texts.Insert(0, u"a");
+  texts.Insert(2, u"c");
+  EXPECT_THROW(texts.Insert(4, u"e"), EArgumentException);
+  EXPECT_THROW(texts.Insert(-1, u"e"), EArgumentException);
+  texts.Delete(1);
+  EXPECT_EQ(texts.IndexOf(u"c"), 1);
+  EXPECT_EQ(texts.IndexOf(u"C"), -1);
+  EXPECT_EQ(texts[-1], u"");
+}
+
+TEST(ListItems, AddingPutsRowsWhereTheyAreAskedFor) {
+  TProbeList list;
+  list.Items().Add()->SetCaption(u"b");
+  list.Items().Insert(0)->SetCaption(u"a");
+  list.Items().Insert(2)->SetCaption(u"d");
+  list.Items().Insert(2)->SetCaption(u"c");
+  EXPECT_EQ(list.Captions(), u"a b c d ");
+  EXPECT_EQ(list.Row(4), nullptr);
+  EXPECT_EQ(list.Row(-1), nullptr);
+  TProbeList other;
+  EXPECT_THROW(list.Items().AddItem(std::make_unique<TListItem>(&other.Items())), EInvalidArgument);
+  EXPECT_THROW(list.Items().AddItem(nullptr), EInvalidArgument);
+}
+
+TEST(ListItems, RowsThatAreNotInTheListYetTellNothing) {
+  TProbeList list({u"x"});
+  int told = 0;
+  list.OnChange = [&](TObject*, TListItem*, TItemChange) { ++told; };
+  auto item = std::make_unique<TListItem>(&list.Items());
+  item->SetCaption(u"new");
+  item->SetSelected(true);
+  item->SetCut(true);
+  EXPECT_EQ(told, 0);
+  EXPECT_EQ(item->GetIndex(), -1);
+  EXPECT_EQ(list.GetSelCount(), 0);
+  list.Items().AddItem(std::move(item), 0);
+  EXPECT_EQ(list.GetSelCount(), 1);
+  EXPECT_EQ(list.GetSelected(), list.Row(0));
+}
+
+// Every change of rows and states, against a plain list that is kept beside.
+class TListWalk {
+ public:
+  explicit TListWalk(unsigned seed) : fRandom(seed) {}
+
+  void Step() {
+    switch (Below(12)) {
+      case 0:
+      case 1:
+        return Insert(Below(Count() + 1));
+      case 2:
+        return Insert(Count());
+      case 3:
+        if (Count() > 0) Remove(Below(Count()));
+        return;
+      case 4:
+        return RemoveSome(2 + Below(5));
+      case 5:
+        if (Below(10) == 0) RemoveSome(1);
+        return;
+      case 6:
+        return Sort();
+      case 7:
+        if (Count() > 0) fList.Row(Below(Count()))->SetSelected(Below(2) == 0);
+        return;
+      case 8:
+        return SelectRange();
+      case 9:
+        fList.SetSelected(fList.Row(Below(Count() + 1)));
+        return;
+      case 10:
+        return Below(4) == 0 ? fList.SelectAll() : fList.ClearSelection();
+      default:
+        fList.SetItemFocused(fList.Row(Below(Count() + 1)));
+        return;
+    }
+  }
+
+  void Check() {
+    ASSERT_EQ(fList.Items().GetCount(), Count());
+    int selected = 0;
+    TListItem* first = nullptr;
+    for (const auto& item : fList.Items()) {
+      if (!item->GetSelected()) continue;
+      if (!first) first = item.get();
+      ++selected;
+    }
+    ASSERT_EQ(fList.GetSelCount(), selected);
+    ASSERT_EQ(fList.GetSelected(), first);
+    for (int probe = 0; probe < 3 && Count() > 0; ++probe) {
+      const int index = Below(Count());
+      ASSERT_EQ(fList.Row(index), fRows[At(index)]);
+      ASSERT_EQ(fRows[At(index)]->GetIndex(), index);
+    }
+    TListItem* const focused = fList.GetItemFocused();
+    ASSERT_TRUE(!focused || std::find(fRows.begin(), fRows.end(), focused) != fRows.end());
+  }
+
+  void CheckAllPlaces() {
+    for (int i = Count() - 1; i >= 0; --i) ASSERT_EQ(fRows[At(i)]->GetIndex(), i);
+  }
+
+ private:
+  static std::size_t At(int index) { return static_cast<std::size_t>(index); }
+  int Count() const { return static_cast<int>(fRows.size()); }
+  int Below(int limit) { return static_cast<int>(fRandom() % static_cast<unsigned>(limit)); }
+
+  void Insert(int index) {
+    TListItem* const item = fList.Items().Insert(index);
+    item->SetCaption(Number(Below(1000)));
+    fRows.insert(fRows.begin() + index, item);
+  }
+  void Remove(int index) {
+    fRows[At(index)]->Delete();
+    fRows.erase(fRows.begin() + index);
+  }
+  // All of which the code of the first letter divides; every row with 1.
+  void RemoveSome(int divisor) {
+    const auto goes = [divisor](const TListItem& item) {
+      return item.GetStoredCaption().front() % divisor == 0;
+    };
+    std::vector<TListItem*> kept;
+    for (TListItem* const item : fRows)
+      if (!goes(*item)) kept.push_back(item);
+    const int count = fList.Items().DeleteIf(goes);
+    ASSERT_EQ(count, Count() - static_cast<int>(kept.size()));
+    fRows = kept;
+  }
+  void Sort() {
+    const auto order = [](TListItem* a, TListItem* b) {
+      return a->GetStoredCaption().front() - b->GetStoredCaption().front();
+    };
+    ASSERT_TRUE(fList.CustomSort([&](auto* a, auto* b, LPARAM) { return order(a, b); }, 0));
+    std::stable_sort(fRows.begin(), fRows.end(), [&](auto* a, auto* b) { return order(a, b) < 0; });
+  }
+  void SelectRange() {
+    const int from = Below(Count() + 2) - 1;
+    const int to = from + Below(20) - 2;
+    if (Below(2) == 0)
+      fList.HandleSelectOnly(from, to);
+    else
+      fList.HandleSelectRange(from, to, Below(2) == 0);
+  }
+
+  std::mt19937 fRandom;
+  TProbeList fList;
+  std::vector<TListItem*> fRows;
+};
+
+TEST(ListItems, PlacesCountsAndFocusAgreeAfterAnyChanges) {
+  for (unsigned seed = 1; seed <= 8; ++seed) {
+    SCOPED_TRACE(seed);
+    TListWalk walk(seed);
+    for (int step = 0; step < 1500; ++step) {
+      walk.Step();
+      ASSERT_NO_FATAL_FAILURE(walk.Check()) << "step " << step;
+      if (step % 100 == 99) {
+        ASSERT_NO_FATAL_FAILURE(walk.CheckAllPlaces()) << "step " << step;
+      }
+    }
+  }
+}
+
+TEST(ListItems, FocusGoesOnToTheNextRow) {
+  struct TCase {
+    TString Name;
+    int Focused;
+    std::function<void(TProbeList&)> Change;
+    TString Expected;
+  };
+  const TCase cases[] = {
+      {u"the row itself", 1, [](TProbeList& l) { l.Items().Delete(1); }, u"c"},
+      {u"the last row", 4, [](TProbeList& l) { l.Items().Delete(4); }, u"d"},
+      {u"one before", 2, [](TProbeList& l) { l.Items().Delete(0); }, u"c"},
+      {u"several with it", 1,
+       [](TProbeList& l) {
+         l.Items().DeleteIf([](const TListItem& i) { return i.GetCaption() < u"d"; });
+       },
+       u"d"},
+      {u"all behind it", 1,
+       [](TProbeList& l) {
+         l.Items().DeleteIf([](const TListItem& i) { return i.GetCaption() > u"a"; });
+       },
+       u"a"},
+      {u"all", 1, [](TProbeList& l) { l.Items().Clear(); }, u"none"},
+  };
+  for (const TCase& test : cases) {
+    TProbeList list({u"a", u"b", u"c", u"d", u"e"});
+    list.SetItemFocused(list.Row(test.Focused));
+    test.Change(list);
+    const TListItem* const focused = list.GetItemFocused();
+    EXPECT_EQ(focused ? focused->GetCaption() : u"none", test.Expected) << ToUtf8(test.Name);
+  }
+}
+
+TEST(ListItems, DroppedAndEditedRowsAreForgotten) {
+  TProbeList list({u"a", u"b"});
+  list.Row(0)->SetDropTarget(true);
+  EXPECT_EQ(list.GetDropTargetItem(), list.Row(0));
+  EXPECT_TRUE(list.HandleBeginEdit(0));
+  EXPECT_FALSE(list.HandleBeginEdit(1)) << "one at a time";
+  list.Items().Delete(0);
+  EXPECT_EQ(list.GetDropTargetItem(), nullptr);
+  EXPECT_EQ(list.GetEditedItem(), nullptr);
+  EXPECT_FALSE(list.HandleEndEdit(TString(u"text")));
+  EXPECT_EQ(list.Captions(), u"b ");
+}
+
+// --- deletion events ------------------------------------------------------------------------
+
+TEST(ListItems, ARowStillHasItsPlaceWhileItsDeletionIsTold) {
+  TProbeList list({u"a", u"b", u"c"});
+  std::vector<int> places;
+  list.OnDeletion = [&](TObject*, TListItem* item) {
+    EXPECT_TRUE(item->GetDeleting());
+    places.push_back(item->GetIndex());
+  };
+  list.Items().Delete(1);
+  list.Items().Clear();
+  EXPECT_EQ(places, (std::vector<int>{1, 0, 1}));
+}
+
+TEST(ListItems, HandlersOfDeletionMayDeleteMore) {
+  struct TCase {
+    const char* Name;
+    std::function<void(TProbeList&, TListItem*)> Handler;
+    TString Left;
+    int Told;
+  };
+  const TCase cases[] = {
+      {"the same row", [](TProbeList&, TListItem* i) { i->Delete(); }, u"a d ", 2},
+      {"all", [](TProbeList& l, TListItem*) { l.Items().Clear(); }, u"", 4},
+      {"the next row", [](TProbeList& l, TListItem* i) { l.Items().Delete(i->GetIndex() + 1); },
+       u"a ", 3},
+      {"the first row", [](TProbeList& l, TListItem*) { l.Items().Delete(0); }, u"d ", 3},
+      {"those that the others keep",
+       [](TProbeList& l, TListItem*) {
+         l.Items().DeleteIf([](const TListItem& i) { return i.GetCaption() == u"d"; });
+       },
+       u"a ", 3},
+      {"none, but one is added",
+       [](TProbeList& l, TListItem*) { l.Items().Add()->SetCaption(u"n"); }, u"a d n n ", 2},
+  };
+  for (const TCase& test : cases) {
+    SCOPED_TRACE(test.Name);
+    TProbeList list({u"a", u"b", u"c", u"d"});
+    list.SelectAll();
+    int told = 0;
+    list.OnDeletion = [&](TObject*, TListItem* item) {
+      ++told;
+      test.Handler(list, item);
+    };
+    list.Items().DeleteIf([](const TListItem& item) {
+      return item.GetCaption() == u"b" || item.GetCaption() == u"c";
+    });
+    EXPECT_EQ(list.Captions(), test.Left);
+    EXPECT_EQ(told, test.Told);
+    list.OnDeletion = nullptr;
+    list.Items().DeleteIf([](const TListItem& item) { return !item.GetSelected(); });
+    EXPECT_EQ(list.GetSelCount(), list.Items().GetCount());
+  }
+}
+
+TEST(ListItems, AFailingHandlerLeavesAWholeList) {
+  TProbeList list({u"a", u"b", u"c", u"d"});
+  bool fail = true;
+  list.OnDeletion = [&](TObject*, TListItem* item) {
+    if (fail && item->GetCaption() == u"b") throw std::runtime_error("b");
+  };
+  EXPECT_THROW(list.Items().Delete(1), std::runtime_error);
+  EXPECT_EQ(list.Captions(), u"a b c d ");
+  EXPECT_THROW(list.Items().DeleteIf([](const TListItem& i) { return i.GetCaption() < u"d"; }),
+               std::runtime_error);
+  EXPECT_EQ(list.Captions(), u"c d ") << "those that were told are gone";
+  fail = false;
+  list.Items().Clear();
+  EXPECT_EQ(list.Captions(), u"");
+}
+
+// --- selection ------------------------------------------------------------------------------
+
+TEST(ListSelection, AllStatesAreSetBeforeTheFirstIsTold) {
+  TProbeList list({u"a", u"b", u"c"});
+  TString log;
+  list.OnChange = [&](TObject*, TListItem* item, TItemChange change) {
+    log += item->GetCaption() + (change == ctState ? u"! " : u"? ");
+    EXPECT_EQ(list.GetSelCount(), 3);
+  };
+  list.OnSelectItem = [&](TObject*, TListItem* item, bool selected) {
+    log += item->GetCaption() + (selected ? u"+ " : u"- ");
+  };
+  list.SelectAll();
+  EXPECT_EQ(log, u"a! a+ b! b+ c! c+ ");
+  log.clear();
+  list.SelectAll();
+  EXPECT_EQ(log, u"") << "nothing has changed";
+}
+
+TEST(ListSelection, SurvivesItsHandlers) {
+  struct TCase {
+    const char* Name;
+    std::function<void(TProbeList&, TListItem*)> Handler;
+    TString Left;
+    TString Selected;
+  };
+  const TCase cases[] = {
+      {"deletes the row that is told", [](TProbeList&, TListItem* i) { i->Delete(); }, u"", u""},
+      {"deletes the next row",
+       [](TProbeList& l, TListItem* i) { l.Items().Delete(i->GetIndex() + 1); }, u"a c e ",
+       u"a c e "},
+      {"deletes the first row", [](TProbeList& l, TListItem*) { l.Items().Delete(0); }, u"", u""},
+      {"clears", [](TProbeList& l, TListItem*) { l.Items().Clear(); }, u"", u""},
+      {"turns the order around",
+       [](TProbeList& l, TListItem*) {
+         l.CustomSort([](TListItem* x, TListItem* y,
+                         LPARAM) { return y->GetCaption().compare(x->GetCaption()); },
+                      0);
+       },
+       u"e d c b a ", u"e d c b a "},
+      {"takes the selection back", [](TProbeList&, TListItem* i) { i->SetSelected(false); },
+       u"a b c d e ", u""},
+      {"allows one row only", [](TProbeList& l, TListItem*) { l.SetMultiSelect(false); },
+       u"a b c d e ", u"a "},
+      {"adds a row in front",
+       [](TProbeList& l, TListItem*) {
+         if (l.Items().GetCount() < 8) l.Items().Insert(0)->SetCaption(u"n");
+       },
+       u"n n n a b c d e ", u"a b c d e "},
+  };
+  for (const TCase& test : cases) {
+    SCOPED_TRACE(test.Name);
+    TProbeList list({u"a", u"b", u"c", u"d", u"e"});
+    std::vector<TListItem*> told;
+    list.OnSelectItem = [&](TObject*, TListItem* item, bool selected) {
+      if (!selected) return;
+      EXPECT_EQ(std::count(told.begin(), told.end(), item), 0) << "told twice";
+      told.push_back(item);
+      test.Handler(list, item);
+    };
+    list.SelectAll();
+    EXPECT_EQ(list.Captions(), test.Left);
+    EXPECT_EQ(list.Selection(), test.Selected);
+    EXPECT_EQ(list.GetSelCount(), std::count(test.Selected.begin(), test.Selected.end(), u' '));
+  }
+}
+
+TEST(ListSelection, ASingleSelectionMovesOn) {
+  TProbeList list({u"a", u"b", u"c"});
+  list.SelectAll();
+  list.SetMultiSelect(false);
+  EXPECT_EQ(list.Selection(), u"a ");
+  list.Row(2)->SetSelected(true);
+  EXPECT_EQ(list.Selection(), u"c ");
+  list.HandleSelectRange(0, 1, true);
+  EXPECT_EQ(list.Selection(), u"b ");
+  list.SelectAll();
+  EXPECT_EQ(list.Selection(), u"b ");
+  list.SetSelected(nullptr);
+  EXPECT_EQ(list.Selection(), u"");
+}
+
+TEST(ListSelection, SettingTheSelectedRowFocusesIt) {
+  TProbeList list({u"a", u"b", u"c"});
+  list.SelectAll();
+  TString log;
+  list.OnSelectItem = [&](TObject*, TListItem* item, bool selected) {
+    log += item->GetCaption() + (selected ? u"+ " : u"- ");
+  };
+  list.SetSelected(list.Row(1));
+  EXPECT_EQ(log, u"a- c- ");
+  EXPECT_EQ(list.GetItemFocused(), list.Row(1));
+  TProbeList other({u"x"});
+  list.SetSelected(other.Row(0));
+  list.SetItemFocused(other.Row(0));
+  EXPECT_EQ(list.Selection(), u"b ");
+  EXPECT_EQ(list.GetItemFocused(), list.Row(1)) << "not a row of this list";
+}
+
+TEST(ListSelection, NextItemsByDirectionAndStates) {
+  TProbeList list({u"a", u"b", u"c", u"d", u"e"});
+  list.Row(1)->SetSelected(true);
+  list.Row(3)->SetSelected(true);
+  list.Row(3)->SetCut(true);
+  list.Row(4)->SetDropTarget(true);
+  list.SetItemFocused(list.Row(2));
+  const struct {
+    int Start;
+    TSearchDirection Direction;
+    TItemStates States;
+    TString Expected;
+  } cases[] = {
+      {-1, sdAll, {}, u"a"},
+      {4, sdAll, {}, u""},
+      {-1, sdAll, isSelected, u"b"},
+      {1, sdBelow, isSelected, u"d"},
+      {3, sdAll, isSelected, u""},
+      {-1, sdAbove, {}, u"e"},
+      {4, sdAbove, isSelected, u"d"},
+      {0, sdAbove, {}, u""},
+      {-1, sdAll, {isSelected, isCut}, u"d"},
+      {-1, sdAll, {isSelected, isFocused}, u""},
+      {-1, sdAll, isFocused, u"c"},
+      {-1, sdAll, isDropHilited, u"e"},
+  };
+  for (const auto& test : cases) {
+    const TListItem* const found =
+        list.GetNextItem(list.Row(test.Start), test.Direction, test.States);
+    EXPECT_EQ(found ? found->GetCaption() : u"", test.Expected)
+        << test.Start << " " << test.Direction << " " << test.States.ToBits();
+  }
+}
+
+TEST(ListSelection, CaptionsAreFoundAsAsked) {
+  TProbeList list({u"Alpha", u"beta", u"ALPINE", u"gamma", u"alpha"});
+  const struct {
+    int Start;
+    TString Text;
+    bool Partial, Inclusive, Wrap;
+    int Expected;
+  } cases[] = {
+      {0, u"alpha", false, true, false, 0},   {0, u"alpha", false, false, false, 4},
+      {-1, u"alpha", false, false, false, 0}, {-5, u"alpha", false, true, false, 0},
+      {1, u"al", true, true, false, 2},       {3, u"b", true, true, false, -1},
+      {3, u"b", true, true, true, 1},         {3, u"gam", true, false, true, -1},
+      {9, u"be", true, true, true, 1},        {0, u"alp", false, true, true, -1},
+      {2, u"", true, false, false, 3},
+  };
+  for (const auto& test : cases) {
+    TListItem* const found =
+        list.FindCaption(test.Start, test.Text, test.Partial, test.Inclusive, test.Wrap);
+    EXPECT_EQ(list.Items().IndexOf(found), test.Expected) << test.Start << ToUtf8(test.Text);
+  }
+}
+
+// --- order ----------------------------------------------------------------------------------
+
+int ByFirstLetter(TListItem* a, TListItem* b, LPARAM sign) {
+  return static_cast<int>(sign) * (a->GetCaption().front() - b->GetCaption().front());
+}
+
+TEST(ListSort, IsStableAndKeepsStates) {
+  TProbeList list({u"b1", u"a1", u"b2", u"a2", u"b3"});
+  list.Row(2)->SetSelected(true);
+  list.SetItemFocused(list.Row(3));
+  EXPECT_TRUE(list.CustomSort(ByFirstLetter, 1));
+  EXPECT_EQ(list.Captions(), u"a1 a2 b1 b2 b3 ");
+  EXPECT_EQ(list.Selection(), u"b2 ");
+  EXPECT_EQ(list.GetSelected()->GetIndex(), 3);
+  EXPECT_EQ(list.GetItemFocused()->GetIndex(), 1);
+  EXPECT_TRUE(list.CustomSort(ByFirstLetter, -1));
+  EXPECT_EQ(list.Captions(), u"b1 b2 b3 a1 a2 ");
+}
+
+TEST(ListSort, WithoutFunctionByTheEventOrInLogicalOrder) {
+  TProbeList list({u"file10", u"File9", u"file1", u"file 2", u"FILE9"});
+  EXPECT_TRUE(list.CustomSort({}, 0));
+  EXPECT_EQ(list.Captions(), u"file 2 file1 File9 FILE9 file10 ");
+  list.OnCompare = [](TObject*, TListItem* a, TListItem* b, LPARAM data, int& result) {
+    result = static_cast<int>(a->GetCaption().size() - b->GetCaption().size());
+    if (data == 7) result = -result;
+  };
+  EXPECT_TRUE(list.CustomSort({}, 7));
+  EXPECT_EQ(list.Captions(), u"file 2 file10 file1 File9 FILE9 ");
+}
+
+TEST(ListSort, RowsKnowTheirOldPlaceWhileTheyAreCompared) {
+  TProbeList list({u"a", u"b", u"c", u"d"});
+  EXPECT_TRUE(list.CustomSort(
+      [](TListItem* a, TListItem* b, LPARAM) { return b->GetIndex() - a->GetIndex(); }, 0));
+  EXPECT_EQ(list.Captions(), u"d c b a ");
+}
+
+TEST(ListSort, ComparisonsThatContradictThemselvesLoseNothing) {
+  std::mt19937 random(7);
+  const std::function<int()> answers[] = {[] { return 1; }, [] { return -1; },
+                                          [&] { return static_cast<int>(random() % 3) - 1; }};
+  for (const auto& answer : answers) {
+    TProbeList list;
+    Fill(list, 100);
+    list.SelectAll();
+    EXPECT_TRUE(list.CustomSort([&](TListItem*, TListItem*, LPARAM) { return answer(); }, 0));
+    std::vector<TString> captions;
+    for (const auto& item : list.Items()) captions.push_back(item->GetCaption());
+    std::sort(captions.begin(), captions.end());
+    EXPECT_EQ(std::unique(captions.begin(), captions.end()), captions.end());
+    EXPECT_EQ(captions.size(), 100u);
+  }
+}
+
+TEST(ListSort, AComparisonThatChangesTheRowsEndsTheSort) {
+  TProbeList list({u"d", u"c", u"b", u"a"});
+  int calls = 0;
+  EXPECT_FALSE(list.CustomSort(
+      [&](TListItem* a, TListItem* b, LPARAM) {
+        if (++calls == 2) list.Items().Delete(3);
+        return a->GetCaption().compare(b->GetCaption());
+      },
+      0));
+  EXPECT_EQ(calls, 2);
+  EXPECT_EQ(list.Captions(), u"d c b ");
+  EXPECT_THROW(list.CustomSort([](TListItem*, TListItem*, LPARAM) -> int { throw 1; }, 0), int);
+  EXPECT_EQ(list.Captions(), u"d c b ");
+}
+
+// --- the end of the list in its own events ----------------------------------------------------
+
+TEST(ListView, MayBeDestroyedInAnyOfItsEvents) {
+  struct TCase {
+    const char* Name;
+    std::function<void(TProbeList&, std::function<void()> destroy)> Arrange;
+    std::function<void(TProbeList&)> Act;
+  };
+  const TCase cases[] = {
+      {"OnChange of a caption", [](auto& l, auto d) { l.OnChange = [d](auto...) { d(); }; },
+       [](auto& l) { l.Row(1)->SetCaption(u"x"); }},
+      {"OnChange of many selections", [](auto& l, auto d) { l.OnChange = [d](auto...) { d(); }; },
+       [](auto& l) { l.SelectAll(); }},
+      {"OnSelectItem", [](auto& l, auto d) { l.OnSelectItem = [d](auto...) { d(); }; },
+       [](auto& l) { l.SetSelected(l.Row(1)); }},
+      {"OnChange of the focus", [](auto& l, auto d) { l.OnChange = [d](auto...) { d(); }; },
+       [](auto& l) { l.SetSelected(l.Row(1)); }},
+      {"OnSelectItem as single selection begins",
+       [](auto& l, auto d) {
+         l.SelectAll();
+         l.OnSelectItem = [d](auto...) { d(); };
+       },
+       [](auto& l) { l.SetMultiSelect(false); }},
+      {"OnInsert", [](auto& l, auto d) { l.OnInsert = [d](auto...) { d(); }; },
+       [](auto& l) { EXPECT_EQ(l.Items().Add(), nullptr); }},
+      {"OnCreateItem",
+       [](auto& l, auto d) {
+         l.OnCreateItem = [d](auto*) {
+           d();
+           return std::unique_ptr<TListItem>();
+         };
+       },
+       [](auto& l) { EXPECT_EQ(l.Items().Add(), nullptr); }},
+      {"OnDeletion of one", [](auto& l, auto d) { l.OnDeletion = [d](auto...) { d(); }; },
+       [](auto& l) { l.Row(1)->Delete(); }},
+      {"OnDeletion of all", [](auto& l, auto d) { l.OnDeletion = [d](auto...) { d(); }; },
+       [](auto& l) { l.Items().Clear(); }},
+      {"the test of what to delete", [](auto&, auto) {},
+       [](auto& l) {
+         TProbeList* const list = &l;
+         EXPECT_EQ(l.Items().DeleteIf([list](TListItem&) {
+           delete list;
+           return true;
+         }),
+                   0);
+       }},
+      {"a comparison", [](auto& l, auto d) { l.OnCompare = [d](auto...) { d(); }; },
+       [](auto& l) { EXPECT_FALSE(l.CustomSort({}, 0)); }},
+      {"OnEditing", [](auto& l, auto d) { l.OnEditing = [d](auto...) { d(); }; },
+       [](auto& l) { EXPECT_FALSE(l.HandleBeginEdit(0)); }},
+      {"OnEdited",
+       [](auto& l, auto d) {
+         l.HandleBeginEdit(0);
+         l.OnEdited = [d](auto...) { d(); };
+       },
+       [](auto& l) { EXPECT_FALSE(l.HandleEndEdit(TString(u"x"))); }},
+      {"OnGetImageIndex", [](auto& l, auto d) { l.OnGetImageIndex = [d](auto...) { d(); }; },
+       [](auto& l) { EXPECT_EQ(l.HandleGetImage(0), -1); }},
+      {"OnColumnDragged",
+       [](auto& l, auto d) {
+         l.Columns().Add();
+         l.Columns().Add();
+         l.OnColumnDragged = [d](auto...) { d(); };
+       },
+       [](auto& l) { l.HandleColumnDragged(0, 1); }},
+  };
+  for (const TCase& test : cases) {
+    SCOPED_TRACE(test.Name);
+    auto* list = new TProbeList({u"c", u"b", u"a"});
+    const TLifeGuard guard = list->GetLifeGuard();
+    test.Arrange(*list, [guard, list] {
+      if (guard.IsAlive()) delete list;
+    });
+    test.Act(*list);
+    EXPECT_FALSE(guard.IsAlive());
+  }
+}
+
+// --- columns --------------------------------------------------------------------------------
+
+TEST(ListColumns, KeepTheirTextWhenTheyMove) {
+  TProbeList list({u"name"});
+  list.SetViewStyle(vsReport);
+  for (const char16_t* text : {u"size", u"type", u"date"}) list.Row(0)->GetSubItems().Add(text);
+  const auto shown = [&] {
+    TString texts;
+    for (int i = 0; i < list.Columns().GetCount(); ++i) texts += list.HandleGetText(0, i) + u" ";
+    return texts;
+  };
+  EXPECT_EQ(list.HandleGetText(0, 0), u"name") << "without columns";
+  EXPECT_EQ(list.HandleGetText(0, 1), u"size");
+  for (int i = 0; i < 4; ++i) list.Columns().Add();
+  EXPECT_EQ(shown(), u"name size type date ");
+  list.HandleColumnDragged(0, 2);
+  EXPECT_EQ(shown(), u"size type name date ");
+  EXPECT_EQ(list.Columns().GetLabelColumn(), 2);
+  list.Columns().Delete(1);
+  list.Row(0)->GetSubItems().Delete(1);
+  EXPECT_EQ(shown(), u"size name date ");
+  list.SetViewStyle(vsIcon);
+  EXPECT_EQ(list.HandleGetText(0, 0), u"name") << "icons have the caption only";
+  EXPECT_EQ(list.HandleGetText(7, 0), u"");
+}
+
+TEST(ListColumns, WidthsStayWithinTheirLimits) {
+  TProbeList list;
+  TListColumn& column = *list.Columns().Add();
+  column.SetMinWidth(20);
+  column.SetMaxWidth(80);
+  const std::pair<int, int> widths[] = {{50, 50}, {10, 20}, {200, 80}, {0, 20}};
+  for (const auto& [asked, given] : widths) {
+    column.SetWidth(asked);
+    EXPECT_EQ(column.GetWidth(), given) << asked;
+    list.HandleColumnWidth(0, asked, true);
+    EXPECT_EQ(column.GetWidth(), given) << asked;
+  }
+  column.SetMinWidth(0);
+  column.SetWidth(0);
+  column.SetMaxWidth(1);
+  list.HandleColumnWidth(0, 90, true);
+  EXPECT_LE(column.GetWidth(), 1) << "a hidden column can't be dragged open";
+  column.SetMaxWidth(-1);
+  column.SetWidth(300);
+  EXPECT_EQ(column.GetWidth(), 300);
+  column.SetWidth(TListColumn::FitTexts);
+  EXPECT_EQ(column.GetWidth(), TListColumn::FitTexts) << "waits for a window";
+}
+
+TEST(ListColumns, FollowTheDensityButForHiddenOnes) {
+  TProbeList list;
+  TListColumn& normal = *list.Columns().Add();
+  normal.SetWidth(100);
+  normal.SetMinWidth(10);
+  TListColumn& hidden = *list.Columns().Add();
+  hidden.SetWidth(0);
+  hidden.SetMaxWidth(1);
+  list.SetIconSpacingPixels(80, 60);
+  list.SetDefaultColumnWidthPixels(120);
+  list.ChangeScale(144, 96);
+  EXPECT_EQ(normal.GetWidth(), 150);
+  EXPECT_EQ(normal.GetMinWidth(), 15);
+  EXPECT_EQ(hidden.GetWidth(), 0);
+  EXPECT_EQ(hidden.GetMaxWidth(), 1);
+  EXPECT_EQ(list.GetIconSpacingPixels(), (TSize{120, 90}));
+  EXPECT_EQ(list.GetDefaultColumnWidthPixels(), 180);
+  list.SetIconSpacingPixels(-1, 5);
+  list.ChangeScale(96, 144);
+  EXPECT_EQ(list.GetIconSpacingPixels(), (TSize{-1, -1})) << "the system's stays the system's";
+}
+
+TEST(ListColumns, AskBeforeTheyAreDragged) {
+  TProbeList list;
+  list.Columns().Add();
+  list.Columns().Add();
+  EXPECT_TRUE(list.HandleColumnDragging(0, 1, 10));
+  EXPECT_FALSE(list.HandleColumnDragging(0, 2, 10));
+  EXPECT_FALSE(list.HandleColumnDragging(-1, 0, 10));
+  list.SetFullDrag(false);
+  EXPECT_FALSE(list.HandleColumnDragging(0, 1, 10));
+}
+
+// --- editing --------------------------------------------------------------------------------
+
+TEST(ListEditing, TextsAreTakenChangedOrRefused) {
+  TProbeList list({u"old", u"other"});
+  TString offered;
+  list.OnEdited = [&](TObject*, TListItem*, TString& text) {
+    offered = text;
+    if (text == u"bad") text = u"better";
+  };
+  EXPECT_TRUE(list.HandleBeginEdit(0));
+  EXPECT_TRUE(list.HandleEndEdit(TString(u"bad")));
+  EXPECT_EQ(offered, u"bad");
+  EXPECT_EQ(list.Captions(), u"better other ");
+
+  EXPECT_TRUE(list.HandleBeginEdit(0));
+  EXPECT_FALSE(list.HandleEndEdit(std::nullopt));
+  EXPECT_EQ(list.Captions(), u"better other ");
+
+  list.OnEditing = [](TObject*, TListItem* item, bool& allow) {
+    allow = item->GetCaption() == u"other";
+  };
+  EXPECT_FALSE(list.HandleBeginEdit(0));
+  EXPECT_TRUE(list.HandleBeginEdit(1));
+  EXPECT_TRUE(list.CustomSort(
+      [](TListItem* a, TListItem* b, LPARAM) { return b->GetIndex() - a->GetIndex(); }, 0));
+  EXPECT_TRUE(list.HandleEndEdit(TString(u"moved")));
+  EXPECT_EQ(list.Captions(), u"moved better ") << "the row, not the place";
+
+  list.SetReadOnly(true);
+  list.OnEditing = nullptr;
+  EXPECT_FALSE(list.HandleBeginEdit(0));
+}
+
+TEST(ListEditing, ARowThatEndsWhileItIsAskedIsNotEdited) {
+  TProbeList list({u"a", u"b"});
+  list.OnEditing = [](TObject*, TListItem* item, bool&) { item->Delete(); };
+  EXPECT_FALSE(list.HandleBeginEdit(0));
+  EXPECT_EQ(list.GetEditedItem(), nullptr);
+  list.OnEditing = nullptr;
+  EXPECT_TRUE(list.HandleBeginEdit(0));
+  list.OnEdited = [](TObject*, TListItem* item, TString&) { item->Delete(); };
+  EXPECT_FALSE(list.HandleEndEdit(TString(u"x")));
+  EXPECT_EQ(list.Items().GetCount(), 0);
+}
+
+// --- check boxes ------------------------------------------------------------------------------
+
+TEST(ListCheckBoxes, BelongToTheListOnlyWithoutStateImages) {
+  TProbeList list({u"a"});
+  list.HandleToggleCheck(0);
+  EXPECT_FALSE(list.Row(0)->GetChecked());
+  list.SetCheckboxes(true);
+  int told = 0;
+  list.OnChange = [&](TObject*, TListItem*, TItemChange change) { told += change == ctState; };
+  list.HandleToggleCheck(0);
+  EXPECT_TRUE(list.Row(0)->GetChecked());
+  list.HandleToggleCheck(0);
+  list.HandleToggleCheck(5);
+  EXPECT_FALSE(list.Row(0)->GetChecked());
+  EXPECT_EQ(told, 2);
+}
+
+TEST(ListItems, AssignCopiesWhatTheRowShows) {
+  TProbeList list({u"a", u"b"});
+  TListItem& from = *list.Row(0);
+  from.GetSubItems().Add(u"sub");
+  from.SetImageIndex(3);
+  from.SetOverlayIndex(1);
+  from.SetChecked(true);
+  from.SetSelected(true);
+  list.Row(1)->Assign(&from);
+  EXPECT_EQ(list.Captions(), u"a a ");
+  EXPECT_EQ(list.Row(1)->GetSubItems()[0], u"sub");
+  EXPECT_EQ(list.Row(1)->GetImageIndex(), 3);
+  EXPECT_EQ(list.Row(1)->GetOverlayIndex(), 1);
+  EXPECT_TRUE(list.Row(1)->GetChecked());
+  EXPECT_FALSE(list.Row(1)->GetSelected()) << "states belong to the row";
+  EXPECT_THROW(list.Row(1)->Assign(&list), EConvertError);
+}
+
+}  // namespace
+}  // namespace oak::tests
