@@ -91,12 +91,12 @@ TRect TControl::AnchoredBounds(TSize parentSize) const {
     const int shift = atBegin ? 0 : atEnd ? growth : growth / 2;
     return {span.Begin + shift, span.End + shift};
   };
-  const TSpan x = follow({fAnchorBase.Left, fAnchorBase.Right},
-                         parentSize.Width - fAnchorParentSize.Width, fAnchors.Contains(akLeft),
-                         fAnchors.Contains(akRight));
-  const TSpan y = follow({fAnchorBase.Top, fAnchorBase.Bottom},
-                         parentSize.Height - fAnchorParentSize.Height, fAnchors.Contains(akTop),
-                         fAnchors.Contains(akBottom));
+  const TSpan x =
+      follow({fAnchorBase.Left, fAnchorBase.Right}, parentSize.Width - fAnchorParentSize.Width,
+             fAnchors.Contains(akLeft), fAnchors.Contains(akRight));
+  const TSpan y =
+      follow({fAnchorBase.Top, fAnchorBase.Bottom}, parentSize.Height - fAnchorParentSize.Height,
+             fAnchors.Contains(akTop), fAnchors.Contains(akBottom));
   return {x.Begin, y.Begin, x.End, y.End};
 }
 
@@ -105,10 +105,14 @@ void TControl::RankByPlace() {
   if (!fParent || fAlign == alNone || fAlign == alClient) return;
   auto distance = [this](const TControl& control) {
     switch (fAlign) {
-      case alTop: return control.fBounds.Top;
-      case alLeft: return control.fBounds.Left;
-      case alBottom: return -control.fBounds.Bottom;
-      default: return -control.fBounds.Right;
+      case alTop:
+        return control.fBounds.Top;
+      case alLeft:
+        return control.fBounds.Left;
+      case alBottom:
+        return -control.fBounds.Bottom;
+      default:
+        return -control.fBounds.Right;
     }
   };
   std::vector<TControl*> peers;
@@ -131,7 +135,7 @@ void TControl::RequestAlign() {
 void TControl::ChangeScale(int m, int d) {
   if (m == d) return;
   const TMemberScope adapting(*this, fAdapting, true);
-  if (!fParentFont) fFont.ChangeScale(fCurrentPPI);
+  if (!fParentFont || !fParent) fFont.ChangeScale(fCurrentPPI);
   if (IsPlacedByHost()) return;
   auto scaled = [m, d](const TRect& rect) {
     return TRect(MulDiv(rect.Left, m, d), MulDiv(rect.Top, m, d), MulDiv(rect.Right, m, d),

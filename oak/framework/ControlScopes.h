@@ -7,8 +7,7 @@ namespace oak {
 
 /// A child with the means to see whether it still lives.
 struct TGuardedControl {
-  explicit TGuardedControl(TControl& control)
-      : Control(&control), Guard(control.GetLifeGuard()) {}
+  explicit TGuardedControl(TControl& control) : Control(&control), Guard(control.GetLifeGuard()) {}
   TControl* Control;
   TLifeGuard Guard;
 };

@@ -19,10 +19,10 @@ enum TShiftFlag : std::uint8_t {
   ssShift,
   ssAlt,
   ssCtrl,
-  ssLeft,    ///< The left mouse button is down; likewise the next two.
+  ssLeft,  ///< The left mouse button is down; likewise the next two.
   ssRight,
   ssMiddle,
-  ssDouble   ///< Second press of a double click.
+  ssDouble  ///< Second press of a double click.
 };
 /// Modifier keys and mouse buttons that are down.
 using TShiftState = TSet<TShiftFlag>;
@@ -51,10 +51,10 @@ enum TCursor : std::int16_t {
 };
 
 enum TControlStateFlag : std::uint8_t {
-  csLButtonDown,   ///< The left button went down on the control and is not up yet.
-  csClicked,       ///< A release of the button over the control will be a click.
-  csRecreating,    ///< The window is destroyed only to be made anew.
-  csCreating,      ///< CreateWnd runs.
+  csLButtonDown,  ///< The left button went down on the control and is not up yet.
+  csClicked,      ///< A release of the button over the control will be a click.
+  csRecreating,   ///< The window is destroyed only to be made anew.
+  csCreating,     ///< CreateWnd runs.
   csDestroyingHandle,
   csFocusing
 };
@@ -106,33 +106,35 @@ enum class TMouseAction : std::uint8_t {
   Down,
   Up,
   Move,
-  Leave,        ///< The pointer left the control.
-  Wheel,        ///< WheelDelta: 120 for one notch away from the user.
-  WheelSide,    ///< WheelDelta: 120 for one notch to the right.
-  ExtraDown     ///< One of the side buttons; WheelDelta is 1 (back) or 2 (forward).
+  Leave,      ///< The pointer left the control.
+  Wheel,      ///< WheelDelta: 120 for one notch away from the user.
+  WheelSide,  ///< WheelDelta: 120 for one notch to the right.
+  ExtraDown   ///< One of the side buttons; WheelDelta is 1 (back) or 2 (forward).
 };
 
 struct TMouseEvent {
   TMouseAction Action = TMouseAction::Move;
   TMouseButton Button = mbLeft;
   TShiftState Shift;
-  TPoint Position;      ///< In client pixels; in screen pixels for the wheel.
+  TPoint Position;  ///< In client pixels; in screen pixels for the wheel.
   int WheelDelta = 0;
-  bool Handled = false; ///< Out: the window's own behaviour must not follow.
+  bool Handled = false;  ///< Out: the window's own behaviour must not follow.
 };
 
 enum class TKeyAction : std::uint8_t { Down, Up, Char };
 
 struct TKeyEvent {
   TKeyAction Action = TKeyAction::Down;
-  std::uint16_t Key = 0;   ///< Virtual key; 0 for Char.
-  char16_t Char = 0;       ///< For Char.
+  std::uint16_t Key = 0;  ///< Virtual key; 0 for Char.
+  char16_t Char = 0;      ///< For Char.
   TShiftState Shift;
-  bool Handled = false;    ///< Out: the window's own behaviour must not follow.
+  bool Handled = false;  ///< Out: the window's own behaviour must not follow.
 };
 
-using TMouseHandler = std::function<void(TObject* Sender, TMouseButton Button, TShiftState Shift, int X, int Y)>;
-using TMouseWheelHandler = std::function<void(TObject* Sender, TShiftState Shift, int Delta, TPoint Screen, bool& Handled)>;
+using TMouseHandler =
+    std::function<void(TObject* Sender, TMouseButton Button, TShiftState Shift, int X, int Y)>;
+using TMouseWheelHandler = std::function<void(TObject* Sender, TShiftState Shift, int Delta,
+                                              TPoint Screen, bool& Handled)>;
 using TMouseMoveHandler = std::function<void(TObject* Sender, TShiftState Shift, int X, int Y)>;
 using TKeyHandler = std::function<void(TObject* Sender, std::uint16_t& Key, TShiftState Shift)>;
 using TKeyPressHandler = std::function<void(TObject* Sender, char16_t& Key)>;

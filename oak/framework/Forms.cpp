@@ -68,7 +68,9 @@ void TCustomForm::PostRelease() {
 
 void TCustomForm::Notification(TComponent* component, TOperation operation) {
   TWinControl::Notification(component, operation);
-  if (operation == opRemove && component == fMenu) SetMenu(nullptr);
+  if (operation != opRemove || component != fMenu) return;
+  fMenu = nullptr;
+  if (fFormPeer) fFormPeer->SetMenu(nullptr);
 }
 
 // --- the window ----------------------------------------------------------------
@@ -130,7 +132,8 @@ void TCustomForm::PlaceAtFirst() {
   TPoint corner = around.Center() - TPoint(GetWidth() / 2, GetHeight() / 2);
   if (fPosition == poDefault) {
     const int step = (Screen().GetFormCount() - 1) % CascadeSteps;
-    corner = area.TopLeft() + TPoint(ScaledPixels(CascadeStep) * step, ScaledPixels(CascadeStep) * step);
+    corner =
+        area.TopLeft() + TPoint(ScaledPixels(CascadeStep) * step, ScaledPixels(CascadeStep) * step);
   }
   corner.X = std::max(corner.X, area.Left);
   corner.Y = std::max(corner.Y, area.Top);
@@ -167,7 +170,9 @@ void TCustomForm::SetIcon(const TBitmap& value) {
 
 void TCustomForm::SetMenu(TMainMenu* value) {
   if (value == fMenu) return;
+  if (fMenu) fMenu->fForm = nullptr;
   fMenu = value;
+  if (value) value->fForm = this;
   FreeNotification(value);
   if (fFormPeer) fFormPeer->SetMenu(value);
 }
@@ -196,8 +201,7 @@ void TCustomForm::HandleActivate(bool active) {
     if (isChange && !IsRecreating()) active ? Activate() : Deactivate();
     if (!guard.IsAlive()) return;
     if (fActive && GetVisible()) FocusActiveControl();
-    if (guard.IsAlive() && isChange && !IsRecreating())
-      FireEvent(screen.OnActiveFormChange, this);
+    if (guard.IsAlive() && isChange && !IsRecreating()) FireEvent(screen.OnActiveFormChange, this);
   });
 }
 
@@ -249,9 +253,9 @@ void TCustomForm::SetModalResult(TModalResult value) {
   if (fModal) WidgetSet().WakeUp();
 }
 
-// A result is there: whether the form lets itself be closed with it.
-bool TCustomForm::MayEndModal() {
-  if (Application().GetTerminated()) {
+// Whether a result is there and the form lets itself be closed with it.
+bool TCustomForm::MayEndModal(bool terminated) {
+  if (terminated) {
     if (fModalResult == mrNone) fModalResult = mrCancel;
     return true;
   }
@@ -279,8 +283,10 @@ TModalResult TCustomForm::ShowModal() {
     const THandlerScope handler(*this);
     fModalResult = mrNone;
     bool ended = false;
+    const bool wasTerminated = Application().GetTerminated();
     const std::function<bool()> isEnded = [&] {
-      if (!ended) ended = !guard.IsAlive() || MayEndModal();
+      const bool terminated = !wasTerminated && Application().GetTerminated();
+      if (!ended) ended = !guard.IsAlive() || MayEndModal(terminated);
       if (ended && guard.IsAlive()) result = fModalResult;
       return ended;
     };

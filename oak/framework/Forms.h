@@ -4,8 +4,8 @@
 #include <memory>
 #include <vector>
 
-#include "oak/framework/WinControl.h"
 #include "oak/framework/WidgetSet.h"
+#include "oak/framework/WinControl.h"
 
 namespace oak {
 
@@ -109,7 +109,7 @@ class TCustomForm : public TWinControl {
   friend class THandlerScope;
   void PlaceAtFirst();
   void CloseAs(TCloseAction action);
-  bool MayEndModal();
+  bool MayEndModal(bool terminated);
   void PostRelease();
 
   void FocusControl(TWinControl& control);
@@ -133,9 +133,9 @@ class TCustomForm : public TWinControl {
   bool fActive = false;
   bool fScaled = true;
   bool fModal = false;
-  bool fPlaced = false;     // had its first place on the screen
+  bool fPlaced = false;  // had its first place on the screen
   bool fReleasing = false;
-  int fHandlerDepth = 0;    // handlers of the form and its controls that run
+  int fHandlerDepth = 0;  // handlers of the form and its controls that run
 };
 using TForm = TCustomForm;
 

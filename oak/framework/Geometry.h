@@ -77,6 +77,10 @@ struct TRect {
   friend constexpr bool operator==(const TRect&, const TRect&) = default;
 };
 
+#if defined(_WIN32)
+// The system's own: a second one would make the name ambiguous where both are visible.
+using ::MulDiv;
+#else
 /// a * b / c, rounded to the nearest, halves away from zero; -1 if c is 0.
 constexpr int MulDiv(int a, int b, int c) {
   if (c == 0) return -1;
@@ -84,5 +88,6 @@ constexpr int MulDiv(int a, int b, int c) {
   const long long half = (c < 0 ? -static_cast<long long>(c) : c) / 2;
   return static_cast<int>((product >= 0 ? product + half : product - half) / c);
 }
+#endif
 
 }  // namespace oak

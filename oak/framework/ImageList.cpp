@@ -43,8 +43,7 @@ TImageList::TImageList(TComponent* owner)
   fOverlays.fill(-1);
 }
 
-TImageList::TImageList(TComponent* owner, int width, int height)
-    : TImageList(owner) {
+TImageList::TImageList(TComponent* owner, int width, int height) : TImageList(owner) {
   SetSize(width, height);
 }
 
@@ -93,9 +92,7 @@ void TImageList::AssignScaled(const TImageList& source, int width, int height) {
 
 int TImageList::GetWidth() const { return fSource ? fSource->GetImageSize().Width : fWidth; }
 
-int TImageList::GetHeight() const {
-  return fSource ? fSource->GetImageSize().Height : fHeight;
-}
+int TImageList::GetHeight() const { return fSource ? fSource->GetImageSize().Height : fHeight; }
 
 void TImageList::SetSize(int width, int height) {
   CheckImageSize(width, height);
@@ -243,8 +240,7 @@ bool TImageList::GetBitmap(int index, TBitmap& image) const {
   return true;
 }
 
-bool TImageList::GetRendered(int index, int overlay, TImageState state,
-                                   TBitmap& image) const {
+bool TImageList::GetRendered(int index, int overlay, TImageState state, TBitmap& image) const {
   if (!GetBitmap(index, image)) return false;
   TBitmap over;
   if (overlay > 0 && GetBitmap(GetOverlayImage(overlay), over)) image.Draw(0, 0, over);
@@ -258,7 +254,7 @@ bool TImageList::GetRendered(int index, int overlay, TImageState state,
 }
 
 void TImageList::Draw(TCanvas& canvas, int x, int y, int index, int overlay,
-                            TImageState state) const {
+                      TImageState state) const {
   canvas.DrawImage(*this, index, x, y, overlay, state);
 }
 

@@ -143,14 +143,64 @@ void TListItem::Assign(const TPersistent* source) {
   GetListView()->ItemChanged(this, ctText);
 }
 
+// --- TListRows -----------------------------------------------------------------------
+
+void TListRows::MoveGap(int index) noexcept {
+  const auto at = [this](int slot) { return fSlots.begin() + RowOffset(slot); };
+  if (index < fGap)
+    std::move_backward(at(index), at(fGap), at(fGap + fGapLength));
+  else
+    std::move(at(fGap + fGapLength), at(index + fGapLength), at(fGap));
+  fGap = index;
+}
+
+void TListRows::Reserve(int count) {
+  const int missing = count - static_cast<int>(fSlots.size());
+  if (missing <= 0) return;
+  MoveGap(GetCount());
+  fSlots.resize(static_cast<std::size_t>(count));
+  fGapLength += missing;
+}
+
+void TListRows::Insert(int index, TListItem* item) {
+  constexpr int fewest = 16;
+  if (fGapLength == 0) Reserve(std::max(fewest, GetCount() + GetCount() / 2));
+  MoveGap(index);
+  fSlots[static_cast<std::size_t>(fGap++)] = item;
+  --fGapLength;
+}
+
+TListItem* TListRows::Remove(int index) noexcept {
+  MoveGap(index);
+  TListItem* const item = At(index);
+  ++fGapLength;
+  return item;
+}
+
+void TListRows::Truncate(int count) noexcept {
+  MoveGap(GetCount());
+  fGapLength += fGap - count;
+  fGap = count;
+}
+
+int TListRows::Find(const TListItem* item, int from) const noexcept {
+  const auto search = [&](int first, int last, int skipped) {
+    const auto begin = fSlots.begin() + RowOffset(first + skipped);
+    const auto end = fSlots.begin() + RowOffset(last + skipped);
+    const auto found = std::find(begin, end, item);
+    return found == end ? -1 : first + static_cast<int>(found - begin);
+  };
+  const int before = from < fGap ? search(from, fGap, 0) : -1;
+  return before >= 0 ? before : search(std::max(from, fGap), GetCount(), fGapLength);
+}
+
 // --- TListItems: adding -------------------------------------------------------------
 
 TListItems::~TListItems() {
-  for (const auto& item : fItems) item->fIndex = -1;
-}
-
-void TListItems::Reserve(int count) {
-  if (count > 0) fItems.reserve(static_cast<std::size_t>(count));
+  for (TListItem* const item : *this) {
+    item->fIndex = -1;
+    delete item;
+  }
 }
 
 TListItem* TListItems::Insert(int index) {
@@ -164,8 +214,8 @@ TListItem* TListItems::AddItem(std::unique_ptr<TListItem> item, int index) {
     throw EInvalidArgument(u"A row can only be added to the list that it was made for.");
   if (index < -1) throw EArgumentException(u"There is no row " + IntToStr(index) + u".");
   if (index == -1 || index > GetCount()) index = GetCount();
-  TListItem* const added = item.get();
-  fItems.insert(fItems.begin() + RowOffset(index), std::move(item));
+  fItems.Insert(index, item.get());
+  TListItem* const added = item.release();
   added->fIndex = index;
   const bool appended = index == GetCount() - 1 && fNumbered == index;
   Moved(index);
@@ -189,12 +239,6 @@ void TListItems::Renumber(int end) const noexcept {
   for (; fNumbered < end; ++fNumbered) At(fNumbered)->fIndex = fNumbered;
 }
 
-int TListItems::Find(const TListItem* item, int from) const noexcept {
-  const auto found = std::find_if(fItems.begin() + RowOffset(from), fItems.end(),
-                                  [item](const auto& row) { return row.get() == item; });
-  return found == fItems.end() ? -1 : static_cast<int>(found - fItems.begin());
-}
-
 // Rows before fNumbered know their place, others have a guess. A wrong guess costs a look through
 // the pointers, no more than the change that moved the row did. What lies on a short way gets its
 // number, so rows that are asked for in their order are found at once; the second long search
@@ -202,7 +246,7 @@ int TListItems::Find(const TListItem* item, int from) const noexcept {
 int TListItems::IndexOf(const TListItem* item) const {
   if (!item || item->fOwner != this || !item->IsInList()) return -1;
   if (GetItem(item->fIndex) == item) return item->fIndex;
-  const int index = Find(item, fNumbered);
+  const int index = fItems.Find(item, fNumbered);
   if (index < 0) return -1;
   if (fMissed) {
     Renumber(GetCount());
@@ -233,14 +277,12 @@ void TListItems::Delete(int index) {
     throw;
   }
   if (!guard.IsAlive()) return;
-  const int place = fVersion == version ? index : Find(item, 0);
+  const int place = fVersion == version ? index : fItems.Find(item, 0);
   if (place >= 0) Erase(place);
 }
 
 void TListItems::Erase(int index) {
-  const auto place = fItems.begin() + RowOffset(index);
-  const std::unique_ptr<TListItem> leaving = std::move(*place);
-  fItems.erase(place);
+  const std::unique_ptr<TListItem> leaving(fItems.Remove(index));
   Moved(index);
   leaving->fIndex = -1;
   fOwner->Forget(leaving.get(), index);
@@ -296,25 +338,25 @@ void TListItems::TellDoomed() {
 int TListItems::EraseDoomed() {
   constexpr auto both = TListItem::StateDeleting | TListItem::StateDoomed;
   std::vector<std::unique_ptr<TListItem>> leaving;
-  std::size_t kept = 0;
+  int kept = 0;
   int first = -1;
   int last = -1;
   int focusPlace = 0;
-  for (std::size_t i = 0; i < fItems.size(); ++i) {
-    TListItem* const item = fItems[i].get();
+  leaving.reserve(static_cast<std::size_t>(GetCount()));
+  for (int i = 0; i < GetCount(); ++i) {
+    TListItem* const item = At(i);
     if ((item->fStates & both) != both) {
-      if (kept != i) fItems[kept] = std::move(fItems[i]);
-      ++kept;
+      fItems.Put(kept++, item);
       continue;
     }
-    if (first < 0) first = static_cast<int>(i);
-    last = static_cast<int>(i);
-    if (item == fOwner->fItemFocused) focusPlace = static_cast<int>(kept);
+    if (first < 0) first = i;
+    last = i;
+    if (item == fOwner->fItemFocused) focusPlace = kept;
     item->fIndex = -1;
-    leaving.push_back(std::move(fItems[i]));
+    leaving.emplace_back(item);
   }
   if (leaving.empty()) return 0;
-  fItems.resize(kept);
+  fItems.Truncate(kept);
   Moved(first);
   const int count = static_cast<int>(leaving.size());
   for (const auto& item : leaving) fOwner->Forget(item.get(), focusPlace);
@@ -323,7 +365,7 @@ int TListItems::EraseDoomed() {
 }
 
 void TListItems::ClearDoomed() noexcept {
-  for (const auto& item : fItems)
+  for (TListItem* const item : *this)
     item->fStates &= static_cast<std::uint8_t>(~TListItem::StateDoomed);
   fDoomedUntold = 0;
 }
@@ -334,12 +376,10 @@ void TListItems::Clear() {
 
 // The row's destructor runs: it must not be destroyed a second time.
 void TListItems::Forget(TListItem* item) noexcept {
-  const int index = Find(item, 0);
+  const int index = fItems.Find(item, 0);
   item->fIndex = -1;
   if (index < 0) return;
-  const auto place = fItems.begin() + RowOffset(index);
-  place->release();
-  fItems.erase(place);
+  fItems.Remove(index);
   Moved(index);
   if ((item->fStates & (TListItem::StateDeleting | TListItem::StateDoomed)) ==
       TListItem::StateDoomed)

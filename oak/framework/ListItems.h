@@ -148,6 +148,33 @@ class TListItem : public TPersistent {
   std::uint8_t fStates = 0;
 };
 
+/// Pointers in an order. Inserting and removing costs as much as the way from the place of the last
+/// time: nothing for a walk through the rows, whichever way it goes.
+class TListRows {
+ public:
+  int GetCount() const noexcept { return static_cast<int>(fSlots.size()) - fGapLength; }
+  /// 0..GetCount()-1.
+  TListItem* At(int index) const noexcept { return fSlots[Slot(index)]; }
+  void Put(int index, TListItem* item) noexcept { fSlots[Slot(index)] = item; }
+  void Insert(int index, TListItem* item);
+  TListItem* Remove(int index) noexcept;
+  /// Drops what stands from `count` on.
+  void Truncate(int count) noexcept;
+  void Reserve(int count);
+  /// First place from `from` on with that pointer, or -1.
+  int Find(const TListItem* item, int from) const noexcept;
+
+ private:
+  std::size_t Slot(int index) const noexcept {
+    return static_cast<std::size_t>(index < fGap ? index : index + fGapLength);
+  }
+  void MoveGap(int index) noexcept;
+
+  std::vector<TListItem*> fSlots;  // with a gap of unused ones
+  int fGap = 0;
+  int fGapLength = 0;
+};
+
 /// The rows of a list view. Main thread.
 class TListItems : public TPersistent {
  public:
@@ -157,11 +184,10 @@ class TListItems : public TPersistent {
   ~TListItems() override;
   TCustomListView* GetOwner() const noexcept { return fOwner; }
 
-  int GetCount() const noexcept { return static_cast<int>(fItems.size()); }
+  int GetCount() const noexcept { return fItems.GetCount(); }
   /// nil outside 0..GetCount()-1.
   TListItem* GetItem(int index) const noexcept {
-    return index >= 0 && index < GetCount() ? fItems[static_cast<std::size_t>(index)].get()
-                                            : nullptr;
+    return index >= 0 && index < GetCount() ? At(index) : nullptr;
   }
   TListItem* operator[](int index) const noexcept { return GetItem(index); }
   TListItem* Add() { return Insert(-1); }
@@ -171,7 +197,7 @@ class TListItems : public TPersistent {
   /// destroyed or the row removed by a handler.
   TListItem* AddItem(std::unique_ptr<TListItem> item, int index = -1);
   /// Room for that many rows without moving them again.
-  void Reserve(int count);
+  void Reserve(int count) { fItems.Reserve(count); }
   /// Nothing outside the range.
   void Delete(int index);
   /// Removes all rows that the test accepts, in one pass: linear in the number of rows. Tells how
@@ -186,19 +212,33 @@ class TListItems : public TPersistent {
   void EndUpdate();
   bool IsUpdating() const noexcept { return fUpdateCount > 0; }
 
-  auto begin() const { return fItems.begin(); }
-  auto end() const { return fItems.end(); }
+  /// Goes through the rows while their number stays.
+  class TIterator {
+   public:
+    TIterator(const TListRows& rows, int index) : fRows(&rows), fIndex(index) {}
+    TListItem* operator*() const noexcept { return fRows->At(fIndex); }
+    TIterator& operator++() noexcept {
+      ++fIndex;
+      return *this;
+    }
+    friend bool operator==(const TIterator& a, const TIterator& b) noexcept = default;
+
+   private:
+    const TListRows* fRows;
+    int fIndex;
+  };
+  TIterator begin() const { return {fItems, 0}; }
+  TIterator end() const { return {fItems, GetCount()}; }
 
  private:
   friend class TListItem;
   friend class TCustomListView;
 
-  TListItem* At(int index) const noexcept { return fItems[static_cast<std::size_t>(index)].get(); }
+  TListItem* At(int index) const noexcept { return fItems.At(index); }
   /// Whether a pointer of before a call out still is a row. Doesn't follow it.
   bool Holds(const TListItem* item, unsigned version) const noexcept {
-    return fVersion == version || Find(item, 0) >= 0;
+    return fVersion == version || fItems.Find(item, 0) >= 0;
   }
-  int Find(const TListItem* item, int from) const noexcept;
   /// Rows from `index` on have moved.
   void Moved(int index) noexcept;
   void Renumber(int end) const noexcept;
@@ -210,7 +250,7 @@ class TListItems : public TPersistent {
   void Forget(TListItem* item) noexcept;
 
   TCustomListView* fOwner;
-  std::vector<std::unique_ptr<TListItem>> fItems;
+  TListRows fItems;              // owned
   unsigned fVersion = 0;         // counts changes of number or order
   mutable int fNumbered = 0;     // rows before it know their position
   mutable bool fMissed = false;  // a position was searched since the last change

@@ -44,13 +44,14 @@ void TCustomListView::MarkOnly(int first, int last, TRange& changed) {
 
 void TCustomListView::SelectionMarked(const TRange& changed, bool tellPeer) {
   if (changed.IsEmpty()) return;
+  const TLifeGuard guard = GetLifeGuard();
   if (tellPeer) StatesChanged(changed.First, changed.Last);
-  TellSelection(changed);
+  if (guard.IsAlive()) TellSelection(changed);
 }
 
 // Handlers may remove, add and sort rows, change the selection and destroy the list. The marks are
-// in the rows: whatever becomes of these, each that still is there is told of its last state. What a
-// handler changes is told by the loop that called it.
+// in the rows: whatever becomes of these, each that still is there is told of its last state. What
+// a handler changes is told by the loop that called it.
 void TCustomListView::TellSelection(TRange range) {
   if (fTelling) return;
   const TMemberScope telling(*this, fTelling, true);

@@ -37,8 +37,8 @@ std::vector<TListItem*> TCustomListView::SortedByCaption() const {
   };
   std::vector<TEntry> entries;
   entries.reserve(static_cast<std::size_t>(fItems->GetCount()));
-  for (const auto& item : *fItems)
-    entries.push_back({MakeLogicalKey(item->GetCaption()), item.get()});
+  for (TListItem* const item : *fItems)
+    entries.push_back({MakeLogicalKey(item->GetCaption()), item});
   std::stable_sort(entries.begin(), entries.end(),
                    [](const TEntry& a, const TEntry& b) { return a.Key < b.Key; });
   std::vector<TListItem*> order;
@@ -54,7 +54,7 @@ bool TCustomListView::CustomSort(const TLVCompare& compare, LPARAM data) {
 
   std::vector<TListItem*> order;
   order.reserve(static_cast<std::size_t>(fItems->GetCount()));
-  for (const auto& item : *fItems) order.push_back(item.get());
+  for (TListItem* const item : *fItems) order.push_back(item);
   const auto unchanged = [&] { return guard.IsAlive() && fItems->fVersion == version; };
   MergeSortRows(order, [&](TListItem* a, TListItem* b) {
     if (!unchanged()) return false;
@@ -68,12 +68,11 @@ bool TCustomListView::CustomSort(const TLVCompare& compare, LPARAM data) {
 
 bool TCustomListView::ApplyOrder(const std::vector<TListItem*>& order) {
   bool moved = false;
-  for (std::size_t i = 0; i < order.size(); ++i) {
-    auto& place = fItems->fItems[i];
-    moved = moved || place.get() != order[i];
-    place.release();
-    place.reset(order[i]);
-    order[i]->fIndex = static_cast<int>(i);
+  int index = 0;
+  for (TListItem* const item : order) {
+    moved = moved || fItems->At(index) != item;
+    fItems->fItems.Put(index, item);
+    item->fIndex = index++;
   }
   if (!moved) return true;
   fItems->Moved(0);

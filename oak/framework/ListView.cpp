@@ -229,11 +229,12 @@ void TCustomListView::ItemAdded(TListItem* item, int index) {
     fNoneBefore = fSelCount++ == 0 ? index : std::min(fNoneBefore, index);
   }
   if (item->GetDropTarget()) fDropTarget = item;
-  if (fListPeer) {
-    if (fItems->IsUpdating())
-      fPending.Reset = true;
-    else
-      fListPeer->ItemsInserted(index, 1);
+  if (fListPeer && fItems->IsUpdating()) fPending.Reset = true;
+  if (fListPeer && !fItems->IsUpdating()) {
+    const TLifeGuard guard = GetLifeGuard();
+    const unsigned version = fItems->fVersion;
+    fListPeer->ItemsInserted(index, 1);
+    if (!guard.IsAlive() || !fItems->Holds(item, version)) return;
   }
   InsertItem(item);
 }
@@ -306,15 +307,14 @@ void TCustomListView::UpdateBegun() {
 
 void TCustomListView::UpdateEnded() {
   const TPending pending = std::exchange(fPending, {});
-  if (!fListPeer) return;
-  if (pending.Reset) {
-    fListPeer->ItemsReset();
-  } else {
-    if (!pending.Rows.IsEmpty()) fListPeer->ItemsChanged(pending.Rows.First, pending.Rows.Last);
-    if (!pending.States.IsEmpty())
-      fListPeer->ItemStatesChanged(pending.States.First, pending.States.Last);
-  }
-  fListPeer->EndUpdate();
+  const TLifeGuard guard = GetLifeGuard();
+  const auto shown = [&] { return guard.IsAlive() && fListPeer; };
+  if (shown() && pending.Reset) fListPeer->ItemsReset();
+  if (shown() && !pending.Reset && !pending.Rows.IsEmpty())
+    fListPeer->ItemsChanged(pending.Rows.First, pending.Rows.Last);
+  if (shown() && !pending.Reset && !pending.States.IsEmpty())
+    fListPeer->ItemStatesChanged(pending.States.First, pending.States.Last);
+  if (shown()) fListPeer->EndUpdate();
 }
 
 void TCustomListView::ColumnsChanged() {

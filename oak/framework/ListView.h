@@ -142,7 +142,10 @@ class TCustomListView : public TWinControl {
                                  bool wrap);
 
   // --- geometry: client pixels; nil, -1 or empty without a window ---------------------------
+  /// The row whose icon, label or check box is there; with RowSelect all of its cells count.
   TListItem* GetItemAt(int x, int y) const;
+  /// SubItem is a position among the columns. In the blank part of a cell of vsReport, Index names
+  /// the row though Flags is htNowhere.
   TListHitTest GetHitTest(int x, int y) const;
   TListItem* GetTopItem() const;
   int GetVisibleRowCount() const;

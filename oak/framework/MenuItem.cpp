@@ -55,15 +55,31 @@ TMenuItem* FindMenuItem(UINT command) { return MenuCommands().Find(command); }
 TMenuItem::TMenuItem(TComponent* owner) : TComponent(owner), fCommand(MenuCommands().Add(this)) {}
 
 TMenuItem::~TMenuItem() {
+  NotifyOfEnd();
   MenuCommands().Remove(fCommand);
   if (fParent) fParent->Forget(this);
   Clear();
 }
 
 // --- properties ------------------------------------------------------------------
-void TMenuItem::SetCaption(TString value) { fCaption = std::move(value); }
-void TMenuItem::SetEnabled(bool value) { fEnabled = value; }
-void TMenuItem::SetVisible(bool value) { fVisible = value; }
+void TMenuItem::Changed() {
+  if (fParent && fParent->fMenu) fParent->fMenu->TopEntriesChanged();
+}
+
+void TMenuItem::SetCaption(TString value) {
+  fCaption = std::move(value);
+  Changed();
+}
+
+void TMenuItem::SetEnabled(bool value) {
+  fEnabled = value;
+  Changed();
+}
+
+void TMenuItem::SetVisible(bool value) {
+  fVisible = value;
+  Changed();
+}
 
 void TMenuItem::SetChecked(bool value) {
   fChecked = value;
@@ -128,6 +144,7 @@ TMenuItem* TMenuItem::Insert(int index, std::unique_ptr<TMenuItem> item) {
   TMenuItem* result = item.get();
   result->fParent = this;
   fItems.insert(fItems.begin() + std::clamp(index, 0, GetCount()), std::move(item));
+  result->Changed();
   return result;
 }
 
@@ -144,14 +161,13 @@ std::unique_ptr<TMenuItem> TMenuItem::Remove(TMenuItem* item) {
   const auto place = fItems.begin() + index;
   std::unique_ptr<TMenuItem> result = std::move(*place);
   fItems.erase(place);
+  result->Changed();
   result->fParent = nullptr;
   return result;
 }
 
 // The entry is destroyed by somebody else.
-void TMenuItem::Forget(TMenuItem* item) {
-  static_cast<void>(Remove(item).release());
-}
+void TMenuItem::Forget(TMenuItem* item) { static_cast<void>(Remove(item).release()); }
 
 void TMenuItem::Delete(int index) { Remove(GetItem(index)); }
 

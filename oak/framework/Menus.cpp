@@ -6,6 +6,7 @@
 #include "oak/framework/Events.h"
 #include "oak/framework/Forms.h"
 #include "oak/framework/ImageList.h"
+#include "oak/framework/MainThreadQueue.h"
 #include "oak/framework/WidgetSet.h"
 
 namespace oak {
@@ -22,15 +23,24 @@ struct TKeyName {
   std::uint16_t Key;
   TStringView Name;
 };
-constexpr std::array<TKeyName, 18> KeyNames{{{vkBack, u"Backspace"}, {vkTab, u"Tab"},
-                                             {vkReturn, u"Enter"},   {vkEscape, u"Esc"},
-                                             {vkSpace, u"Space"},    {vkPrior, u"PgUp"},
-                                             {vkNext, u"PgDn"},      {vkEnd, u"End"},
-                                             {vkHome, u"Home"},      {vkLeft, u"Left"},
-                                             {vkUp, u"Up"},          {vkRight, u"Right"},
-                                             {vkDown, u"Down"},      {vkInsert, u"Ins"},
-                                             {vkDelete, u"Del"},     {vkMultiply, u"Num *"},
-                                             {vkAdd, u"Num +"},      {vkSubtract, u"Num -"}}};
+constexpr std::array<TKeyName, 18> KeyNames{{{vkBack, u"Backspace"},
+                                             {vkTab, u"Tab"},
+                                             {vkReturn, u"Enter"},
+                                             {vkEscape, u"Esc"},
+                                             {vkSpace, u"Space"},
+                                             {vkPrior, u"PgUp"},
+                                             {vkNext, u"PgDn"},
+                                             {vkEnd, u"End"},
+                                             {vkHome, u"Home"},
+                                             {vkLeft, u"Left"},
+                                             {vkUp, u"Up"},
+                                             {vkRight, u"Right"},
+                                             {vkDown, u"Down"},
+                                             {vkInsert, u"Ins"},
+                                             {vkDelete, u"Del"},
+                                             {vkMultiply, u"Num *"},
+                                             {vkAdd, u"Num +"},
+                                             {vkSubtract, u"Num -"}}};
 
 TString Decimal(int value) { return FromUtf8(std::to_string(value)); }
 
@@ -98,6 +108,7 @@ TMenu::TMenu(TComponent* owner) : TComponent(owner), fItems(std::make_unique<TMe
 }
 
 TMenu::~TMenu() {
+  NotifyOfEnd();
   DestroyHandle();
   fItems->fMenu = nullptr;
 }
@@ -160,6 +171,23 @@ void TPopupMenu::SetPopupComponent(TWinControl* value) {
 void TPopupMenu::Notification(TComponent* component, TOperation operation) {
   TMenu::Notification(component, operation);
   if (operation == opRemove && component == fPopupComponent) fPopupComponent = nullptr;
+}
+
+// --- TMainMenu ---------------------------------------------------------------------
+void TMainMenu::Notification(TComponent* component, TOperation operation) {
+  TMenu::Notification(component, operation);
+  if (operation == opRemove && component == fForm) fForm = nullptr;
+}
+
+// Once for all changes of a handler.
+void TMainMenu::TopEntriesChanged() {
+  if (!fForm || fUpdatePosted) return;
+  const TMenuItem* root = &Items();
+  fUpdatePosted = TMainThreadQueue::Instance().Post([this, root, command = root->GetCommand()] {
+    if (FindMenuItem(command) != root) return;
+    fUpdatePosted = false;
+    if (fForm && fForm->GetFormPeer()) fForm->GetFormPeer()->SetMenu(this);
+  });
 }
 
 }  // namespace oak

@@ -15,6 +15,7 @@ class TImageList;
 class TMenu;
 class TPopupMenu;
 class TCanvas;
+class TCustomForm;
 class TWinControl;
 
 /// Key with modifiers; 0 is none.
@@ -75,8 +76,8 @@ class TMenuItem : public TComponent {
   void Delete(int index);
   void Clear();
   int IndexOf(const TMenuItem* item) const;
-  TMenuItem* Find(TStringView caption) const;      ///< Ignoring case and "&".
-  TMenuItem* FindCommand(UINT command);            ///< In all levels below.
+  TMenuItem* Find(TStringView caption) const;  ///< Ignoring case and "&".
+  TMenuItem* FindCommand(UINT command);        ///< In all levels below.
 
   /// What a choice by the user does: auto check, then OnClick. Nothing if disabled.
   virtual void Click();
@@ -90,12 +91,14 @@ class TMenuItem : public TComponent {
   TNotifyEvent OnPopup;
   /// Both set: the entry is drawn by the application. Pixels.
   std::function<void(TObject* Sender, TCanvas& Canvas, int& Width, int& Height)> OnMeasureItem;
-  std::function<void(TObject* Sender, TCanvas& Canvas, const TRect& Rect, bool Selected)> OnDrawItem;
+  std::function<void(TObject* Sender, TCanvas& Canvas, const TRect& Rect, bool Selected)>
+      OnDrawItem;
   std::intptr_t Tag = 0;
 
  private:
   friend class TMenu;
   void Forget(TMenuItem* item);
+  void Changed();
 
   TString fCaption;
   TString fHint;
@@ -136,6 +139,10 @@ class TMenu : public TComponent {
   void DestroyHandle();
 
  private:
+  friend class TMenuItem;
+  /// Entries of the first level were added, removed or look otherwise.
+  virtual void TopEntriesChanged() {}
+
   std::unique_ptr<TMenuItem> fItems;
   TImageList* fImages = nullptr;
   HMENU fHandle = nullptr;
@@ -167,9 +174,19 @@ class TPopupMenu : public TMenu {
   bool fAutoPopup = true;
 };
 
+/// The menu bar of a form, which shows changes of its entries soon.
 class TMainMenu : public TMenu {
  public:
   using TMenu::TMenu;
+
+ protected:
+  void Notification(TComponent* component, TOperation operation) override;
+
+ private:
+  friend class TCustomForm;
+  void TopEntriesChanged() override;
+  TCustomForm* fForm = nullptr;
+  bool fUpdatePosted = false;
 };
 
 }  // namespace oak

@@ -112,7 +112,8 @@ void TSplitter::KeyDown(std::uint16_t& key, TShiftState shift) {
 // The most that the control can take: what its siblings along the edge leave, but the least size.
 int TSplitter::MaxSize() const {
   const bool vertical = IsVertical(GetAlign());
-  int left = vertical ? GetParent()->GetClientRect().Width() : GetParent()->GetClientRect().Height();
+  int left =
+      vertical ? GetParent()->GetClientRect().Width() : GetParent()->GetClientRect().Height();
   for (int i = 0; i < GetParent()->GetControlCount(); ++i) {
     const TControl* control = GetParent()->GetControl(i);
     const TAlign align = control->GetAlign();

@@ -107,9 +107,8 @@ void TCustomComboBoxEx::SetItemIndex(int value) {
 
 // --- text ------------------------------------------------------------------------
 void TCustomComboBoxEx::SetText(const TString& value) {
-  const auto entry = std::find_if(fItems.begin(), fItems.end(), [&](const TComboExItem& item) {
-    return item.Caption == value;
-  });
+  const auto entry = std::find_if(fItems.begin(), fItems.end(),
+                                  [&](const TComboExItem& item) { return item.Caption == value; });
   if (fReadOnly) {
     if (entry != fItems.end()) SetItemIndex(static_cast<int>(entry - fItems.begin()));
     return;
@@ -154,7 +153,9 @@ void TCustomComboBoxEx::SetDropDownCount(int value) {
   ItemsChanged();
 }
 
-bool TCustomComboBoxEx::GetDroppedDown() const { return fComboPeer && fComboPeer->GetDroppedDown(); }
+bool TCustomComboBoxEx::GetDroppedDown() const {
+  return fComboPeer && fComboPeer->GetDroppedDown();
+}
 
 void TCustomComboBoxEx::SetDroppedDown(bool value) {
   if (value && GetParent()) HandleNeeded();

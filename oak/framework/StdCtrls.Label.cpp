@@ -1,8 +1,8 @@
 // Label, button, panel.
+#include "oak/framework/StdCtrls.h"
 #include "oak/framework/Canvas.h"
 #include "oak/framework/Events.h"
 #include "oak/framework/Forms.h"
-#include "oak/framework/StdCtrls.h"
 
 namespace oak {
 namespace {
@@ -100,7 +100,8 @@ void TButton::Click() {
 }
 
 bool TButton::DialogKey(std::uint16_t key, TShiftState shift) {
-  const bool isPlain = !shift.Contains(ssShift) && !shift.Contains(ssCtrl) && !shift.Contains(ssAlt);
+  const bool isPlain =
+      !shift.Contains(ssShift) && !shift.Contains(ssCtrl) && !shift.Contains(ssAlt);
   bool isMine = IsMnemonic(*this, key, shift);
   if (isPlain && key == vkReturn) {
     const TCustomForm* form = GetParentForm();
@@ -180,7 +181,8 @@ void TButton::Paint(TCanvas& canvas, const TRect& clip) {
   canvas.GetPen().SetColor(isFocused || fDefault ? clHighlight : clWindowFrame);
   canvas.Rectangle(rect);
   DrawCaption(canvas, *this, fDown ? rect.Moved(1, 1) : rect, LineFormat(taCenter, true));
-  if (isFocused) canvas.DrawFocusRect(rect.Inflated(-ScaledPixels(FocusInset), -ScaledPixels(FocusInset)));
+  if (isFocused)
+    canvas.DrawFocusRect(rect.Inflated(-ScaledPixels(FocusInset), -ScaledPixels(FocusInset)));
   TCustomControl::Paint(canvas, clip);
 }
 
@@ -197,8 +199,7 @@ void TCustomPanel::SetAlignment(TAlignment value) {
 void TCustomPanel::TextChanged() { Invalidate(); }
 
 void TCustomPanel::Paint(TCanvas& canvas, const TRect& clip) {
-  if (!GetText().empty())
-    DrawCaption(canvas, *this, GetClientRect(), LineFormat(fAlignment, true));
+  if (!GetText().empty()) DrawCaption(canvas, *this, GetClientRect(), LineFormat(fAlignment, true));
   TCustomControl::Paint(canvas, clip);
 }
 

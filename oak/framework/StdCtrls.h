@@ -5,8 +5,8 @@
 #include <memory>
 #include <vector>
 
-#include "oak/framework/WinControl.h"
 #include "oak/framework/WidgetSet.h"
+#include "oak/framework/WinControl.h"
 
 namespace oak {
 
@@ -74,8 +74,8 @@ class TMemo : public TCustomEdit {
   explicit TMemo(TComponent* owner = nullptr);
 };
 
-/// A text with formats. Loads plain text by its byte order mark, and rich text. A change of the text,
-/// by the program or the user, ends the formats when the window is made anew.
+/// A text with formats. Loads plain text by its byte order mark, and rich text. A change of the
+/// text, by the program or the user, ends the formats when the window is made anew.
 class TRichEdit : public TCustomEdit {
  public:
   explicit TRichEdit(TComponent* owner = nullptr);
@@ -223,8 +223,8 @@ class TButton : public TCustomControl {
   int fModalResult = 0;
   bool fDefault = false;
   bool fCancel = false;
-  bool fDown = false;      // drawn pressed
-  bool fSpaceDown = false; // the space bar will click when it comes up
+  bool fDown = false;       // drawn pressed
+  bool fSpaceDown = false;  // the space bar will click when it comes up
 };
 
 }  // namespace oak

@@ -36,7 +36,8 @@ class TStringList : public TStrings {
   TObject* GetObjects(int index) const override { return At(index).Object; }
   void SetObjects(int index, TObject* object) override;
   int Add(TStringView text) override { return AddObject(text, nullptr); }
-  /// In a sorted list at its place in the order.
+  /// In a sorted list at its place in the order. That moves those behind it: many
+  /// texts are added by AddStrings.
   int AddObject(TStringView text, TObject* object) override;
   void Insert(int index, TStringView text) override { InsertObject(index, text, nullptr); }
   void InsertObject(int index, TStringView text, TObject* object) override;

@@ -23,8 +23,8 @@ class TSystemStyle final : public TStyle {
                                 : ColorToRGB(color);
   }
   TColor GetStyleColor(TStyleColor color) const override {
-    static constexpr std::array<TColor, scCount> colors{clWindowFrame, clWindow, clWindow, clWindow,
-                                                        clBtnFace,     clBtnFace, clBtnFace};
+    static constexpr std::array<TColor, scCount> colors{
+        clWindowFrame, clWindow, clWindow, clWindow, clBtnFace, clBtnFace, clBtnFace};
     return GetSystemColor(color < scCount ? colors[color] : clWindow);
   }
 };
@@ -77,24 +77,30 @@ class TBuiltInStyle final : public TStyle {
       case clHighlight:
       case clMenuHighlight:
         return fPalette.Highlight;
-      case clHighlightText: return fPalette.HighlightText;
+      case clHighlightText:
+        return fPalette.HighlightText;
       case clGrayText:
       case clInactiveCaptionText:
         return fPalette.Gray;
-      case clHotLight: return fPalette.Hot;
-      default: return IsSystemColor(color) ? fPalette.Face : ColorToRGB(color);
+      case clHotLight:
+        return fPalette.Hot;
+      default:
+        return IsSystemColor(color) ? fPalette.Face : ColorToRGB(color);
     }
   }
 
   TColor GetStyleColor(TStyleColor color) const override {
     switch (color) {
-      case scBorder: return fPalette.Edge;
+      case scBorder:
+        return fPalette.Edge;
       case scEdit:
       case scListView:
       case scTreeView:
         return fPalette.Window;
-      case scHeader: return fPalette.Header;
-      default: return fPalette.Face;
+      case scHeader:
+        return fPalette.Header;
+      default:
+        return fPalette.Face;
     }
   }
 

@@ -10,7 +10,16 @@
 
 namespace oak {
 
-enum TStyleColor : std::uint8_t { scBorder, scEdit, scListView, scTreeView, scPanel, scWindow, scHeader, scCount };
+enum TStyleColor : std::uint8_t {
+  scBorder,
+  scEdit,
+  scListView,
+  scTreeView,
+  scPanel,
+  scWindow,
+  scHeader,
+  scCount
+};
 
 /// A set of colours with a name. The system's style takes them from the system.
 class TStyle {

@@ -129,11 +129,11 @@ class IListViewPeer : public virtual IControlPeer {
   /// Number, order, widths, captions or sort marks of columns have changed.
   virtual void ColumnsChanged() = 0;
   virtual void ColumnWidthChanged(int column) = 0;
-  virtual void SetViewStyle() = 0;      ///< The control's view style or a style flag has changed.
+  virtual void SetViewStyle() = 0;  ///< The control's view style or a style flag has changed.
   virtual void ImagesChanged(TListImages which) = 0;
   virtual void SetIconSpacing(int width, int height) = 0;  ///< -1, -1: the default.
   virtual void SetDefaultColumnWidth(int width) = 0;
-  virtual void SetBackground() = 0;     ///< The control's background picture has changed.
+  virtual void SetBackground() = 0;  ///< The control's background picture has changed.
   virtual void Arrange() = 0;
 
   virtual TRect GetItemRect(int index, TDisplayCode code) const = 0;
@@ -154,8 +154,8 @@ class IListViewPeer : public virtual IControlPeer {
   virtual void SelectEditText(int start, int end) = 0;
 
   virtual HWND GetHeaderHandle() const = 0;
-  virtual TRect GetHeaderRect() const = 0;             ///< In client pixels; empty if not shown.
-  virtual int HeaderHitTest(TPoint point) const = 0;   ///< Column at a point of the list, or -1.
+  virtual TRect GetHeaderRect() const = 0;            ///< In client pixels; empty if not shown.
+  virtual int HeaderHitTest(TPoint point) const = 0;  ///< Column at a point of the list, or -1.
 };
 
 struct TTreeHitTest {
@@ -255,9 +255,9 @@ struct TMessageDialog {
   TString Title;
   TString Instruction;  ///< Large text; may be empty.
   TString Text;
-  std::uint8_t Kind = 0;         ///< TMsgDlgType.
-  std::uint32_t Buttons = 0;     ///< Bits of TMsgDlgButtons.
-  int DefaultButton = 0;         ///< TModalResult of the button.
+  std::uint8_t Kind = 0;      ///< TMsgDlgType.
+  std::uint32_t Buttons = 0;  ///< Bits of TMsgDlgButtons.
+  int DefaultButton = 0;      ///< TModalResult of the button.
   HWND Owner = nullptr;
 };
 
@@ -267,13 +267,15 @@ class TWidgetSet {
 
   /// Makes the window; the control's properties have been set, its parent has a window. Raises
   /// EOSError if the system makes none.
-  virtual std::unique_ptr<IControlPeer> CreateControl(TWinControl& control) = 0;  ///< Painted by the control.
+  virtual std::unique_ptr<IControlPeer> CreateControl(
+      TWinControl& control) = 0;  ///< Painted by the control.
   virtual std::unique_ptr<IFormPeer> CreateForm(TCustomForm& form) = 0;
   virtual std::unique_ptr<IListViewPeer> CreateListView(TCustomListView& view) = 0;
   virtual std::unique_ptr<ITreeViewPeer> CreateTreeView(TCustomTreeView& view) = 0;
   virtual std::unique_ptr<IEditPeer> CreateEdit(TCustomEdit& edit) = 0;
   virtual std::unique_ptr<IComboPeer> CreateCombo(TCustomComboBoxEx& combo) = 0;
-  virtual std::unique_ptr<ITimerPeer> CreateTimer(unsigned milliseconds, std::function<void()> tick) = 0;
+  virtual std::unique_ptr<ITimerPeer> CreateTimer(unsigned milliseconds,
+                                                  std::function<void()> tick) = 0;
 
   /// Runs one waiting message; false if none waits.
   virtual bool ProcessMessage() = 0;
@@ -294,7 +296,7 @@ class TWidgetSet {
   virtual bool IsThemed() const { return false; }  ///< Whether the system draws themed controls.
   virtual TFont GetSystemFont(int pixelsPerInch) const = 0;  ///< Of lists and trees of the shell.
   virtual TSize MeasureText(const TFont& font, int pixelsPerInch, TStringView text) const = 0;
-  virtual TWinControl* ControlOf(HWND window) const = 0;     ///< nil for foreign windows.
+  virtual TWinControl* ControlOf(HWND window) const = 0;  ///< nil for foreign windows.
   virtual HWND GetFocusedWindow() const = 0;
   virtual bool IsWindow(HWND window) const = 0;
 

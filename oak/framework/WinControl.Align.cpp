@@ -16,11 +16,20 @@ constexpr int MaxAlignRounds = 4;
 TRect TakeEdge(TAlign align, int width, int height, TRect& rest) {
   TRect result = rest;
   switch (align) {
-    case alTop: rest.Top = result.Bottom = rest.Top + height; break;
-    case alBottom: rest.Bottom = result.Top = rest.Bottom - height; break;
-    case alLeft: rest.Left = result.Right = rest.Left + width; break;
-    case alRight: rest.Right = result.Left = rest.Right - width; break;
-    default: break;
+    case alTop:
+      rest.Top = result.Bottom = rest.Top + height;
+      break;
+    case alBottom:
+      rest.Bottom = result.Top = rest.Bottom - height;
+      break;
+    case alLeft:
+      rest.Left = result.Right = rest.Left + width;
+      break;
+    case alRight:
+      rest.Right = result.Left = rest.Right - width;
+      break;
+    default:
+      break;
   }
   return result;
 }
@@ -135,14 +144,15 @@ std::vector<TGuardedControl> TWinControl::ChildrenByAlign() const {
   std::vector<TGuardedControl> result;
   for (TControl* control : fControls)
     if (control->GetVisible()) result.emplace_back(*control);
-  auto stage = [](TAlign align) { return align == alNone ? alClient + 1 : static_cast<int>(align); };
-  std::stable_sort(result.begin(), result.end(),
-                   [&](const TGuardedControl& a, const TGuardedControl& b) {
-                     const int first = stage(a.Control->GetAlign());
-                     const int second = stage(b.Control->GetAlign());
-                     return first != second ? first < second
-                                            : a.Control->fAlignRank < b.Control->fAlignRank;
-                   });
+  auto stage = [](TAlign align) {
+    return align == alNone ? alClient + 1 : static_cast<int>(align);
+  };
+  std::stable_sort(
+      result.begin(), result.end(), [&](const TGuardedControl& a, const TGuardedControl& b) {
+        const int first = stage(a.Control->GetAlign());
+        const int second = stage(b.Control->GetAlign());
+        return first != second ? first < second : a.Control->fAlignRank < b.Control->fAlignRank;
+      });
   return result;
 }
 

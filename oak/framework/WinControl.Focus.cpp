@@ -143,8 +143,8 @@ void TCustomForm::ControlFocused(TWinControl& control) {
     MoveFocus(&control);
 }
 
-// Fires OnExit from the former control upwards and OnEnter down to the next, for all containers that
-// hold but one of them. A handler that moves the keyboard again ends the round.
+// Fires OnExit from the former control upwards and OnEnter down to the next, for all containers
+// that hold but one of them. A handler that moves the keyboard again ends the round.
 void TCustomForm::MoveFocus(TWinControl* next) {
   if (next == fFocused) return;
   TWinControl* former = fFocused;

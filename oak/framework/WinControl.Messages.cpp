@@ -15,11 +15,15 @@ void TWinControl::HandleMouse(TMouseEvent& event) {
   if (IsDestroying()) return;
   RunFenced(*this, [&] {
     switch (event.Action) {
-      case TMouseAction::Down: return MousePressed(event);
-      case TMouseAction::Up: return MouseReleased(event);
-      case TMouseAction::Move: return MouseMoved(event);
+      case TMouseAction::Down:
+        return MousePressed(event);
+      case TMouseAction::Up:
+        return MouseReleased(event);
+      case TMouseAction::Move:
+        return MouseMoved(event);
       case TMouseAction::Wheel:
-      case TMouseAction::WheelSide: return MouseWheel(event);
+      case TMouseAction::WheelSide:
+        return MouseWheel(event);
       case TMouseAction::ExtraDown:
         if (WMXButtonDown(event.WheelDelta == 1 ? -1 : 1)) event.Handled = true;
         return;

@@ -79,7 +79,10 @@ void TWinControl::HandleNeeded() {
   const TStateScope creating(*this, [](TWinControl& control, bool value) {
     value ? control.IncludeState(csCreating) : control.ExcludeState(csCreating);
   });
+  const TLifeGuard guard = GetLifeGuard();
   CreateWnd();
+  // The window's frame may leave the children less room than was thought.
+  if (guard.IsAlive() && fPeer && GetClientSize() != fAlignedSize) Realign();
 }
 
 std::unique_ptr<IControlPeer> TWinControl::CreatePeer() { return WidgetSet().CreateControl(*this); }
@@ -114,8 +117,9 @@ void TWinControl::DestroyWnd() {
   WMDestroy();
   if (!guard.IsAlive()) return;
   fShown = false;
-  fMouseInside = false;
+  const bool wasUnderMouse = std::exchange(fMouseInside, false);
   fPeer.reset();
+  if (wasUnderMouse) Application().HintLeaves();
 }
 
 void TWinControl::DestroyHandle() {
@@ -140,9 +144,8 @@ void TWinControl::RecreateWnd() {
   if (!focused || !ContainsControl(focused) || !focused->Focused()) focused = nullptr;
   const TLifeGuard focusGuard = focused ? focused->GetLifeGuard() : TLifeGuard();
   {
-    const TStateScope recreating(*this, [](TWinControl& control, bool value) {
-      control.MarkRecreating(value);
-    });
+    const TStateScope recreating(
+        *this, [](TWinControl& control, bool value) { control.MarkRecreating(value); });
     DestroyHandle();
     if (!guard.IsAlive()) return;
     MayShow() ? UpdateShowing() : HandleNeeded();

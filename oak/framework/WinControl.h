@@ -134,8 +134,8 @@ class TWinControl : public TControl {
   /// Destroys the window, those of the children first; nothing without one.
   void DestroyHandle();
   /// Starts the end of the control: csDestroying, the window goes, the parent lets go. A class that
-  /// overrides CreatePeer, DestroyWnd or WMDestroy calls it first in its destructor, since later the
-  /// overrides are out of reach. More calls do nothing.
+  /// overrides CreatePeer, DestroyWnd or WMDestroy calls it first in its destructor, since later
+  /// the overrides are out of reach. More calls do nothing.
   void BeginDestroy() noexcept;
   /// Messages of PostMessage and Perform pass here, and those of the system that a widget set hands
   /// on (menus of the shell). The root ignores them.
@@ -157,8 +157,8 @@ class TWinControl : public TControl {
   virtual void WMKillFocus() {}
   /// The mouse was taken away in the middle of a press: end what it had begun.
   virtual void CaptureLost() {}
-  /// Whether a press of the left button keeps the mouse until its release. For controls whose window
-  /// does not see to it: TCustomControl.
+  /// Whether a press of the left button keeps the mouse until its release. For controls whose
+  /// window does not see to it: TCustomControl.
   virtual bool CapturesMouse() const { return false; }
   /// Default: DoContextPopup, then the popup menu, then the parent's.
   virtual void WMContextMenu(TPoint screen);
@@ -219,8 +219,8 @@ class TWinControl : public TControl {
   std::vector<TControl*> fControls;  // in z-order, topmost last
   HWND fParentWindow = nullptr;
   Ref<IDropTarget> fDropTarget;
-  std::shared_ptr<void> fStyleWatch;  // of a control in a foreign window
-  TSize fAlignedSize;                 // client size at the last layout
+  std::shared_ptr<void> fStyleWatch;   // of a control in a foreign window
+  TSize fAlignedSize;                  // client size at the last layout
   const TControl* fAligned = nullptr;  // the child that is being laid out
   int fAlignLevel = 0;
   int fNextAlignRank = 0;

@@ -8,7 +8,7 @@ namespace oak {
 namespace {
 
 struct TModifierKey {
-  TShiftStateFlag Flag;
+  TShiftFlag Flag;
   BYTE Key;
 };
 constexpr TModifierKey ModifierKeys[] = {

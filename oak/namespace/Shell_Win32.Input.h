@@ -5,12 +5,9 @@
 
 #include "oak/base/Set.h"
 #include "oak/base/abi.h"
+#include "oak/framework/ControlTypes.h"
 
 namespace oak {
-
-/// Modifier keys that are held.
-enum TShiftStateFlag : std::uint8_t { ssShift, ssAlt, ssCtrl };
-using TShiftState = TSet<TShiftStateFlag>;
 
 /// Presses and releases a key for whatever has the focus, modifiers around it.
 /// The key is a virtual key code.

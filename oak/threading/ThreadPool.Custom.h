@@ -88,8 +88,8 @@ class TCustomThreadPool : public TObject, public IPausable {
  protected:
   using TThreads = std::vector<TOakThread*>;
 
-  /// What the destructor does. The destructor of a class with virtual operations of its
-  /// own calls it first.
+  /// What the destructor does. The destructor of each derived class calls it first: until
+  /// the threads are gone they call virtual operations.
   void Shutdown() noexcept;
   /// The list has changed; under the lock. The first: a thread was added.
   virtual void NotifyAdded(TOakThread& pThread);

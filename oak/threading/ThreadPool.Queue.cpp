@@ -13,13 +13,13 @@ bool Supports(IUnknown& pObject, const GUID& pInterfaceID) {
 Ref<IWorkItem> TWorkItemSlot::Get() const noexcept {
   if (IsEmpty()) return nullptr;
   const std::lock_guard guard(fLock);
-  return fWorkItem;
+  // Again: what was seen may have gone, and the next item is put in without the lock.
+  return IsEmpty() ? nullptr : fWorkItem;
 }
 
-void TWorkItemSlot::Put(Ref<IWorkItem> pWorkItem) noexcept {
-  const std::lock_guard guard(fLock);
-  fWorkItem.Swap(pWorkItem);
-  fIsEmpty.store(!fWorkItem, std::memory_order_release);
+void TWorkItemSlot::Put(Ref<IWorkItem>&& pWorkItem) noexcept {
+  fWorkItem = std::move(pWorkItem);
+  fIsEmpty.store(false, std::memory_order_release);
 }
 
 Ref<IWorkItem> TWorkItemSlot::Take() noexcept {
@@ -63,7 +63,7 @@ bool TWorkItemsQueue::Dequeue(Ref<IWorkItem>& pWorkItem) {
   if (fList.empty()) return false;
   pWorkItem.Swap(fList.back());
   fList.pop_back();
-  fCount.fetch_sub(1);
+  fCount.store(static_cast<int>(fList.size()), std::memory_order_release);
   return true;
 }
 
@@ -74,7 +74,7 @@ bool TWorkItemsQueue::Dequeue(TWorkItemSlot& pSlot, const std::atomic<int>& pHel
   if (fList.empty() || pHeld.load() > 0) return false;
   pSlot.Put(std::move(fList.back()));
   fList.pop_back();
-  fCount.fetch_sub(1);
+  fCount.store(static_cast<int>(fList.size()), std::memory_order_release);
   return true;
 }
 

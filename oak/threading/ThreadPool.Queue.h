@@ -20,14 +20,14 @@ class TWorkItemSlot {
   bool IsEmpty() const noexcept { return fIsEmpty.load(std::memory_order_acquire); }
   /// For the worker, while nobody can take the item out.
   IWorkItem* Held() const noexcept { return fWorkItem.Get(); }
-  /// Into an empty slot.
-  void Put(Ref<IWorkItem> pWorkItem) noexcept;
+  /// Into an empty slot; for the worker.
+  void Put(Ref<IWorkItem>&& pWorkItem) noexcept;
   /// Takes the item out, for the caller to release: never under a lock.
   [[nodiscard]] Ref<IWorkItem> Take() noexcept;
 
  private:
-  mutable TQuickLock fLock;
-  std::atomic<bool> fIsEmpty{true};
+  mutable TQuickLock fLock;          ///< For taking out, and for copies.
+  std::atomic<bool> fIsEmpty{true};  ///< Set and cleared behind fWorkItem.
   Ref<IWorkItem> fWorkItem;
 };
 

@@ -9,8 +9,8 @@
 namespace oak {
 namespace {
 
-constexpr DWORD PauseSliceMs = 100;
-constexpr DWORD DelaySliceMs = 5;
+constexpr DWORD ThreadPauseMs = 100;
+constexpr DWORD ThreadDelaySliceMs = 5;
 
 }  // namespace
 
@@ -42,7 +42,7 @@ void TOakThread::SetBackgroundMode(bool pBackgroundMode) {
 }
 
 bool TOakThread::GetTerminated() {
-  while (GetPaused() && !TThread::GetTerminated()) Api().Sleep(PauseSliceMs);
+  while (GetPaused() && !TThread::GetTerminated()) Api().Sleep(ThreadPauseMs);
   return TThread::GetTerminated() ||
          (fCancellationIndicator && fCancellationIndicator->IsCancellationRequested());
 }
@@ -50,7 +50,7 @@ bool TOakThread::GetTerminated() {
 void TOakThread::Delay(DWORD pMilliseconds) {
   const std::uint64_t start = Api().GetTickCount64();
   while (!GetTerminated() && Api().GetTickCount64() - start < pMilliseconds)
-    Api().Sleep(DelaySliceMs);
+    Api().Sleep(ThreadDelaySliceMs);
 }
 
 void TOakThread::Start() {

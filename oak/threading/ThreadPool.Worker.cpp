@@ -84,12 +84,12 @@ void TWorkerThreadPool::AddWorkItems(const IWorkItems& pWorkItems, TPriority pPr
 // On the path of each add: without a lock unless there is a thread to be made.
 void TWorkerThreadPool::CheckAddNewWorkerThread() {
   const std::uint64_t now = Api().GetTickCount64();
+  const std::uint64_t last = fLastCheckAddNewWorkerThread.load(std::memory_order_relaxed);
   const int count = GetCount();
-  if (fLastCheckAddNewWorkerThread.load(std::memory_order_relaxed) + GrowthIntervalMs > now &&
-      count > fMinWorkerThreads)
-    return;
+  if (last + GrowthIntervalMs > now && count > fMinWorkerThreads) return;
   if (!MayGrow()) {
-    fLastCheckAddNewWorkerThread.store(now, std::memory_order_relaxed);
+    // Written only if it changes: all that add and work read the same memory.
+    if (last != now) fLastCheckAddNewWorkerThread.store(now, std::memory_order_relaxed);
     return;
   }
   const TLock lock(fLock);

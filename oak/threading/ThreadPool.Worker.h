@@ -121,20 +121,23 @@ class TWorkerThreadPool : public TCustomThreadPool, public IWorkerThreadPool {
   void CheckNotDestroying() const;
   std::vector<Ref<IWorkItem>> RunningItems() const;
 
+  // What each add and each worker writes has a cache line of its own; what they only read
+  // lies in the lines before.
+  static constexpr std::size_t CacheLine = 64;
   std::atomic<int> fMinWorkerThreads{1};
   std::atomic<bool> fUseLIFO{false};
   std::atomic<int> fIsTerminatingAllWorkitems{0};  ///< Calls of TerminateWorkItems.
   std::atomic<int> fAllWorkItemsDoneEventCount{0};
-  TWorkItemsQueue fWorkerItemsQueue;
   std::atomic<DWORD> fMaxIdleTime{60000};
-  std::atomic<int> fWorkItemsCount{0};
   std::atomic<std::uint64_t> fLastCheckAddNewWorkerThread{0};
   const bool fInitializeCOM;
   std::atomic<int> fMaxCpuUsage{80};
-  TEvent fNewWorkItemEvent;
+  alignas(CacheLine) TWorkItemsQueue fWorkerItemsQueue;
+  alignas(CacheLine) std::atomic<int> fWorkItemsCount{0};
   /// 1 while a worker has been woken or looks for work: it will see what is added, so
   /// nobody else needs to be woken. It wakes the next one if it leaves work behind.
-  std::atomic<int> fScouts{0};
+  alignas(CacheLine) std::atomic<int> fScouts{0};
+  TEvent fNewWorkItemEvent;
 };
 
 /// A pool that lives as long as somebody holds a reference.
@@ -143,6 +146,7 @@ class TWorkerThreadPoolRefCounted : public TWorkerThreadPool {
   /// With apartments; starts with one count, which MakeRef adopts.
   TWorkerThreadPoolRefCounted() : TWorkerThreadPool(true) {}
   explicit TWorkerThreadPoolRefCounted(const TWorkerPoolConfig& pWorkerPoolConfig);
+  ~TWorkerThreadPoolRefCounted() override { Shutdown(); }
 
   ULONG STDMETHODCALLTYPE AddRef() override { return fRefCount.fetch_add(1) + 1; }
   ULONG STDMETHODCALLTYPE Release() override;

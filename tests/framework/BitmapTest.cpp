@@ -10,7 +10,7 @@ namespace oak::tests {
 namespace {
 
 /// A picture in which no two pixels are alike; with alpha, premultiplied.
-TBitmap Pattern(int width, int height, TAlphaFormat format = afIgnored) {
+TBitmap PatternOf(int width, int height, TAlphaFormat format = afIgnored) {
   TBitmap bitmap(width, height, format);
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
@@ -23,25 +23,25 @@ TBitmap Pattern(int width, int height, TAlphaFormat format = afIgnored) {
   return bitmap;
 }
 
-TBitmap Copy(const TBitmap& source) {
+TBitmap CopyOfBitmap(const TBitmap& source) {
   TBitmap result;
   result.Assign(&source);
   return result;
 }
 
-TPixel At(const TBitmap& bitmap, int x, int y) { return bitmap.ScanLine(y)[x]; }
+TPixel PixelAt(const TBitmap& bitmap, int x, int y) { return bitmap.ScanLine(y)[x]; }
 
 TEST(Bitmap, NewSizesKeepWhatLiesInBoth) {
   for (const TAlphaFormat format : {afIgnored, afPremultiplied}) {
-    const TBitmap original = Pattern(7, 5, format);
+    const TBitmap original = PatternOf(7, 5, format);
     for (const TSize size : {TSize{9, 8}, {3, 8}, {9, 2}, {3, 2}, {7, 5}, {1, 1}}) {
-      TBitmap bitmap = Copy(original);
+      TBitmap bitmap = CopyOfBitmap(original);
       bitmap.SetSize(size.Width, size.Height);
       for (int y = 0; y < size.Height; ++y)
         for (int x = 0; x < size.Width; ++x)
-          ASSERT_EQ(At(bitmap, x, y), x < 7 && y < 5        ? At(original, x, y)
-                                      : format == afIgnored ? 0xFF000000u
-                                                            : 0u)
+          ASSERT_EQ(PixelAt(bitmap, x, y), x < 7 && y < 5        ? PixelAt(original, x, y)
+                                           : format == afIgnored ? 0xFF000000u
+                                                                 : 0u)
               << size.Width << "x" << size.Height << " at " << x << "," << y;
     }
   }
@@ -53,8 +53,8 @@ TEST(Bitmap, NewSizesKeepWhatLiesInBoth) {
 }
 
 TEST(Bitmap, ImpossibleSizesRaiseAndLoseNothing) {
-  TBitmap bitmap = Pattern(4, 3);
-  const TBitmap before = Copy(bitmap);
+  TBitmap bitmap = PatternOf(4, 3);
+  const TBitmap before = CopyOfBitmap(bitmap);
   const TSize sizes[] = {{-1, 3},
                          {4, -1},
                          {TBitmap::MaxSide + 1, 1},
@@ -70,13 +70,14 @@ TEST(Bitmap, ImpossibleSizesRaiseAndLoseNothing) {
 }
 
 TEST(Bitmap, MovingEmptiesTheSourceAndLeavesItsCanvas) {
-  TBitmap first = Pattern(4, 4);
+  TBitmap first = PatternOf(4, 4);
   TCanvas& canvas = first.GetCanvas();
   TBitmap second = std::move(first);
-  EXPECT_TRUE(second.SameContents(Pattern(4, 4)));
+  EXPECT_TRUE(first.IsEmpty());
+  EXPECT_TRUE(second.SameContents(PatternOf(4, 4)));
   // The canvas of the emptied bitmap draws into it, not into what was moved away.
   canvas.FillRect({0, 0, 4, 4});
-  EXPECT_TRUE(second.SameContents(Pattern(4, 4)));
+  EXPECT_TRUE(second.SameContents(PatternOf(4, 4)));
   first.SetSize(2, 2);
   canvas.FillRect({0, 0, 4, 4});
   EXPECT_EQ(first.GetPixel(1, 1), clWhite);
@@ -110,14 +111,14 @@ TEST(Bitmap, BlendingByAlphaAndOpacity) {
     under.ScanLine(0)[0] = c.Under;
     over.ScanLine(0)[0] = c.Over;
     under.Draw(0, 0, over, c.Opacity);
-    EXPECT_EQ(At(under, 0, 0), c.Result) << std::hex << c.Under << " " << c.Over;
+    EXPECT_EQ(PixelAt(under, 0, 0), c.Result) << std::hex << c.Under << " " << c.Over;
   }
   // A source without alpha is opaque whatever its alpha bytes say.
   TBitmap opaque(1, 1);
   opaque.ScanLine(0)[0] = 0x00445566;
   TBitmap under(1, 1, afPremultiplied);
   under.Draw(0, 0, opaque);
-  EXPECT_EQ(At(under, 0, 0), 0xFF445566u);
+  EXPECT_EQ(PixelAt(under, 0, 0), 0xFF445566u);
 }
 
 TEST(Bitmap, NoBlendOverflowsWhateverTheAlpha) {
@@ -131,7 +132,7 @@ TEST(Bitmap, NoBlendOverflowsWhateverTheAlpha) {
 }
 
 TEST(Bitmap, PicturesAreClippedOnAllSides) {
-  const TBitmap source = Pattern(5, 4);
+  const TBitmap source = PatternOf(5, 4);
   for (int dy = -6; dy <= 6; ++dy) {
     for (int dx = -6; dx <= 6; ++dx) {
       TBitmap drawn(6, 5);
@@ -141,7 +142,7 @@ TEST(Bitmap, PicturesAreClippedOnAllSides) {
       for (int y = 0; y < 5; ++y)
         for (int x = 0; x < 6; ++x) {
           const bool isIn = source.GetRect().Contains({x - dx, y - dy});
-          ASSERT_EQ(At(drawn, x, y), isIn ? At(source, x - dx, y - dy) : 0xFF000000u);
+          ASSERT_EQ(PixelAt(drawn, x, y), isIn ? PixelAt(source, x - dx, y - dy) : 0xFF000000u);
         }
       ASSERT_TRUE(copied.SameContents(drawn)) << dx << "," << dy;
     }
@@ -149,23 +150,32 @@ TEST(Bitmap, PicturesAreClippedOnAllSides) {
 }
 
 TEST(Bitmap, CopyingFromItselfAndFromOutside) {
-  TBitmap bitmap = Pattern(8, 1);
-  const TBitmap before = Copy(bitmap);
+  TBitmap bitmap = PatternOf(8, 1);
+  const TBitmap before = CopyOfBitmap(bitmap);
   bitmap.CopyRect({2, 0, 8, 1}, bitmap, {0, 0, 6, 1});
-  for (int x = 0; x < 8; ++x) EXPECT_EQ(At(bitmap, x, 0), At(before, x < 2 ? x : x - 2, 0));
+  for (int x = 0; x < 8; ++x)
+    EXPECT_EQ(PixelAt(bitmap, x, 0), PixelAt(before, x < 2 ? x : x - 2, 0));
 
   // A source rectangle that reaches out of the source writes only what is there.
   TBitmap target(4, 1);
   target.Fill(clRed);
   target.CopyRect({0, 0, 4, 1}, before, {-2, 0, 2, 1});
   EXPECT_EQ(target.GetPixel(1, 0), clRed);
-  EXPECT_EQ(At(target, 2, 0), At(before, 0, 0));
-  EXPECT_EQ(At(target, 3, 0), At(before, 1, 0));
+  EXPECT_EQ(PixelAt(target, 2, 0), PixelAt(before, 0, 0));
+  EXPECT_EQ(PixelAt(target, 3, 0), PixelAt(before, 1, 0));
+
+  TBitmap column(1, 4);
+  column.Fill(clRed);
+  column.CopyRect({0, 0, 1, 4}, PatternOf(1, 2), {0, -1, 1, 3});
+  EXPECT_EQ(column.GetPixel(0, 0), clRed);
+  EXPECT_EQ(PixelAt(column, 0, 1), PixelAt(PatternOf(1, 2), 0, 0));
+  EXPECT_EQ(PixelAt(column, 0, 2), PixelAt(PatternOf(1, 2), 0, 1));
+  EXPECT_EQ(column.GetPixel(0, 3), clRed);
 
   // Stretching takes whole pixels.
   TBitmap wide(8, 2);
   wide.CopyRect(wide.GetRect(), before, {0, 0, 2, 1});
-  for (int x = 0; x < 8; ++x) EXPECT_EQ(At(wide, x, 1), At(before, x / 4, 0));
+  for (int x = 0; x < 8; ++x) EXPECT_EQ(PixelAt(wide, x, 1), PixelAt(before, x / 4, 0));
 }
 
 TEST(Bitmap, SmoothShrinkingIsTheMeanOfWhatIsCovered) {
@@ -195,12 +205,12 @@ TEST(Bitmap, StretchingInventsNoColours) {
       for (int y = 0; y < 57; ++y) std::fill_n(flat.ScanLine(y), 33, 0xC8A05010u);
       const TBitmap stretched = flat.Resized(size.Width, size.Height, filter);
       const TBitmap mixed =
-          Pattern(33, 57, afPremultiplied).Resized(size.Width, size.Height, filter);
+          PatternOf(33, 57, afPremultiplied).Resized(size.Width, size.Height, filter);
       for (int y = 0; y < size.Height; ++y)
         for (int x = 0; x < size.Width; ++x) {
-          ASSERT_EQ(At(stretched, x, y), 0xC8A05010u) << size.Width << "x" << size.Height;
+          ASSERT_EQ(PixelAt(stretched, x, y), 0xC8A05010u) << size.Width << "x" << size.Height;
           // No colour exceeds its alpha, or blending would overflow.
-          const TPixel pixel = At(mixed, x, y);
+          const TPixel pixel = PixelAt(mixed, x, y);
           for (int shift = 0; shift < 24; shift += 8)
             ASSERT_LE(pixel >> shift & 0xFF, AlphaOf(pixel));
         }
@@ -208,8 +218,16 @@ TEST(Bitmap, StretchingInventsNoColours) {
   }
 }
 
+TEST(Bitmap, ThousandsOfPixelsInOneLoseNothing) {
+  TBitmap white(3001, 7);
+  white.Fill(clWhite);
+  for (const int width : {1, 2, 7, 96})
+    for (int x = 0; x < width; ++x)
+      ASSERT_EQ(white.Resized(width, 3).GetPixel(x, 1), clWhite) << width;
+}
+
 TEST(Bitmap, StretchDrawingShowsThePartThatIsSeen) {
-  const TBitmap source = Pattern(10, 10);
+  const TBitmap source = PatternOf(10, 10);
   for (const TSize& size : {TSize{25, 17}, {6, 4}}) {
     const TBitmap whole = source.Resized(size.Width, size.Height);
     for (const TPoint& at : {TPoint{0, 0}, {-5, -3}, {4, 6}, {-20, 2}}) {
@@ -252,7 +270,7 @@ TEST(Bitmap, AlphaCountsWhereBothHaveIt) {
   EXPECT_FALSE(a.SameContents(b));
   b.SetAlphaFormat(afIgnored);
   EXPECT_TRUE(a.SameContents(b));
-  EXPECT_EQ(AlphaOf(At(b, 0, 0)), 255u);
+  EXPECT_EQ(AlphaOf(PixelAt(b, 0, 0)), 255u);
   EXPECT_FALSE(a.SameContents(TBitmap(1, 2)));
 }
 
@@ -265,7 +283,7 @@ TEST(Bitmap, PixelsOutsideAreNeitherReadNorWritten) {
   bitmap.FillRect({-100, -100, 100, 1}, RgbColor(1, 2, 3));
   EXPECT_EQ(bitmap.GetPixel(1, 0), RgbColor(1, 2, 3));
   EXPECT_EQ(bitmap.GetPixel(1, 1), clBlack);
-  EXPECT_EQ(At(bitmap, 0, 0), 0xFF010203u) << "blue is the lowest byte";
+  EXPECT_EQ(PixelAt(bitmap, 0, 0), 0xFF010203u) << "blue is the lowest byte";
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ namespace oak::tests {
 namespace {
 
 /// The bitmap as rows of characters: '.' for black, '#' for white, '+' for anything else.
-std::vector<std::string> Rows(const TBitmap& bitmap) {
+std::vector<std::string> RowsOf(const TBitmap& bitmap) {
   std::vector<std::string> rows;
   for (int y = 0; y < bitmap.GetHeight(); ++y) {
     rows.emplace_back();
@@ -88,25 +88,25 @@ TEST(Canvas, FiguresOnBitmaps) {
   canvas.GetPen().SetColor(clWhite);
   canvas.GetBrush().SetColor(clGray);
   canvas.Rectangle({1, 1, 7, 5});
-  EXPECT_EQ(Rows(bitmap), (std::vector<std::string>{"........", ".######.", ".#++++#.", ".#++++#.",
-                                                    ".######.", "........"}));
+  EXPECT_EQ(RowsOf(bitmap), (std::vector<std::string>{"........", ".######.", ".#++++#.",
+                                                      ".#++++#.", ".######.", "........"}));
   bitmap.Fill(clBlack);
   canvas.GetPen().SetStyle(psClear);
   canvas.Rectangle({1, 1, 7, 3});
-  EXPECT_EQ(Rows(bitmap)[1], ".++++++.") << "without a pen the brush fills all";
+  EXPECT_EQ(RowsOf(bitmap)[1], ".++++++.") << "without a pen the brush fills all";
   bitmap.Fill(clBlack);
   canvas.GetPen().SetStyle(psDot);
   canvas.GetBrush().SetStyle(bsClear);
   canvas.Rectangle({0, 0, 8, 6});
-  EXPECT_EQ(Rows(bitmap)[0], "#.#.#.##");
-  EXPECT_EQ(Rows(bitmap)[2], ".......#");
-  EXPECT_EQ(Rows(bitmap)[3], "#.......") << "the sides are drawn around, each from a dot";
+  EXPECT_EQ(RowsOf(bitmap)[0], "#.#.#.##");
+  EXPECT_EQ(RowsOf(bitmap)[2], ".......#");
+  EXPECT_EQ(RowsOf(bitmap)[3], "#.......") << "the sides are drawn around, each from a dot";
   bitmap.Fill(clBlack);
   canvas.GetBrush().SetColor(clWhite);
   canvas.FrameRect({2, 2, 3, 3});
   canvas.FrameRect({5, 5, 5, 9});
-  EXPECT_EQ(Rows(bitmap)[2], "..#.....");
-  EXPECT_EQ(Rows(bitmap)[5], "........");
+  EXPECT_EQ(RowsOf(bitmap)[2], "..#.....");
+  EXPECT_EQ(RowsOf(bitmap)[5], "........");
 }
 
 TEST(Canvas, LinesAreClippedNotWalked) {
@@ -118,19 +118,20 @@ TEST(Canvas, LinesAreClippedNotWalked) {
   for (int i = 0; i < 5; ++i) EXPECT_EQ(bitmap.GetPixel(i, i), clWhite);
   canvas.MoveTo(INT32_MIN, 3);
   canvas.LineTo(INT32_MAX, 3);
-  EXPECT_EQ(Rows(bitmap)[3], "#####");
+  EXPECT_EQ(RowsOf(bitmap)[3], "#####");
   bitmap.Fill(clBlack);
   canvas.MoveTo(1, 1);
   canvas.LineTo(1, 1);
   canvas.MoveTo(0, 2);
   canvas.LineTo(3, 2);
-  EXPECT_EQ(Rows(bitmap), (std::vector<std::string>{".....", ".....", "###..", ".....", "....."}))
+  EXPECT_EQ(RowsOf(bitmap), (std::vector<std::string>{".....", ".....", "###..", ".....", "....."}))
       << "the last point is not drawn";
   bitmap.Fill(clBlack);
   canvas.GetPen().SetWidth(3);
   canvas.MoveTo(2, 2);
   canvas.LineTo(3, 2);
-  EXPECT_EQ(Rows(bitmap), (std::vector<std::string>{".....", ".###.", ".###.", ".###.", "....."}));
+  EXPECT_EQ(RowsOf(bitmap),
+            (std::vector<std::string>{".....", ".###.", ".###.", ".###.", "....."}));
 }
 
 TEST(Canvas, PolygonsAreFilledEvenOdd) {
@@ -169,13 +170,13 @@ TEST(Canvas, ClipsNestAndEndInOrder) {
       const TClipScope inner(canvas, {0, 0, 3, 9});
       EXPECT_EQ(canvas.GetClipRect(), (TRect{1, 0, 3, 1}));
       canvas.FillRect({0, 0, 6, 1});
-      EXPECT_EQ(Rows(bitmap)[0], ".##...");
+      EXPECT_EQ(RowsOf(bitmap)[0], ".##...");
       bitmap.SetSize(2, 1);
       EXPECT_EQ(canvas.GetClipRect(), (TRect{1, 0, 2, 1})) << "a shrunk bitmap is not overrun";
       bitmap.SetSize(6, 1);
     }
     canvas.FillRect({0, 0, 6, 1});
-    EXPECT_EQ(Rows(bitmap)[0], ".####.");
+    EXPECT_EQ(RowsOf(bitmap)[0], ".####.");
   }
   canvas.PopClip();
   EXPECT_EQ(canvas.GetClipRect(), bitmap.GetRect());

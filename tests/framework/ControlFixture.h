@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "oak/framework/Canvas.h"
+#include "oak/framework/Events.h"
 #include "oak/framework/Forms.h"
 #include "testkit/HeadlessForms.h"
 
@@ -36,14 +37,14 @@ class TPlainForm : public TForm {
 };
 
 /// A control that writes down what it is told. Protected operations are public here.
-class TProbe : public TCustomControl {
+class TWatchedControl : public TCustomControl {
  public:
-  explicit TProbe(TWinControl* parent, TLog* log = nullptr, std::string name = {})
+  explicit TWatchedControl(TWinControl* parent, TLog* log = nullptr, std::string name = {})
       : fLog(log), fName(std::move(name)) {
     TCustomControl::SetBounds(0, 0, 50, 20);
     if (parent) SetParent(parent);
   }
-  ~TProbe() override { BeginDestroy(); }
+  ~TWatchedControl() override { BeginDestroy(); }
 
   using TCustomControl::DestroyHandle;
 
@@ -55,7 +56,7 @@ class TProbe : public TCustomControl {
   void CreateWnd() override {
     TCustomControl::CreateWnd();
     Note(IsRecreating() ? "create again" : "create");
-    if (OnCreateWnd) OnCreateWnd();
+    FireEvent(OnCreateWnd);
   }
   void DestroyWnd() override {
     Note(IsRecreating() ? "destroy to recreate" : "destroy");
@@ -79,7 +80,7 @@ class TProbe : public TCustomControl {
   }
   void WndProc(TMessage& message) override {
     Note("message " + std::to_string(message.Msg - FirstPrivateMessage));
-    if (OnWndProc) OnWndProc(message);
+    FireEvent(OnWndProc, message);
   }
   void CaptureLost() override { Note("capture lost"); }
   void Paint(TCanvas& canvas, const TRect& clip) override {

@@ -13,8 +13,8 @@ using ::testing::IsEmpty;
 // --- layout ------------------------------------------------------------------------
 class ControlLayout : public TScreenTest {
  protected:
-  TProbe* Add(TWinControl& parent, TAlign align, int width, int height) {
-    auto* control = new TProbe(&parent);
+  TWatchedControl* Add(TWinControl& parent, TAlign align, int width, int height) {
+    auto* control = new TWatchedControl(&parent);
     control->SetBounds(control->GetLeft(), control->GetTop(), width, height);
     control->SetAlign(align);
     return control;
@@ -24,14 +24,14 @@ class ControlLayout : public TScreenTest {
 TEST_F(ControlLayout, EdgesTakeTheirPartInOrderOfKindAndCreation) {
   TPanel panel;
   panel.SetBounds(0, 0, 300, 200);
-  TProbe* client = Add(panel, alClient, 1, 1);
-  TProbe* left1 = Add(panel, alLeft, 40, 1);
-  TProbe* left2 = Add(panel, alLeft, 30, 1);
-  TProbe* right1 = Add(panel, alRight, 20, 1);
-  TProbe* right2 = Add(panel, alRight, 10, 1);
-  TProbe* bottom = Add(panel, alBottom, 1, 15);
-  TProbe* top1 = Add(panel, alTop, 1, 10);
-  TProbe* top2 = Add(panel, alTop, 1, 25);
+  TWatchedControl* client = Add(panel, alClient, 1, 1);
+  TWatchedControl* left1 = Add(panel, alLeft, 40, 1);
+  TWatchedControl* left2 = Add(panel, alLeft, 30, 1);
+  TWatchedControl* right1 = Add(panel, alRight, 20, 1);
+  TWatchedControl* right2 = Add(panel, alRight, 10, 1);
+  TWatchedControl* bottom = Add(panel, alBottom, 1, 15);
+  TWatchedControl* top1 = Add(panel, alTop, 1, 10);
+  TWatchedControl* top2 = Add(panel, alTop, 1, 25);
   EXPECT_EQ(BoundsOf(*top1), TRect(0, 0, 300, 10));
   EXPECT_EQ(BoundsOf(*top2), TRect(0, 10, 300, 35));
   EXPECT_EQ(BoundsOf(*bottom), TRect(0, 185, 300, 200));
@@ -53,9 +53,9 @@ TEST_F(ControlLayout, EdgesTakeTheirPartInOrderOfKindAndCreation) {
 TEST_F(ControlLayout, AControlPutBesideAnotherOneTakesThatRank) {
   TPanel panel;
   panel.SetBounds(0, 0, 300, 100);
-  TProbe* edit = Add(panel, alRight, 80, 1);
-  TProbe* button = Add(panel, alRight, 20, 1);
-  TProbe* bar = Add(panel, alRight, 10, 1);
+  TWatchedControl* edit = Add(panel, alRight, 80, 1);
+  TWatchedControl* button = Add(panel, alRight, 20, 1);
+  TWatchedControl* bar = Add(panel, alRight, 10, 1);
   ASSERT_EQ(BoundsOf(*bar), TRect(190, 0, 200, 100));
   bar->SetLeft(button->GetBoundsRect().Right);  // right of the button, left of the edit
   EXPECT_EQ(BoundsOf(*edit), TRect(220, 0, 300, 100));
@@ -71,7 +71,7 @@ TEST_F(ControlLayout, NestedBracketsPutLayoutOff) {
   panel.SetBounds(0, 0, 100, 100);
   panel.DisableAlign();
   panel.DisableAlign();
-  TProbe* client = Add(panel, alClient, 7, 7);
+  TWatchedControl* client = Add(panel, alClient, 7, 7);
   panel.EnableAlign();
   EXPECT_EQ(BoundsOf(*client), TRect(0, 0, 7, 7));
   panel.EnableAlign();
@@ -81,8 +81,8 @@ TEST_F(ControlLayout, NestedBracketsPutLayoutOff) {
 TEST_F(ControlLayout, HandlersOfResizeMayChangeTheLayout) {
   TPanel panel;
   panel.SetBounds(0, 0, 100, 100);
-  TProbe* top = Add(panel, alTop, 1, 20);
-  TProbe* client = Add(panel, alClient, 1, 1);
+  TWatchedControl* top = Add(panel, alTop, 1, 20);
+  TWatchedControl* client = Add(panel, alClient, 1, 1);
   client->OnResize = [&](TObject*) { top->SetHeight(30); };
   panel.SetWidth(200);
   EXPECT_EQ(BoundsOf(*client), TRect(0, 30, 200, 100));
@@ -99,17 +99,17 @@ TEST_F(ControlLayout, HandlersOfResizeMayChangeTheLayout) {
 }
 
 TEST_F(ControlLayout, AControlMayInsistOnItsSize) {
-  class TStubborn : public TProbe {
+  class TStubborn : public TWatchedControl {
    public:
-    using TProbe::TProbe;
+    using TWatchedControl::TWatchedControl;
     void SetBounds(int left, int top, int width, int) override {
-      TProbe::SetBounds(left, top, width, 33);
+      TWatchedControl::SetBounds(left, top, width, 33);
     }
   };
   TPanel panel;
   panel.SetBounds(0, 0, 100, 100);
   auto* top = new TStubborn(&panel);
-  TProbe* client = Add(panel, alClient, 1, 1);
+  TWatchedControl* client = Add(panel, alClient, 1, 1);
   top->SetAlign(alTop);
   EXPECT_EQ(BoundsOf(*top), TRect(0, 0, 100, 33));
   EXPECT_EQ(BoundsOf(*client), TRect(0, 33, 100, 100));
@@ -129,7 +129,7 @@ TEST_F(ControlLayout, AnchorsFollowTheEdges) {
   for (const TCase& c : cases) {
     TPanel panel;
     panel.SetBounds(0, 0, 100, 100);
-    auto* control = new TProbe(&panel);
+    auto* control = new TWatchedControl(&panel);
     control->SetBounds(10, 10, 20, 20);
     control->SetAnchors(c.Anchors);
     for (const int width : {120, 60, 150}) panel.SetBounds(0, 0, width, width - 30);
@@ -140,7 +140,7 @@ TEST_F(ControlLayout, AnchorsFollowTheEdges) {
   // A parent without a size says nothing about distances.
   TPanel panel;
   panel.SetBounds(0, 0, 0, 0);
-  auto* control = new TProbe(&panel);
+  auto* control = new TWatchedControl(&panel);
   control->SetAnchors({akLeft, akRight});
   panel.SetBounds(0, 0, 100, 100);
   EXPECT_EQ(control->GetWidth(), 50);
@@ -151,7 +151,7 @@ TEST(ControlLook, FontAndColourComeFromTheParentUntilSet) {
   TPanel outer;
   auto* inner = new TPanel;
   inner->SetParent(&outer);
-  auto* leaf = new TProbe(inner);
+  auto* leaf = new TWatchedControl(inner);
   outer.GetFont().SetSize(20);
   outer.SetColor(clRed);
   EXPECT_EQ(leaf->GetFont().GetSize(), 20);
@@ -176,22 +176,24 @@ class ControlWindow : public TScreenTest {};
 TEST_F(ControlWindow, IsMadeWhenItIsShown) {
   TLog log;
   TPlainForm form;
-  auto* panel = new TProbe(&form, &log, "panel");
-  auto* child = new TProbe(panel, &log, "child");
+  auto* panel = new TWatchedControl(&form, &log, "panel");
+  auto* child = new TWatchedControl(panel, &log, "child");
   child->Hide();
   EXPECT_FALSE(form.HandleAllocated());
+  panel->SetAlign(alClient);
   form.Show();
   EXPECT_THAT(log, ElementsAre("panel create"));
+  EXPECT_EQ(BoundsOf(*panel), form.GetClientRect()) << "the frame takes its part";
   EXPECT_TRUE(panel->IsShowing());
   child->Show();
   EXPECT_TRUE(child->IsShowing());
   panel->Hide();
   EXPECT_FALSE(child->IsShowing());
   EXPECT_TRUE(child->HandleAllocated()) << "hiding keeps windows";
-  EXPECT_THROW(TProbe(nullptr).GetHandle(), EInvalidOperation);
+  EXPECT_THROW(TWatchedControl(nullptr).GetHandle(), EInvalidOperation);
 
   TPlainForm hidden;
-  auto* wanted = new TProbe(&hidden);
+  auto* wanted = new TWatchedControl(&hidden);
   EXPECT_NE(wanted->GetHandle(), nullptr) << "a window can be had before it is seen";
   EXPECT_FALSE(wanted->IsShowing());
 }
@@ -200,7 +202,7 @@ TEST_F(ControlWindow, LivesInAForeignParent) {
   TPlainForm host;  // stands for the window of a foreign program
   host.Show();
   TLog log;
-  TProbe control(nullptr, &log);
+  TWatchedControl control(nullptr, &log);
   control.SetParentWindow(host.GetHandle());
   EXPECT_TRUE(control.IsShowing());
   screen->Click(control, {3, 3});
@@ -221,8 +223,8 @@ TEST_F(ControlWindow, LivesInAForeignParent) {
 TEST_F(ControlWindow, IsMadeAnewWithAllThatStandsInIt) {
   TLog log;
   TPlainForm form;
-  auto* panel = new TProbe(&form, &log, "panel");
-  auto* child = new TProbe(panel, &log, "child");
+  auto* panel = new TWatchedControl(&form, &log, "panel");
+  auto* child = new TWatchedControl(panel, &log, "child");
   auto* edit = new TEdit;
   edit->SetParent(panel);
   edit->SetText(u"abcdef");
@@ -231,9 +233,9 @@ TEST_F(ControlWindow, IsMadeAnewWithAllThatStandsInIt) {
   edit->SelectText(2, 3);
   log.clear();
   panel->RecreateWnd();
-  EXPECT_THAT(log, ElementsAre("child destroy to recreate", "child wmdestroy",
-                               "panel destroy to recreate", "panel wmdestroy", "panel create again",
-                               "child create again"));
+  EXPECT_THAT(
+      log, ElementsAre("child destroy to recreate", "child wmdestroy", "panel destroy to recreate",
+                       "panel wmdestroy", "panel create again", "child create again"));
   EXPECT_TRUE(child->IsShowing());
   EXPECT_TRUE(edit->Focused());
   EXPECT_EQ(edit->GetSelText(), u"cde");
@@ -252,8 +254,8 @@ TEST_F(ControlWindow, IsMadeAnewWithAllThatStandsInIt) {
 
 TEST_F(ControlWindow, StacksAsTheListOfControlsSays) {
   TPlainForm form;
-  auto* below = new TProbe(&form);
-  auto* above = new TProbe(&form);
+  auto* below = new TWatchedControl(&form);
+  auto* above = new TWatchedControl(&form);
   below->Hide();
   form.Show();
   below->Show();  // its window is younger, and yet below
@@ -266,7 +268,7 @@ TEST_F(ControlWindow, StacksAsTheListOfControlsSays) {
 
 TEST_F(ControlWindow, MovesWithoutEcho) {
   TPlainForm form;
-  auto* control = new TProbe(&form);
+  auto* control = new TWatchedControl(&form);
   int resized = 0;
   control->OnResize = [&](TObject*) { ++resized; };
   form.Show();
@@ -285,7 +287,7 @@ TEST_F(ControlWindow, MovesWithoutEcho) {
 
 TEST_F(ControlWindow, ChangesParentWithItsWindow) {
   TPlainForm one, two;
-  auto* control = new TProbe(&one);
+  auto* control = new TWatchedControl(&one);
   one.Show();
   two.Show();
   one.GetFont().SetSize(17);
@@ -301,7 +303,7 @@ TEST_F(ControlWindow, ChangesParentWithItsWindow) {
 TEST_F(ControlWindow, GetsItsMessagesAfterThePresentHandler) {
   TLog log;
   TPlainForm form;
-  auto* control = new TProbe(&form, &log);
+  auto* control = new TWatchedControl(&form, &log);
   EXPECT_FALSE(control->PostMessage(FirstPrivateMessage)) << "nobody is there yet";
   form.Show();
   log.clear();
@@ -319,7 +321,7 @@ TEST_F(ControlWindow, GetsItsMessagesAfterThePresentHandler) {
   log.clear();
   control->PostMessage(FirstPrivateMessage + 3);
   delete control;
-  TProbe other(&form, &log, "other");
+  TWatchedControl other(&form, &log, "other");
   screen.Drain();
   EXPECT_EQ(std::count_if(log.begin(), log.end(),
                           [](const std::string& s) { return s.find("message") != s.npos; }),
@@ -330,7 +332,7 @@ TEST_F(ControlWindow, GetsItsMessagesAfterThePresentHandler) {
 TEST_F(ControlWindow, TheApplicationSeesMessagesFirst) {
   TLog log;
   TPlainForm form;
-  auto* control = new TProbe(&form, &log);
+  auto* control = new TWatchedControl(&form, &log);
   form.Show();
   log.clear();
   Application().OnMessage = [&](TWinControl* receiver, TMessage& message, bool& handled) {

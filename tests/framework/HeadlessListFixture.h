@@ -103,7 +103,7 @@ class TScreenList : public TCustomListView {
   /// Selected rows, the focused one in brackets whether it is selected or not (then with a "-").
   std::string State() {
     std::string text;
-    for (const auto& item : Items()) {
+    for (const TListItem* const item : Items()) {
       const std::string index = std::to_string(item->GetIndex());
       if (item->GetFocused())
         text += (item->GetSelected() ? "[" : "[-") + index + "] ";

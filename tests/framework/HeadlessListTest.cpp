@@ -77,6 +77,9 @@ TEST_F(HeadlessListLayout, ColumnsOfVsList) {
   EXPECT_EQ(list->GetTopItem(), list->Row(10));
   EXPECT_EQ(list->GetItemAt(5, 5), list->Row(10));
   EXPECT_EQ(list->GetItemAt(85, 5), nullptr) << "right of the text";
+  screen->MouseMove(list->ClientToScreen({50, 100}));
+  screen->Wheel(1);
+  EXPECT_EQ(list->GetTopItem(), list->Row(0)) << "the wheel goes aside";
 }
 
 TEST_F(HeadlessListLayout, IconsStandInAGridWithTwoLinesOfText) {

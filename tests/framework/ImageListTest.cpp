@@ -14,13 +14,13 @@ namespace {
 constexpr TColor Colours[] = {clRed, clLime, clBlue, clYellow, clAqua, clWhite};
 
 /// A strip of images of one colour each.
-TBitmap Strip(int count, int side = 4) {
+TBitmap ColourStrip(int count, int side = 4) {
   TBitmap strip(count * side, side);
   for (int i = 0; i < count; ++i) strip.FillRect({i * side, 0, (i + 1) * side, side}, Colours[i]);
   return strip;
 }
 
-TBitmap Solid(TColor color, int side = 4) {
+TBitmap SolidImage(TColor color, int side = 4) {
   TBitmap bitmap(side, side);
   bitmap.Fill(color);
   return bitmap;
@@ -103,8 +103,8 @@ class TCountingSource : public IImageSource {
 TEST(ImageList, StripsMasksAndColours) {
   TImageList list(nullptr, 4, 4);
   EXPECT_EQ(list.Add(TBitmap()), -1);
-  EXPECT_EQ(list.Add(Strip(3)), 0);
-  EXPECT_EQ(list.Add(Solid(clAqua, 2)), 3);
+  EXPECT_EQ(list.Add(ColourStrip(3)), 0);
+  EXPECT_EQ(list.Add(SolidImage(clAqua, 2)), 3);
   EXPECT_EQ(ColoursOf(list), (std::vector<TColor>{clRed, clLime, clBlue, clAqua}));
   TBitmap image;
   ASSERT_TRUE(list.GetBitmap(3, image));
@@ -114,29 +114,29 @@ TEST(ImageList, StripsMasksAndColours) {
   // White in the mask is transparent; the second of two masked images has its own part of it.
   TBitmap mask(8, 4);
   mask.FillRect({5, 0, 8, 4}, clWhite);
-  EXPECT_EQ(list.Add(Strip(2), &mask), 4);
+  EXPECT_EQ(list.Add(ColourStrip(2), &mask), 4);
   list.GetBitmap(4, image);
   EXPECT_EQ(image.ScanLine(0)[3], 0xFFFF0000u);
   list.GetBitmap(5, image);
   EXPECT_EQ(image.ScanLine(0)[0], 0xFF00FF00u);
   EXPECT_EQ(image.ScanLine(0)[1], 0u);
 
-  TBitmap masked = Solid(clRed);
+  TBitmap masked = SolidImage(clRed);
   masked.SetPixel(0, 3, clFuchsia);
   list.ReplaceMasked(0, masked, clDefault);
   list.GetBitmap(0, image);
   EXPECT_EQ(image.ScanLine(3)[0], 0u);
   EXPECT_EQ(image.ScanLine(0)[0], 0xFFFF0000u);
   list.SetMasked(false);
-  list.Replace(5, Solid(clLime), &mask);
+  list.Replace(5, SolidImage(clLime), &mask);
   list.GetBitmap(5, image);
   EXPECT_EQ(image.ScanLine(0)[1], 0xFF00FF00u) << "masks are not heeded";
 }
 
 TEST(ImageList, WrongIndexesRaiseAndChangeNothing) {
   TImageList list(nullptr, 4, 4);
-  list.Add(Strip(2));
-  const TBitmap image = Solid(clBlue);
+  list.Add(ColourStrip(2));
+  const TBitmap image = SolidImage(clBlue);
   for (const int index : {-1, 2, INT32_MAX}) {
     EXPECT_THROW(list.Replace(index, image), EArgumentException);
     EXPECT_THROW(list.Delete(index), EArgumentException);
@@ -149,18 +149,18 @@ TEST(ImageList, WrongIndexesRaiseAndChangeNothing) {
   EXPECT_THROW(list.SetSize(0, 4), EInvalidArgument);
   EXPECT_THROW(list.SetSize(4, 1025), EInvalidArgument);
   EXPECT_EQ(ColoursOf(list), (std::vector<TColor>{clRed, clLime}));
-  TBitmap kept = Solid(clAqua);
+  TBitmap kept = SolidImage(clAqua);
   EXPECT_FALSE(list.GetBitmap(2, kept));
   EXPECT_FALSE(list.GetRendered(-1, 0, TImageState::Normal, kept));
-  EXPECT_TRUE(kept.SameContents(Solid(clAqua)));
+  EXPECT_TRUE(kept.SameContents(SolidImage(clAqua)));
 }
 
 TEST(ImageList, OverlaysFollowTheirImages) {
   TImageList list(nullptr, 4, 4);
-  list.Add(Strip(4));
+  list.Add(ColourStrip(4));
   list.Overlay(2, 1);
   list.Overlay(3, 15);
-  list.Insert(0, Solid(clWhite));
+  list.Insert(0, SolidImage(clWhite));
   EXPECT_EQ(list.GetOverlayImage(1), 3);
   list.Delete(1);
   EXPECT_EQ(list.GetOverlayImage(1), 2);
@@ -179,7 +179,7 @@ TEST(ImageList, RenderingOverlaysAndStates) {
   TImageList list(nullptr, 2, 1);
   TBitmap corner(2, 1, afPremultiplied);
   corner.SetPixel(0, 0, clBlue);
-  list.Add(Solid(clRed, 2));
+  list.Add(SolidImage(clRed, 2));
   list.Add(corner);
   list.Overlay(1, 3);
   const TPixel red = PixelOf(clRed);
@@ -226,11 +226,11 @@ TEST(ImageList, LinksHearOfChangesOnce) {
   };
   list.RegisterChanges(&link);
   list.RegisterChanges(&link);
-  list.Add(Strip(3));
+  list.Add(ColourStrip(3));
   EXPECT_EQ(told, 1);
   list.BeginUpdate();
   list.BeginUpdate();
-  list.Add(Strip(3));
+  list.Add(ColourStrip(3));
   list.Delete(0);
   list.EndUpdate();
   EXPECT_EQ(told, 1);
@@ -259,7 +259,7 @@ TEST(ImageList, EitherSideOfALinkMayEndFirstAndInAnEvent) {
     TChangeLink link;
     list->RegisterChanges(&link);
   }
-  list->Add(Strip(1));
+  list->Add(ColourStrip(1));
 
   // A handler that ends its own link and another one.
   int told = 0;
@@ -273,7 +273,7 @@ TEST(ImageList, EitherSideOfALinkMayEndFirstAndInAnEvent) {
   second->OnChange = [&](TObject*) { told += 10; };
   list->RegisterChanges(first.get());
   list->RegisterChanges(second.get());
-  list->Add(Strip(1));
+  list->Add(ColourStrip(1));
   EXPECT_EQ(told, 1);
 
   // A handler that ends the list: nobody is told after that.
@@ -282,7 +282,7 @@ TEST(ImageList, EitherSideOfALinkMayEndFirstAndInAnEvent) {
   last.OnChange = [&](TObject*) { told += 100; };
   list->RegisterChanges(&last);
   list->OnChange = [&](TObject*) { told += 1000; };
-  list->Add(Strip(1));
+  list->Add(ColourStrip(1));
   EXPECT_EQ(list, nullptr);
   EXPECT_EQ(survivor.GetImages(), nullptr);
   EXPECT_EQ(last.GetImages(), nullptr);
@@ -309,7 +309,7 @@ TEST(ImageList, WhoeverShowsAListLetsGoWhileItIsWhole) {
   };
   TFakeGraphics graphics;
   auto list = std::make_unique<TImageList>(nullptr, 4, 4);
-  list->Add(Strip(2));
+  list->Add(ColourStrip(2));
   list->GetHandle();
   TUser user(*list);
   list.reset();
@@ -320,18 +320,18 @@ TEST(ImageList, WhoeverShowsAListLetsGoWhileItIsWhole) {
 TEST(ImageList, TheSystemsListIsKeptInStep) {
   TFakeGraphics graphics;
   TImageList list(nullptr, 4, 4);
-  list.Add(Strip(2));
+  list.Add(ColourStrip(2));
   EXPECT_FALSE(list.HandleAllocated());
   EXPECT_EQ(graphics.Alive, 0) << "made when it is asked for";
   const TFakeNative& native = TFakeNative::Of(list.GetHandle());
   std::mt19937 random(7);
   for (int step = 0; step < 500; ++step) {
     const int count = list.GetCount();
-    const TBitmap image = Solid(Colours[random() % 6]);
+    const TBitmap image = SolidImage(Colours[random() % 6]);
     const int index = count ? static_cast<int>(random() % static_cast<unsigned>(count)) : 0;
     switch (count ? random() % 6 : 0) {
       case 0:
-        list.Add(Strip(static_cast<int>(random() % 3) + 1));
+        list.Add(ColourStrip(static_cast<int>(random() % 3) + 1));
         break;
       case 1:
         list.Insert(index, image);
@@ -363,7 +363,7 @@ TEST(ImageList, TheSystemsListIsKeptInStep) {
 TEST(ImageList, AFormerHandleLivesUntilItsUsersKnowTheNewOne) {
   TFakeGraphics graphics;
   TImageList list(nullptr, 4, 4);
-  list.Add(Strip(2));
+  list.Add(ColourStrip(2));
   const HIMAGELIST former = list.GetHandle();
   TChangeLink link;
   HIMAGELIST current = former;
@@ -384,12 +384,12 @@ TEST(ImageList, AFormerHandleLivesUntilItsUsersKnowTheNewOne) {
 TEST(ImageList, SourcesAreAskedForWhatIsDrawn) {
   const auto source = std::make_shared<TCountingSource>();
   TImageList list(nullptr, 4, 4);
-  list.Add(Strip(1));
+  list.Add(ColourStrip(1));
   list.SetSource(source);
   EXPECT_EQ(list.GetWidth(), 8);
   EXPECT_EQ(list.GetCount(), 3);
   EXPECT_EQ(source->Asked, 0);
-  TBitmap image = Solid(clAqua);
+  TBitmap image = SolidImage(clAqua);
   EXPECT_TRUE(list.GetBitmap(2, image));
   EXPECT_EQ(image.GetPixel(0, 0), clBlue);
   EXPECT_FALSE(list.GetBitmap(1, image)) << "what the source can't give";
@@ -398,7 +398,7 @@ TEST(ImageList, SourcesAreAskedForWhatIsDrawn) {
   EXPECT_TRUE(list.GetRendered(2, 2, TImageState::Normal, image));
   EXPECT_EQ(image.GetPixel(0, 0), clRed) << "with the source's overlay";
 
-  EXPECT_THROW(list.Add(Strip(1)), EInvalidOperation);
+  EXPECT_THROW(list.Add(ColourStrip(1)), EInvalidOperation);
   EXPECT_THROW(list.Delete(0), EInvalidOperation);
   EXPECT_THROW(list.Clear(), EInvalidOperation);
   EXPECT_THROW(list.SetSize(4, 4), EInvalidOperation);
@@ -406,7 +406,7 @@ TEST(ImageList, SourcesAreAskedForWhatIsDrawn) {
   list.SetSource(nullptr);
   EXPECT_EQ(list.GetCount(), 0);
   EXPECT_EQ(list.GetWidth(), 4);
-  list.Add(Strip(1));
+  list.Add(ColourStrip(1));
 }
 
 TEST(ImageList, AGrowingSourceReachesTheSystemsList) {
@@ -425,7 +425,7 @@ TEST(ImageList, AGrowingSourceReachesTheSystemsList) {
 
 TEST(ImageList, OtherSizesForOtherDensities) {
   TImageList list(nullptr, 4, 4);
-  list.Add(Strip(3));
+  list.Add(ColourStrip(3));
   list.Overlay(2, 1);
   list.SetBkColor(clAqua);
   TImageList scaled;

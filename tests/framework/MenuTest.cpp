@@ -162,8 +162,7 @@ TEST_F(PopupMenu, MayBeDestroyedAtAnyMoment) {
       if (when == EntryInClick) delete item;
       clicked = true;
     };
-    if (when == InPopup)
-      menu->OnPopup = [&](TObject*) { delete std::exchange(menu, nullptr); };
+    if (when == InPopup) menu->OnPopup = [&](TObject*) { delete std::exchange(menu, nullptr); };
     screen->OnMenu = [&](THeadlessMenuSession& session) {
       if (when == WhileOpen) delete std::exchange(menu, nullptr);
       if (when == EntryWhileOpen) delete item;
@@ -189,6 +188,10 @@ TEST_F(PopupMenu, OfAFormRunsByItsNumbers) {
   form.HandleMenuCommand(item->GetCommand());
   form.HandleMenuCommand(1);
   EXPECT_EQ(clicks, 1);
+  TMenuItem* help = bar->Items().Add(u"Help");
+  help->SetCaption(u"Assistance");
+  screen.Drain();
+  EXPECT_NE(TextPicture(form).find(u"Assistance"), TString::npos) << "the bar follows its entries";
   delete bar;
   EXPECT_EQ(form.GetMenu(), nullptr);
   EXPECT_GT(form.GetClientSize().Height, height);

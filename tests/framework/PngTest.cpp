@@ -12,7 +12,7 @@ namespace {
 
 using TPngBytes = std::vector<std::uint8_t>;
 
-std::uint32_t Big(const TPngBytes& data, std::size_t at) {
+std::uint32_t ReadBig(const TPngBytes& data, std::size_t at) {
   return static_cast<std::uint32_t>(data[at] << 24 | data[at + 1] << 16 | data[at + 2] << 8 |
                                     data[at + 3]);
 }
@@ -29,7 +29,7 @@ std::uint32_t SlowCrc(const TPngBytes& data, std::size_t from, std::size_t to) {
 }
 
 /// Undoes a deflate stream of stored blocks and checks its frame.
-TPngBytes Unpack(const TPngBytes& stream) {
+TPngBytes UnpackStored(const TPngBytes& stream) {
   EXPECT_EQ((stream[0] * 256 + stream[1]) % 31, 0);
   TPngBytes out;
   std::size_t at = 2;
@@ -44,7 +44,7 @@ TPngBytes Unpack(const TPngBytes& stream) {
   std::uint64_t a = 1;
   std::uint64_t b = 0;
   for (const std::uint8_t byte : out) b = (b + (a = (a + byte) % 65521)) % 65521;
-  EXPECT_EQ(Big(stream, at), b << 16 | a);
+  EXPECT_EQ(ReadBig(stream, at), b << 16 | a);
   EXPECT_EQ(at + 4, stream.size());
   return out;
 }
@@ -56,13 +56,13 @@ TPngBytes ReadPng(const TPngBytes& png, TSize* size, int* colorType) {
   TPngBytes stream;
   std::string order;
   for (std::size_t at = 8; at < png.size();) {
-    const std::size_t length = Big(png, at);
+    const std::size_t length = ReadBig(png, at);
     const std::string type(png.begin() + static_cast<std::ptrdiff_t>(at) + 4,
                            png.begin() + static_cast<std::ptrdiff_t>(at) + 8);
-    EXPECT_EQ(Big(png, at + 8 + length), SlowCrc(png, at + 4, at + 8 + length)) << type;
+    EXPECT_EQ(ReadBig(png, at + 8 + length), SlowCrc(png, at + 4, at + 8 + length)) << type;
     order += type + " ";
     if (type == "IHDR") {
-      *size = {static_cast<int>(Big(png, at + 8)), static_cast<int>(Big(png, at + 12))};
+      *size = {static_cast<int>(ReadBig(png, at + 8)), static_cast<int>(ReadBig(png, at + 12))};
       EXPECT_EQ(png[at + 16], 8);
       *colorType = png[at + 17];
     }
@@ -72,7 +72,7 @@ TPngBytes ReadPng(const TPngBytes& png, TSize* size, int* colorType) {
     at += 12 + length;
   }
   EXPECT_EQ(order, "IHDR IDAT IEND ");
-  return Unpack(stream);
+  return UnpackStored(stream);
 }
 
 TEST(Png, PixelsComeBackWithAndWithoutAlpha) {

@@ -81,7 +81,10 @@ TEST_F(StdCtrls, RichEditsLoadByWhatTheBytesSay) {
   for (const bool shown : {false, true}) {
     if (shown) form.Show();
     EXPECT_EQ(load("\xEF\xBB\xBFgr\xC3\xBC\xC3\x9F"), u"gr\u00FC\u00DF");
-    EXPECT_EQ(load(std::string_view("\xFF\xFE" "A\0B\0", 6)), u"AB");
+    EXPECT_EQ(load(std::string_view("\xFF\xFE"
+                                    "A\0B\0",
+                                    6)),
+              u"AB");
     EXPECT_EQ(load("plain"), u"plain");
     EXPECT_EQ(load(""), u"");
     EXPECT_EQ(load(R"({\rtf1\ansi{\fonttbl{\f0 Arial;}}\b bold\b0\par next\u8364?})"),

@@ -61,7 +61,9 @@ const std::set<std::string> MayBeMissing = {
     // The portable shell starts no programs, notifies nobody and knows no code pages.
     "ShellExecuteExW", "SHQueryRecycleBinW", "SHCreateShellItemArrayFromDataObject",
     "SHChangeNotify", "SHChangeNotifyRegister", "SHChangeNotifyDeregister",
-    "SHChangeNotification_Unlock", "MultiByteToWideChar"};
+    "SHChangeNotification_Unlock", "MultiByteToWideChar",
+    // It has its own accounting of the processor, and ends no thread by force.
+    "NtQuerySystemInformation", "TerminateThread"};
 // clang-format on
 
 TEST(ApiTable, EveryFunctionThatCallersRelyOnIsBound) {

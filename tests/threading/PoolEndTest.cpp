@@ -307,8 +307,9 @@ TEST_F(WorkerPoolEnd, AHungAllDoneDoesNotBlockThePool) {
   TScopedApi debug(Api().OutputDebugStringW, [](LPCWSTR) {});
   TScopedApi noForce(Api().TerminateThread, nullptr);
   TEvent gate;
+  std::atomic<int> calls{0};
   TWorkerThreadPool pool(false);
-  pool.OnAllWorkItemsDone = [&, calls = 0](bool) mutable {
+  pool.OnAllWorkItemsDone = [&](bool) {
     if (++calls == 1) gate.WaitFor();
   };
   Add(pool, Named("first"));

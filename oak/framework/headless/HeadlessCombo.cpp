@@ -248,7 +248,7 @@ void THeadlessCombo::ListMouse(TMouseEvent& event) {
       if (row >= 0) fList->SetHot(row);
       return;
     case TMouseAction::Wheel:
-      return fList->ScrollLines(sbVertical, event.WheelDelta > 0 ? -1 : 1);
+      return fList->ScrollLines(sbVertical, -event.WheelDelta / 120);
     case TMouseAction::Down:
       if (!inList) CloseUp();
       return;

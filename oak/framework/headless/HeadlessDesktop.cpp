@@ -59,9 +59,11 @@ constexpr THeadlessMetric HeadlessMetrics[] = {
 
 THeadlessDesktop::THeadlessDesktop()
     : fMonitors{{{0, 0, 1920, 1080}, {0, 0, 1920, 1040}, 96, true}},
-      fFormerGraphics(SetGraphicsSystem(&HeadlessGraphicsSystem())) {}
+      fFormerGraphics(SetGraphicsSystem(&HeadlessGraphicsSystem())),
+      fFormerPost(SetWindowPost(this)) {}
 
 THeadlessDesktop::~THeadlessDesktop() {
+  SetWindowPost(fFormerPost);
   fHint.reset();
   SetGraphicsSystem(fFormerGraphics);
 }
@@ -174,19 +176,7 @@ THeadlessWindow* THeadlessDesktop::WindowOf(const TWinControl& control) const {
   return control.GetPeer() ? FindWindow(control.GetPeer()->GetHandle()) : nullptr;
 }
 
-// --- clipboard and dialogs ---------------------------------------------------
-
-bool THeadlessDesktop::GetClipboardText(TString* text) {
-  if (!fHasClipboard) return false;
-  if (text) *text = fClipboard;
-  return true;
-}
-
-bool THeadlessDesktop::SetClipboardText(const TString& text) {
-  fClipboard = text;
-  fHasClipboard = true;
-  return true;
-}
+// --- dialogs -----------------------------------------------------------------
 
 int THeadlessDesktop::ShowDialog(const TMessageDialog& dialog) {
   StopHint();

@@ -14,6 +14,7 @@
 #include "oak/framework/WidgetSet.h"
 #include "oak/framework/headless/HeadlessInput.h"
 #include "oak/framework/headless/HeadlessWindow.h"
+#include "oak/platform/WindowPost.h"
 
 namespace oak {
 
@@ -32,7 +33,7 @@ class TGraphicsSystem;
 /// all that waits is processed before the call returns. Calls that wait for the user (modal forms,
 /// menus, drags) take their input from the queue as well: queue it, or actions that make it, before
 /// (Later). All on the main thread but for what says otherwise.
-class THeadlessDesktop : public TWidgetSet {
+class THeadlessDesktop : public TWidgetSet, private IWindowPost {
  public:
   /// One monitor of 1920 by 1080 pixels at 96 pixels per inch with a task bar of 40 pixels below.
   THeadlessDesktop();
@@ -198,8 +199,11 @@ class THeadlessDesktop : public TWidgetSet {
   void OrderTop(THeadlessWindow& window, bool top);
   bool SetFocusTo(THeadlessWindow* window);
   void SetCaptureTo(THeadlessWindow* window);
+  /// Takes the mouse from the window that holds it, and tells it.
+  void EndCapture();
   void Activate(THeadlessWindow* window);
-  void PostTo(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+  /// Any thread.
+  bool PostToWindow(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept override;
   void StartWindowTimer(HWND window, int id, unsigned milliseconds);
   void StopWindowTimer(HWND window, int id);
   /// Something shown there changed place or visibility: pointer and focus may be elsewhere now.
@@ -252,6 +256,7 @@ class THeadlessDesktop : public TWidgetSet {
   void ShowHint();
   TTimerRef NextTimer() const;
   std::uint64_t Now() const;
+  void WaitAtMost(DWORD milliseconds);
   bool CanGoOn(std::uint64_t idleRounds);
   TTimerRef AddTimer(unsigned milliseconds, HWND window, int id, std::function<void()> tick);
   THeadlessForm& FormPeerOf(TCustomForm& form) const;
@@ -289,7 +294,9 @@ class THeadlessDesktop : public TWidgetSet {
   std::vector<TString> fComplaints;
   TString fClipboard;
   bool fHasClipboard = false;
-  TGraphicsSystem* fFormerGraphics = nullptr;
+  Ref<IDataObject> fFormerClipboard;  // what lay there when the text came
+  TGraphicsSystem* fFormerGraphics;
+  IWindowPost* fFormerPost;
 };
 
 /// Makes the set; that of systems without a screen of their own.

@@ -137,10 +137,7 @@ HRESULT THeadlessDesktop::DoDragDrop(TWinControl&, IDataObject* data, IDropSourc
                                      DWORD allowed, DWORD* effect) {
   if (!data) return E_INVALIDARG;
   StopHint();
-  if (fCapture) {
-    THeadlessWindow* const captured = std::exchange(fCapture, nullptr);
-    captured->OnCaptureLost();
-  }
+  EndCapture();
   THeadlessDrag drag(*this, data, source, allowed);
   return drag.Run(effect);
 }

@@ -90,15 +90,21 @@ void THeadlessListPeer::OnMouse(TMouseEvent& event) {
     case TMouseAction::Up:
       return MouseUp(event);
     case TMouseAction::Wheel:
-      // There is nothing to scroll down in vsList.
-      if (fView.GetViewStyle() == vsList) {
-        event.Action = TMouseAction::WheelSide;
-        event.WheelDelta = -event.WheelDelta;
-      }
-      return THeadlessPeer::OnMouse(event);
+      return Wheel(event);
     default:
       return THeadlessPeer::OnMouse(event);
   }
+}
+
+// There is nothing to scroll down in vsList.
+void THeadlessListPeer::Wheel(TMouseEvent& event) {
+  TMouseEvent turned = event;
+  if (fView.GetViewStyle() == vsList) {
+    turned.Action = TMouseAction::WheelSide;
+    turned.WheelDelta = -event.WheelDelta;
+  }
+  THeadlessPeer::OnMouse(turned);
+  event.Handled = turned.Handled;
 }
 
 void THeadlessListPeer::MouseDown(TMouseEvent& event) {
@@ -145,7 +151,7 @@ void THeadlessListPeer::MouseSelect(int index, const TMouseEvent& event, bool on
     return fView.HandleFocusItem(index);
   }
   if (!left || !ctrl || shift || !fView.GetMultiSelect()) {
-    SelectTo(index, left ? event.Shift : TShiftState());
+    SelectTo(index, left && fView.GetMultiSelect() ? event.Shift : TShiftState());
     return;
   }
   const TLifeGuard guard = Guard();

@@ -141,6 +141,7 @@ class THeadlessListPeer : public THeadlessPeer, public IListViewPeer {
   bool IsMarked(int index) const;
 
   // Input.
+  void Wheel(TMouseEvent& event);
   void MouseDown(TMouseEvent& event);
   void MouseMove(const TMouseEvent& event);
   void MouseUp(TMouseEvent& event);

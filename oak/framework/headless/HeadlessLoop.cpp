@@ -1,7 +1,7 @@
 // The message queue of the headless desktop, its timers and the loops that wait.
 #include <algorithm>
 #include <chrono>
-#include <limits>
+#include <new>
 #include <thread>
 
 #include "oak/base/Exceptions.h"
@@ -23,6 +23,9 @@ using TRealClock = std::chrono::steady_clock;
 constexpr std::chrono::seconds LongestLoop{30};
 /// ... and after so many rounds in which nothing but timers happened.
 constexpr std::uint64_t MostIdleRounds = 20'000;
+/// How often such a loop looks at the time meanwhile, in milliseconds.
+constexpr DWORD LookInterval = 100;
+constexpr DWORD LookAtThreads = 10;
 constexpr std::uint64_t MostMessages = 1'000'000;
 
 /// Runs what a message stands for; an exception is the program's, not the loop's.
@@ -162,12 +165,16 @@ TString THeadlessDesktop::GetHintText() const { return fHint ? fHint->GetWindowT
 
 // --- messages ----------------------------------------------------------------
 
-void THeadlessDesktop::PostTo(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-  {
+bool THeadlessDesktop::PostToWindow(HWND window, UINT message, WPARAM wParam,
+                                    LPARAM lParam) noexcept {
+  try {
     const std::lock_guard lock(fPostLock);
     fPosted.push_back({window, message, wParam, lParam});
+  } catch (const std::bad_alloc&) {
+    return false;
   }
   WakeUp();
+  return true;
 }
 
 bool THeadlessDesktop::RunPosted() {
@@ -216,20 +223,26 @@ bool THeadlessDesktop::HasWork() const {
          (GetNextTimer(&due) && due <= Now()) || NextToPaint();
 }
 
-void THeadlessDesktop::WaitMessage() {
+void THeadlessDesktop::WaitMessage() { WaitAtMost(INFINITE); }
+
+void THeadlessDesktop::WaitAtMost(DWORD milliseconds) {
   if (HasWork()) return;
   std::uint64_t due = 0;
   const bool timed = GetNextTimer(&due);
   const bool held = static_cast<bool>(TWaitClockUse());
-  // A clock of a test that nobody advances would never come to the end of the wait.
-  if (IsTimeVirtual() && (!timed || !held)) {
+  if (IsTimeVirtual() && !held) {
+    // A clock that nobody advances would never come to the end of a wait; threads may post.
+    if (milliseconds != INFINITE) TMainThreadQueue::Instance().Wait(LookAtThreads);
     std::this_thread::yield();
     return;
   }
-  constexpr std::uint64_t longest = std::numeric_limits<int>::max();
-  const std::uint64_t now = Now();
-  TMainThreadQueue::Instance().Wait(
-      timed ? static_cast<DWORD>(std::min(due > now ? due - now : 0, longest)) : INFINITE);
+  if (held && !timed && milliseconds == INFINITE) return;
+  if (timed) {
+    const std::uint64_t now = Now();
+    const std::uint64_t left = due > now ? due - now : 0;
+    milliseconds = static_cast<DWORD>(std::min<std::uint64_t>(left, milliseconds));
+  }
+  TMainThreadQueue::Instance().Wait(milliseconds);
 }
 
 void THeadlessDesktop::WakeUp() { TMainThreadQueue::Instance().Poke(); }
@@ -255,9 +268,11 @@ void THeadlessDesktop::RunLoop(const std::function<bool()>& until, TStringView w
   while (!until()) {
     if (ProcessMessage()) {
       if (!fUnattended || TRealClock::now() - begin < LongestLoop) continue;
-    } else if (!fUnattended || (CanGoOn(++idleRounds) && TRealClock::now() - begin < LongestLoop)) {
-      if (fUnattended && TThread::GetRunningCount() > 0) std::this_thread::yield();
+    } else if (!fUnattended) {
       WaitMessage();
+      continue;
+    } else if (CanGoOn(++idleRounds) && TRealClock::now() - begin < LongestLoop) {
+      WaitAtMost(LookInterval);
       continue;
     }
     const TString text = TString(what) + u" waits for input that nobody gives.";

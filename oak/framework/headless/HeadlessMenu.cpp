@@ -53,12 +53,25 @@ void FillMenu(HMENU menu, const TMenuItem& root) {
     entry.IsChecked = item.GetChecked();
     entry.IsRadio = item.GetRadioItem();
     entry.IsDefault = item.GetDefault();
-    if (item.GetCount() > 0) {
+    entry.IsOwnerDrawn = item.OnMeasureItem && item.OnDrawItem;
+    if (item.GetCount() > 0 || item.OnPopup) {
       entry.SubMenu = table.Create();
       FillMenu(entry.SubMenu, item);
     }
     table.Insert(menu, -1, std::move(entry));
   }
+}
+
+/// Lets an entry of the program fill its submenu, which is about to open.
+void FillLate(const TMenuEntry& entry) {
+  TMenuTable& table = TMenuTable::Instance();
+  TMenuItem* const item = FindMenuItem(entry.Command);
+  if (!item || !item->OnPopup) return;
+  item->DoPopup();
+  if (FindMenuItem(entry.Command) != item || !table.IsMenu(entry.SubMenu)) return;
+  while (table.Delete(entry.SubMenu, 0)) {
+  }
+  FillMenu(entry.SubMenu, *item);
 }
 
 }  // namespace
@@ -193,7 +206,9 @@ void THeadlessMenuSession::OpenSub(int index) {
   level.Invalidate(nullptr);
   if (!entry.SubMenu || !entry.IsEnabled) return;
   const TRect rect = level.EntryRect(index);
-  Open(entry.SubMenu, index, level.ClientToScreen({rect.Right, rect.Top}));
+  const TPoint corner = level.ClientToScreen({rect.Right, rect.Top});
+  FillLate(entry);
+  if (!fFinished) Open(entry.SubMenu, index, corner);
 }
 
 std::vector<HMENU> THeadlessMenuSession::GetOpenMenus() const {
@@ -406,11 +421,7 @@ void THeadlessDesktop::DestroyMenu(HMENU menu) { TMenuTable::Instance().Destroy(
 UINT THeadlessDesktop::TrackMenu(HMENU menu, TPoint screen, TWinControl* owner, HWND ownerWindow) {
   if (!TMenuTable::Instance().IsMenu(menu)) return 0;
   StopHint();
-  if (fCapture) {
-    THeadlessWindow* const captured = std::exchange(fCapture, nullptr);
-    const TLifeGuard guard = captured->Guard();
-    captured->OnCaptureLost();
-  }
+  EndCapture();
   THeadlessMenuSession session(*this, menu, screen, owner, ownerWindow);
   return session.Run();
 }
@@ -423,6 +434,9 @@ UINT TrackMenuBar(THeadlessForm& form, int entry, TPoint screen) {
   for (const TMenuEntry& found : TMenuTable::Instance().GetEntries(menu)) {
     if (found.Command != item->GetCommand() || found.IsSeparator) continue;
     if (!found.SubMenu) return found.Command;
+    const TLifeGuard guard = form.Guard();
+    FillLate(found);
+    if (!guard.IsAlive()) return 0;
     return desktop.TrackMenu(found.SubMenu, screen, &form.GetForm(), form.GetHandle());
   }
   return 0;

@@ -1,6 +1,8 @@
 #include "oak/framework/headless/HeadlessPicture.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <limits>
 
 #include "oak/base/Exceptions.h"
 #include "oak/framework/Forms.h"
@@ -9,12 +11,15 @@
 #include "oak/framework/headless/HeadlessForm.h"
 #include "oak/framework/headless/HeadlessMenu.h"
 #include "oak/framework/headless/HeadlessPictureGrid.h"
+#include "oak/framework/headless/TextLayout.h"
 
 namespace oak {
 namespace {
 
 constexpr int LowFrame = 34;    // frames up to this height are brackets; pixels at 96 per inch
 constexpr int CheckFrame = 20;  // ... and squares up to this size check boxes
+constexpr int CaptionMiddle = 16;
+constexpr int SameLine = 3;
 constexpr TStringView ImageSquare = u"\u25AA";
 
 /// Turns windows and what they have drawn into pieces of the grid.
@@ -45,6 +50,7 @@ class TPicturePainter {
   void AddText(const TDrawOperation& operation, const TArea& area);
   void AddTextLine(const TDrawOperation& operation, const TArea& area, TStringView line, int y,
                    TStringView mark);
+  void NoteWords(int y, int right, int end);
   void AddLine(const TDrawOperation& operation, const TArea& area);
   void AddPolygon(const TDrawOperation& operation, const TArea& area);
   void AddFocus(const TDrawOperation& operation, const TArea& area);
@@ -62,9 +68,12 @@ class TPicturePainter {
   TPoint fOrigin;
   THeadlessPictureGrid fGrid;
   std::vector<TMarkedFill> fMarks;
-  TColor fGround = clNone;  // what the window is filled with
-  std::vector<TRect> fCheckBoxes;
+  TColor fGround = clNone;                         // what the window is filled with
+  std::vector<std::pair<TRect, int>> fCheckBoxes;  // with their columns
   std::vector<TRect> fButtons;
+  int fLastY = 0;      // of the words drawn last: height,
+  int fLastRight = 0;  // right end in pixels
+  int fLastEnd = 0;    // and the column behind them
 };
 
 TRect MovedBy(const TRect& rect, TPoint offset) { return rect.Moved(offset.X, offset.Y); }
@@ -80,8 +89,8 @@ void TPicturePainter::Add(const THeadlessWindow& window, TRect clip, int fromCol
   const TRect rect = window.GetScreenRect().Moved(-fOrigin.X, -fOrigin.Y);
   const TRect seen = rect.Intersected(clip);
   if (seen.IsEmpty()) return;
-  fGrid.Erase(std::max(fGrid.ColumnOf(seen.Left), fromColumn),
-              std::min(fGrid.ColumnOf(seen.Right - 1) + 1, toColumn), seen.Top, seen.Bottom);
+  fGrid.Erase(std::max(fGrid.NearestColumn(seen.Left), fromColumn),
+              std::min(fGrid.NearestColumn(seen.Right), toColumn), seen.Top, seen.Bottom);
   TArea area{window.ClientToScreen({}) - fOrigin, {}, fromColumn, toColumn};
   area.Clip = MovedBy(window.GetClientRect(), area.Origin).Intersected(clip);
   area = AddFrame(window, area, rect);
@@ -96,20 +105,25 @@ TPicturePainter::TArea TPicturePainter::AddFrame(const THeadlessWindow& window, 
                                                  const TRect& rect) {
   const TRect frame = window.GetFrame();
   const auto* const form = dynamic_cast<const THeadlessForm*>(&window);
+  const int left = fGrid.NearestColumn(rect.Left), right = fGrid.NearestColumn(rect.Right) - 1;
   if (frame.Left > 0) {
-    const int left = fGrid.ColumnOf(rect.Left), right = fGrid.ColumnOf(rect.Right - 1);
-    if (rect.Height() <= fGrid.Pixels(LowFrame) && !form) {
+    const bool low = rect.Height() <= fGrid.Pixels(LowFrame);
+    if (low && !form && window.GetKind() == THeadlessKind::Child) {
       const int y = rect.Center().Y;
-      if (left >= area.From && left < area.To) fGrid.Text(left, y, u"[", area.From, area.To);
-      if (right >= area.From && right < area.To) fGrid.Text(right, y, u"]", area.From, area.To);
+      fGrid.Text(left, y, u"[", area.From, area.To);
+      fGrid.Text(right, y, u"]", area.From, area.To);
+    } else if (form) {
+      // The upper edge stands where the caption is.
+      fGrid.Box({rect.Left, rect.Top + fGrid.Pixels(CaptionMiddle), rect.Right, rect.Bottom},
+                window.GetWindowText());
     } else {
-      fGrid.Box(rect, form ? TStringView(window.GetWindowText()) : TStringView());
+      fGrid.Box(rect, {});
     }
     area.From = std::max(area.From, left + 1);
     area.To = std::min(area.To, right);
   } else {
-    area.From = std::max(area.From, fGrid.ColumnOf(rect.Left));
-    area.To = std::min(area.To, fGrid.ColumnOf(rect.Right - 1) + 1);
+    area.From = std::max(area.From, left);
+    area.To = std::min(area.To, right + 1);
   }
   if (form) AddMenuBar(*form, rect);
   return area;
@@ -153,6 +167,7 @@ void TPicturePainter::AddOperations(const THeadlessWindow& window, const TArea& 
   fCheckBoxes.clear();
   fButtons.clear();
   fGround = clNone;
+  fLastEnd = std::numeric_limits<int>::min();
   for (const TDrawOperation& operation : window.GetDrawing()) AddOperation(operation, area);
 }
 
@@ -212,11 +227,13 @@ void TPicturePainter::AddFrameShape(const TDrawOperation& operation, const TArea
   const TRect rect = MovedBy(operation.Rect, area.Origin);
   if (operation.Color != clNone) AddFill(operation, area);
   if (operation.PenColor == clNone || !Sees(area, operation, rect.Center())) return;
-  const int left = fGrid.ColumnOf(rect.Left), right = fGrid.ColumnOf(rect.Right - 1);
+  const int left = fGrid.NearestColumn(rect.Left), right = fGrid.NearestColumn(rect.Right) - 1;
   const int limit = fGrid.Pixels(CheckFrame), y = rect.Center().Y;
   if (rect.Height() <= limit && rect.Width() <= limit) {
-    fCheckBoxes.push_back(rect);
-    fGrid.Sign(fGrid.ColumnOf(rect.Center().X) - 1, y, u"[ ]");
+    const int column = std::max(fGrid.ColumnOf(rect.Center().X) - 1, area.From);
+    fCheckBoxes.push_back({rect, column});
+    fGrid.Sign(column, y, u"[ ]");
+    NoteWords(y, rect.Right, column + 3);
   } else if (rect.Height() <= fGrid.Pixels(LowFrame)) {
     fButtons.push_back(rect);
     fGrid.Sign(std::max(left, area.From), y, u"[");
@@ -254,21 +271,35 @@ void TPicturePainter::AddTextLine(const TDrawOperation& operation, const TArea& 
     column = fGrid.NearestColumn(rect.Right) - cells;
   else if (operation.Format.Contains(tfCenter))
     column = fGrid.NearestColumn(rect.Center().X - cells * (rect.Width() / std::max(cells, 1)) / 2);
-  // Words that begin where a frame stands move to the right of it.
+  // Words that begin where a frame or other words stand move to the right of them.
   if (column < from && rect.Left >= clip.Left) column = from;
+  const bool follows = std::abs(y - fLastY) <= fGrid.Pixels(SameLine) && rect.Left > fLastRight;
+  const bool pushed = follows && column <= fLastEnd;
+  if (pushed) column = fLastEnd + 1;
   // Sizes in pixels are rounded: what fits there shall not lose its last sign here.
-  const int room = rect.Right <= clip.Right ? std::max(to, std::min(column + cells, area.To)) : to;
+  int room = rect.Right <= clip.Right ? std::max(to, std::min(column + cells, area.To)) : to;
+  if (pushed && !operation.Format.Contains(tfRight))
+    room = std::min(room, fGrid.NearestColumn(clip.Right));
+  TString shortened;
+  if (pushed && column + cells > room && room - column > 1)
+    line = shortened = TString(FitCells(line, room - column - 1)) + u"\u2026";
   if (!mark.empty() && column > area.From) fGrid.Sign(column - 1, y, mark);
-  fGrid.Erase(column, std::min(column + cells, room), y - 1, y + 2);
+  fGrid.Erase(std::max(column, from), std::min(column + cells, room), y - 1, y + 2);
   fGrid.Text(column, y, line, from, room);
+  NoteWords(y, rect.Right, std::min(column + cells, room));
+}
+
+void TPicturePainter::NoteWords(int y, int right, int end) {
+  fLastY = y;
+  fLastRight = right;
+  fLastEnd = end;
 }
 
 void TPicturePainter::AddLine(const TDrawOperation& operation, const TArea& area) {
   const TRect rect = MovedBy(operation.Rect, area.Origin);
-  const bool inBox = std::any_of(fCheckBoxes.begin(), fCheckBoxes.end(),
-                                 [&](const TRect& box) { return box.Contains(rect.Center()); });
-  if (inBox)
-    return fGrid.Text(fGrid.ColumnOf(rect.Center().X), rect.Center().Y, u"x", area.From, area.To);
+  for (const auto& [box, column] : fCheckBoxes)
+    if (box.Contains(rect.Center()))
+      return fGrid.Text(column + 1, box.Center().Y, u"x", area.From, area.To);
   const TRect seen = rect.Intersected(area.Clip).Intersected(MovedBy(operation.Clip, area.Origin));
   if (seen.IsEmpty()) return;
   const bool faint = operation.PenColor == ColorToRGB(clBtnFace);  // lines between rows

@@ -74,7 +74,8 @@ void THeadlessPictureGrid::Upright(int column, int top, int bottom, TStringView 
 }
 
 void THeadlessPictureGrid::Box(const TRect& rect, TStringView caption) {
-  const int left = ColumnOf(rect.Left), right = ColumnOf(rect.Right - 1);
+  const int left = NearestColumn(rect.Left);
+  const int right = std::max(NearestColumn(rect.Right) - 1, left);
   Level(rect.Top, left, right, u"\u250C", u"\u2500", u"\u2510");
   if (!caption.empty() && right - left > 6) {
     std::vector<TString>& edge = fPieces.back().Cells;
@@ -137,17 +138,31 @@ std::vector<THeadlessPictureGrid::TRow> THeadlessPictureGrid::FindRows() const {
   std::stable_sort(ordered.begin(), ordered.end(),
                    [](const TPiece* a, const TPiece* b) { return a->Y < b->Y; });
   std::vector<TRow> rows;
-  for (const TPiece* piece : ordered) {
-    if (!rows.empty() && !Clashes(rows.back(), *piece)) {
-      rows.back().Pieces.push_back(piece);
-      continue;
-    }
-    const int former = rows.empty() ? piece->Y : rows.back().Y;
-    const int gap = (piece->Y - former) / Pixels(RowPitch) - 1;
-    for (int i = 1; i <= gap; ++i) rows.push_back({former + i * Pixels(RowPitch), {}});
-    rows.push_back({piece->Y, {piece}});
+  while (!ordered.empty()) {
+    // Level lines at one height stay together: a box beside another ends in the same row.
+    const TPiece& first = *ordered.front();
+    const auto isTogether = [&](const TPiece* piece) {
+      return piece == &first || (first.Kind == TKind::Level && piece->Kind == TKind::Level &&
+                                 piece->Y - first.Y <= Pixels(EdgeReach));
+    };
+    const auto rest = std::stable_partition(ordered.begin(), ordered.end(), isTogether);
+    if (rows.empty() || std::any_of(ordered.begin(), rest, [&](const TPiece* piece) {
+          return Clashes(rows.back(), *piece);
+        }))
+      BeginRow(rows, first.Y);
+    TRow& row = rows.back();
+    row.Pieces.insert(row.Pieces.end(), ordered.begin(), rest);
+    ordered.erase(ordered.begin(), rest);
   }
   return rows;
+}
+
+/// A new row, and blank ones before it for a gap.
+void THeadlessPictureGrid::BeginRow(std::vector<TRow>& rows, int y) const {
+  const int former = rows.empty() ? y : rows.back().Y;
+  const int gap = (y - former) / Pixels(RowPitch) - 1;
+  for (int i = 1; i <= gap; ++i) rows.push_back({former + i * Pixels(RowPitch), {}});
+  rows.push_back({y, {}});
 }
 
 void THeadlessPictureGrid::Put(TLine& line, int column, const TString& cell, bool yielding) {

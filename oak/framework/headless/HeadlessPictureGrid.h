@@ -55,6 +55,7 @@ class THeadlessPictureGrid {
 
   bool Clashes(const TRow& row, const TPiece& piece) const;
   std::vector<TRow> FindRows() const;
+  void BeginRow(std::vector<TRow>& rows, int y) const;
   using TLine = std::vector<TString>;
   static void Put(TLine& line, int column, const TString& cell, bool yielding);
 

@@ -198,7 +198,7 @@ HRESULT THeadlessWindow::SetDropTarget(IDropTarget* target) {
 // --- messages ----------------------------------------------------------------
 
 void THeadlessWindow::Post(UINT message, WPARAM wParam, LPARAM lParam) {
-  fDesktop.PostTo(fHandle, message, wParam, lParam);
+  fDesktop.PostToWindow(fHandle, message, wParam, lParam);
 }
 
 LRESULT THeadlessWindow::Send(UINT message, WPARAM wParam, LPARAM lParam) {

@@ -1,5 +1,6 @@
 // Order, activation, focus, capture and pointer of the headless desktop.
 #include <algorithm>
+#include <utility>
 
 #include "oak/framework/WinControl.h"
 #include "oak/framework/headless/HeadlessDesktop.h"
@@ -131,22 +132,27 @@ void THeadlessDesktop::SetCaptureTo(THeadlessWindow* window) {
   if (former && window) former->OnCaptureLost();
 }
 
+void THeadlessDesktop::EndCapture() {
+  if (THeadlessWindow* const captured = std::exchange(fCapture, nullptr)) captured->OnCaptureLost();
+}
+
 void THeadlessDesktop::WindowHidden(THeadlessWindow& window) {
   if (fHover && IsWithin(fHover, window)) {
     fHover = nullptr;
     StopHint();
   }
-  if (fCapture && IsWithin(fCapture, window)) {
-    THeadlessWindow* const captured = std::exchange(fCapture, nullptr);
-    captured->OnCaptureLost();
-  }
+  const TLifeGuard guard = window.Guard();
+  if (fCapture && IsWithin(fCapture, window)) EndCapture();
+  if (!guard.IsAlive()) return;
   if (fActive == &window && (!window.IsShowing() || window.IsMinimized())) {
     Activate(NextToActivate());
     return;
   }
   if (!fFocus || !IsWithin(fFocus, window) || (fFocus->IsShowing() && fFocus->IsUsable())) return;
   THeadlessWindow* const root = window.GetRootWindow();
-  if (!SetFocusTo(root != &window ? root : nullptr)) SetFocusTo(nullptr);
+  const THeadlessWindow* const hidden = fFocus;
+  SetFocusTo(root != &window ? root : nullptr);  // which may pass it on at once
+  if (fFocus == hidden) SetFocusTo(nullptr);
 }
 
 // --- the pointer -------------------------------------------------------------

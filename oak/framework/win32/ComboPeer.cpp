@@ -11,14 +11,6 @@ namespace {
 constexpr UINT MessageOfVisibleItems = 0x1701;  // CB_SETMINVISIBLE
 constexpr DWORD DroppedLists = WS_VSCROLL | CBS_AUTOHSCROLL;
 
-TString TextOf(HWND window) {
-  const int length = ::GetWindowTextLengthW(window);
-  TString text(static_cast<std::size_t>(length) + 1, u'\0');
-  const int copied = ::GetWindowTextW(window, WBuffer(text), length + 1);
-  text.resize(static_cast<std::size_t>(copied));
-  return text;
-}
-
 bool IsListColor(UINT message) {
   return message == WM_CTLCOLOREDIT || message == WM_CTLCOLORLISTBOX ||
          message == WM_CTLCOLORSTATIC;
@@ -95,7 +87,7 @@ void TComboPeer::SetText(const TString& text) {
 
 TString TComboPeer::GetText() const {
   const HWND edit = GetEditHandle();
-  return edit ? TextOf(edit) : fCombo.TControl::GetText();
+  return edit ? win32::TextOfWindow(edit) : fCombo.TControl::GetText();
 }
 
 void TComboPeer::ItemsChanged() {
@@ -165,7 +157,14 @@ void TComboPeer::HandleCommand(WORD code) {
   }
 }
 
+// The edit field of such a window does not know of the list.
+bool TComboPeer::MovesInList(HWND window, UINT message, WPARAM key) const {
+  if (message != WM_KEYDOWN || window != GetEditHandle()) return false;
+  return key == VK_UP || key == VK_DOWN || key == VK_PRIOR || key == VK_NEXT;
+}
+
 LRESULT TComboPeer::InnerProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  if (fForwarding && message == WM_KEYDOWN) return DefaultProcOf(window, message, wParam, lParam);
   // The inner combo box is the parent of edit field and list.
   if (IsListColor(message)) {
     const HBRUSH brush = HandleControlColor(reinterpret_cast<HDC>(wParam), message);
@@ -175,6 +174,11 @@ LRESULT TComboPeer::InnerProc(HWND window, UINT message, WPARAM wParam, LPARAM l
   if (message == WM_CHAR && command) {
     ReportKey(message, wParam, window);  // the edit field would beep
     return 0;
+  }
+  if (MovesInList(window, message, wParam)) {
+    if (ReportKey(message, wParam, window)) return 0;
+    const TPeerFlag forwarding(fForwarding, *this);
+    return ::SendMessageW(GetInnerCombo(), WM_KEYDOWN, wParam, lParam);
   }
   return TWindowPeer::InnerProc(window, message, wParam, lParam);
 }

@@ -37,9 +37,11 @@ class TComboPeer final : public TWindowPeer, public IComboPeer {
   HWND GetInnerCombo() const;
   int DroppedHeight() const;
   void FillItems();
+  bool MovesInList(HWND window, UINT message, WPARAM key) const;
 
   TCustomComboBoxEx& fCombo;
-  bool fChanging = false;  // the control changes the window, not the user
+  bool fChanging = false;    // the control changes the window, not the user
+  bool fForwarding = false;  // a key that was reported already goes to the list
 };
 
 }  // namespace oak

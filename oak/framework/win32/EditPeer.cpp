@@ -71,7 +71,8 @@ void TEditPeer::Create() {
   fRich = fEdit.IsRich() && RichEditClass();
   TWindowParams params = MakeParams();
   params.ClassName = fRich ? RichEditClass() : L"EDIT";
-  if (params.Style & WS_BORDER) {
+  // A rich edit control draws no edge of the theme; its thin line goes better with the others.
+  if ((params.Style & WS_BORDER) && !fRich) {
     params.Style &= ~static_cast<DWORD>(WS_BORDER);
     params.ExStyle |= WS_EX_CLIENTEDGE;
   }

@@ -60,10 +60,9 @@ class TModalScope {
  public:
   explicit TModalScope(HWND window) : fWindow(window) {
     ::EnumThreadWindows(::GetCurrentThreadId(), &Visit, reinterpret_cast<LPARAM>(this));
-    // Above the window that it was called from.
-    const HWND active = ::GetActiveWindow();
-    if (active && active != window)
-      ::SetWindowLongPtrW(window, GWLP_HWNDPARENT, reinterpret_cast<LONG_PTR>(active));
+    // Above the window that it was called from: the uppermost of the others.
+    if (!fDisabled.empty())
+      ::SetWindowLongPtrW(window, GWLP_HWNDPARENT, reinterpret_cast<LONG_PTR>(fDisabled.front()));
   }
   ~TModalScope() {
     for (const HWND window : fDisabled)
@@ -206,11 +205,11 @@ void TFormPeer::HandleSize(WPARAM kind) {
   if (state != fForm.GetWindowState()) fForm.HandleWindowState(state);
 }
 
-void TFormPeer::HandleDensityChange(const RECT& suggested) {
+void TFormPeer::HandleDensityChange(int density, const RECT& suggested) {
   if (!fForm.GetScaled()) return;
   const TRect bounds(suggested);
   const TPeerGuard guard(*this);
-  fForm.HandlePixelsPerInch(GetDensity());
+  fForm.HandlePixelsPerInch(density);
   if (guard.IsAlive() && GetHandle())
     ::SetWindowPos(GetHandle(), nullptr, bounds.Left, bounds.Top, bounds.Width(), bounds.Height(),
                    SWP_NOZORDER | SWP_NOACTIVATE);
@@ -238,7 +237,7 @@ bool TFormPeer::HandleFormMessage(UINT message, WPARAM wParam, LPARAM lParam, LR
       fForm.HandleMenuCommand(LOWORD(wParam));
       return true;
     case MessageOfDensity:
-      HandleDensityChange(*reinterpret_cast<const RECT*>(lParam));
+      HandleDensityChange(HIWORD(wParam), *reinterpret_cast<const RECT*>(lParam));
       return true;
     default:
       return false;

@@ -31,7 +31,7 @@ class TFormPeer final : public TWindowPeer, public IFormPeer {
   bool HandleFormMessage(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result);
   void HandleActivate(bool active);
   void HandleSize(WPARAM kind);
-  void HandleDensityChange(const RECT& suggested);
+  void HandleDensityChange(int density, const RECT& suggested);
   void HandleSettings(UINT message, LPARAM lParam);
 
   TCustomForm& fForm;

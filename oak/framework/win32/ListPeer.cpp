@@ -1,10 +1,329 @@
-#include "oak/base/Exceptions.h"
+#include "oak/framework/win32/ListPeer.h"
+
+#include <algorithm>
+
+#include "oak/framework/ImageList.h"
+#include "oak/framework/win32/PeerScopes.h"
 #include "oak/framework/win32/Peers.h"
+#include "oak/framework/win32/System.h"
 
-namespace oak::win32 {
+namespace oak {
+namespace {
 
-std::unique_ptr<IListViewPeer> MakeListPeer(TCustomListView&) {
-  throw EInvalidOperation(u"This view has no window here yet.");
+constexpr DWORD ChangingListStyles = LVS_TYPEMASK | LVS_EDITLABELS | LVS_SINGLESEL |
+                                     LVS_SHOWSELALWAYS | LVS_NOCOLUMNHEADER | LVS_NOSORTHEADER |
+                                     LVS_AUTOARRANGE;
+
+DWORD StyleOfView(TViewStyle style) {
+  switch (style) {
+    case vsSmallIcon:
+      return LVS_SMALLICON;
+    case vsList:
+      return LVS_LIST;
+    case vsReport:
+      return LVS_REPORT;
+    default:
+      return LVS_ICON;
+  }
 }
 
-}  // namespace oak::win32
+int RectCodeOf(TDisplayCode code) {
+  switch (code) {
+    case drIcon:
+      return LVIR_ICON;
+    case drLabel:
+      return LVIR_LABEL;
+    case drSelectBounds:
+      return LVIR_SELECTBOUNDS;
+    default:
+      return LVIR_BOUNDS;
+  }
+}
+
+THitTests HitsOf(UINT flags) {
+  THitTests hits;
+  if (flags & LVHT_NOWHERE) hits.Include(htNowhere);
+  if (flags & LVHT_ONITEMICON) hits.Include(htOnIcon);
+  if (flags & LVHT_ONITEMLABEL) hits.Include(htOnLabel);
+  // The value is that of "above" outside the client area.
+  if ((flags & LVHT_ONITEMSTATEICON) && !(flags & (LVHT_BELOW | LVHT_TORIGHT | LVHT_TOLEFT)))
+    hits.Include(htOnStateIcon);
+  if (flags & LVHT_BELOW) hits.Include(htBelow);
+  if (flags & LVHT_TOLEFT) hits.Include(htToLeft);
+  if (flags & LVHT_TORIGHT) hits.Include(htToRight);
+  return hits;
+}
+
+}  // namespace
+
+TListPeer::TListPeer(TCustomListView& view) : TWindowPeer(view), fView(view) {}
+
+void TListPeer::Create() {
+  TWindowParams params = MakeParams();
+  params.ClassName = WC_LISTVIEWW;
+  if (params.Style & WS_BORDER) {
+    params.Style &= ~static_cast<DWORD>(WS_BORDER);
+    params.ExStyle |= WS_EX_CLIENTEDGE;
+  }
+  params.Style |= LVS_OWNERDATA | LVS_SHAREIMAGELISTS | StyleBits();
+  params.Text.clear();
+  CreateHandle(params);
+}
+
+DWORD TListPeer::StyleBits() const {
+  DWORD style = StyleOfView(fView.GetViewStyle());
+  if (!fView.GetReadOnly()) style |= LVS_EDITLABELS;
+  if (!fView.GetMultiSelect()) style |= LVS_SINGLESEL;
+  if (!fView.GetHideSelection()) style |= LVS_SHOWSELALWAYS;
+  if (!fView.GetShowColumnHeaders()) style |= LVS_NOCOLUMNHEADER;
+  if (!fView.GetColumnClick()) style |= LVS_NOSORTHEADER;
+  if (fView.GetAutoArrange()) style |= LVS_AUTOARRANGE;
+  return style;
+}
+
+DWORD TListPeer::ExtendedStyleBits() const {
+  DWORD style = LVS_EX_DOUBLEBUFFER;
+  if (fView.GetRowSelect()) style |= LVS_EX_FULLROWSELECT;
+  if (fView.GetGridLines()) style |= LVS_EX_GRIDLINES;
+  if (fView.GetFullDrag()) style |= LVS_EX_HEADERDRAGDROP;
+  if (fView.GetHotTrack()) style |= LVS_EX_TRACKSELECT;
+  if (HasOwnChecks()) style |= LVS_EX_CHECKBOXES;
+  return style;
+}
+
+void TListPeer::Initialize() {
+  Send(LVM_SETCALLBACKMASK, LVIS_CUT | LVIS_DROPHILITED | LVIS_OVERLAYMASK | LVIS_STATEIMAGEMASK,
+       0);
+  Send(LVM_SETEXTENDEDLISTVIEWSTYLE, 0, static_cast<LPARAM>(ExtendedStyleBits()));
+  AttachInner(GetHeaderHandle());
+  ColorsChanged();
+}
+
+LPCWSTR TListPeer::GetThemeName(bool dark) const { return dark ? L"DarkMode_Explorer" : nullptr; }
+
+void TListPeer::ColorsChanged() {
+  TWindowPeer::ColorsChanged();
+  // Rows leave the background to the window, which may have a picture.
+  Send(LVM_SETBKCOLOR, 0, static_cast<LPARAM>(GetBackColor()));
+  Send(LVM_SETTEXTBKCOLOR, 0, static_cast<LPARAM>(CLR_NONE));
+  Send(LVM_SETTEXTCOLOR, 0, static_cast<LPARAM>(GetTextColor()));
+}
+
+void TListPeer::SetViewStyle() {
+  EndEdit(true);
+  ChangeStyle(ChangingListStyles, StyleBits());
+  Send(LVM_SETEXTENDEDLISTVIEWSTYLE, 0, static_cast<LPARAM>(ExtendedStyleBits()));
+  AttachInner(GetHeaderHandle());  // made with the first vsReport
+  Invalidate(nullptr);
+}
+
+void TListPeer::ImagesChanged(TListImages which) {
+  const TImageList* images = nullptr;
+  WPARAM kind = LVSIL_STATE;
+  if (which == TListImages::Large) {
+    images = fView.GetLargeImages();
+    kind = LVSIL_NORMAL;
+  } else if (which == TListImages::Small) {
+    images = fView.GetSmallImages();
+    kind = LVSIL_SMALL;
+  } else {
+    images = fView.GetStateImages();
+    Send(LVM_SETEXTENDEDLISTVIEWSTYLE, 0, static_cast<LPARAM>(ExtendedStyleBits()));
+    if (!images && HasOwnChecks()) return;  // the native list has just made its own
+  }
+  Send(LVM_SETIMAGELIST, kind, reinterpret_cast<LPARAM>(images ? images->GetHandle() : nullptr));
+  Invalidate(nullptr);
+}
+
+void TListPeer::SetIconSpacing(int width, int height) {
+  Send(LVM_SETICONSPACING, 0, width < 0 ? -1 : MAKELPARAM(width, height));
+}
+
+void TListPeer::SetDefaultColumnWidth(int width) {
+  if (fView.GetViewStyle() == vsList && width >= 0) Send(LVM_SETCOLUMNWIDTH, 0, width);
+}
+
+void TListPeer::Arrange() { Send(LVM_ARRANGE, LVA_DEFAULT, 0); }
+
+// --- rows ---------------------------------------------------------------------------------------
+
+void TListPeer::PushCount(bool keepView) {
+  const TPeerFlag pushing(fPushing, *this);
+  const LPARAM flags = keepView ? LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL : LVSICF_NOSCROLL;
+  Send(LVM_SETITEMCOUNT, static_cast<WPARAM>(fView.Items().GetCount()), flags);
+}
+
+void TListPeer::ItemsInserted(int index, int count) {
+  const bool atEnd = index + count >= fView.Items().GetCount();
+  PushCount(atEnd);
+  // The native list marks places, the model rows: those behind have moved.
+  if (!atEnd || fView.GetSelCount() > 0) PushStates(index, fView.Items().GetCount() - 1);
+}
+
+void TListPeer::ItemsDeleted(int index, int) {
+  PushCount(false);
+  PushStates(index, fView.Items().GetCount() - 1);
+}
+
+void TListPeer::ItemsReset() {
+  PushCount(false);
+  PushAllStates();
+  Invalidate(nullptr);
+}
+
+void TListPeer::ItemsChanged(int first, int last) {
+  Send(LVM_REDRAWITEMS, static_cast<WPARAM>(first), last);
+}
+
+void TListPeer::ItemStatesChanged(int first, int last) {
+  PushStates(first, last);
+  ItemsChanged(first, last);
+}
+
+void TListPeer::BeginUpdate() {
+  if (fUpdateCount++ == 0) Send(WM_SETREDRAW, FALSE, 0);
+}
+
+void TListPeer::EndUpdate() {
+  if (fUpdateCount == 0 || --fUpdateCount > 0) return;
+  Send(WM_SETREDRAW, TRUE, 0);
+  ::RedrawWindow(GetHandle(), nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_ALLCHILDREN);
+}
+
+// --- selection ----------------------------------------------------------------------------------
+
+void TListPeer::PushStates(int first, int last) {
+  if (last - first + 1 >= fView.Items().GetCount()) return PushAllStates();
+  const TPeerFlag pushing(fPushing, *this);
+  for (int index = first; index <= last; ++index) {
+    const TListItem* item = fView.Items().GetItem(index);
+    if (!item) return;
+    LVITEMW state{};
+    state.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+    if (item->GetSelected()) state.state |= LVIS_SELECTED;
+    if (item == fView.GetItemFocused()) state.state |= LVIS_FOCUSED;
+    Send(LVM_SETITEMSTATE, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&state));
+  }
+}
+
+// All rows at once first, then those that differ: a hundred thousand selected rows are one message.
+void TListPeer::PushAllStates() {
+  const TPeerFlag pushing(fPushing, *this);
+  const int count = fView.Items().GetCount();
+  const bool most = fView.GetSelCount() > count / 2;
+  LVITEMW state{};
+  state.stateMask = LVIS_SELECTED;
+  state.state = most ? LVIS_SELECTED : 0;
+  Send(LVM_SETITEMSTATE, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&state));
+  int others = most ? count - fView.GetSelCount() : fView.GetSelCount();
+  state.state = most ? 0 : LVIS_SELECTED;
+  for (int index = 0; index < count && others > 0; ++index) {
+    if (fView.Items().GetItem(index)->GetSelected() == most) continue;
+    Send(LVM_SETITEMSTATE, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&state));
+    --others;
+  }
+  if (const TListItem* focused = fView.GetItemFocused()) {
+    state.state = state.stateMask = LVIS_FOCUSED;
+    Send(LVM_SETITEMSTATE, static_cast<WPARAM>(focused->GetIndex()),
+         reinterpret_cast<LPARAM>(&state));
+  }
+}
+
+// --- geometry -----------------------------------------------------------------------------------
+
+TRect TListPeer::GetItemRect(int index, TDisplayCode code) const {
+  RECT rect{};
+  rect.left = RectCodeOf(code);
+  if (!::SendMessageW(GetHandle(), LVM_GETITEMRECT, static_cast<WPARAM>(index),
+                      reinterpret_cast<LPARAM>(&rect)))
+    return {};
+  return TRect(rect);
+}
+
+TRect TListPeer::GetSubItemRect(int index, int column) const {
+  const int native = NativeColumn(column);
+  if (native < 0) return {};
+  RECT rect{};
+  rect.top = native;
+  rect.left = native == 0 ? LVIR_LABEL : LVIR_BOUNDS;  // the bounds of column 0 are the whole row
+  if (!::SendMessageW(GetHandle(), LVM_GETSUBITEMRECT, static_cast<WPARAM>(index),
+                      reinterpret_cast<LPARAM>(&rect)))
+    return {};
+  return TRect(rect);
+}
+
+TListHitTest TListPeer::HitTest(TPoint point) const {
+  LVHITTESTINFO info{};
+  info.pt = point;
+  TListHitTest hit;
+  hit.Index = static_cast<int>(
+      ::SendMessageW(GetHandle(), LVM_SUBITEMHITTEST, 0, reinterpret_cast<LPARAM>(&info)));
+  hit.Flags = HitsOf(info.flags);
+  hit.SubItem = hit.Index < 0 ? 0 : std::max(0, ModelColumn(info.iSubItem));
+  return hit;
+}
+
+int TListPeer::GetTopIndex() const {
+  return static_cast<int>(::SendMessageW(GetHandle(), LVM_GETTOPINDEX, 0, 0));
+}
+
+int TListPeer::GetVisibleRowCount() const {
+  return static_cast<int>(::SendMessageW(GetHandle(), LVM_GETCOUNTPERPAGE, 0, 0));
+}
+
+void TListPeer::MakeVisible(int index, bool partialOk) {
+  Send(LVM_ENSUREVISIBLE, static_cast<WPARAM>(index), partialOk);
+}
+
+void TListPeer::Scroll(int dx, int dy) { Send(LVM_SCROLL, static_cast<WPARAM>(dx), dy); }
+
+int TListPeer::GetStringWidth(const TString& text) const {
+  return static_cast<int>(
+      ::SendMessageW(GetHandle(), LVM_GETSTRINGWIDTHW, 0, reinterpret_cast<LPARAM>(W(text))));
+}
+
+// --- editing ------------------------------------------------------------------------------------
+
+bool TListPeer::BeginEdit(int index) {
+  const TPeerGuard guard(*this);
+  ::SetFocus(GetHandle());  // the native list edits nothing without the keyboard
+  if (!guard.IsAlive()) return false;
+  const LRESULT edit = Send(LVM_EDITLABELW, static_cast<WPARAM>(index), 0);
+  return guard.IsAlive() && edit != 0;
+}
+
+void TListPeer::EndEdit(bool cancel) {
+  const HWND edit = GetEditHandle();
+  if (!edit) return;
+  if (cancel)
+    Send(LVM_CANCELEDITLABEL, 0, 0);
+  else
+    ::SendMessageW(edit, WM_KEYDOWN, VK_RETURN, 0);
+}
+
+HWND TListPeer::GetEditHandle() const {
+  return reinterpret_cast<HWND>(::SendMessageW(GetHandle(), LVM_GETEDITCONTROL, 0, 0));
+}
+
+TString TListPeer::GetEditText() const { return win32::TextOfWindow(GetEditHandle()); }
+
+void TListPeer::SetEditText(const TString& text) {
+  if (const HWND edit = GetEditHandle()) ::SetWindowTextW(edit, W(text));
+}
+
+void TListPeer::SelectEditText(int start, int end) {
+  if (const HWND edit = GetEditHandle())
+    ::SendMessageW(edit, EM_SETSEL, static_cast<WPARAM>(start), end);
+}
+
+namespace win32 {
+
+std::unique_ptr<IListViewPeer> MakeListPeer(TCustomListView& view) {
+  auto peer = std::make_unique<TListPeer>(view);
+  peer->Create();
+  return peer;
+}
+
+}  // namespace win32
+
+}  // namespace oak

@@ -20,10 +20,11 @@ constexpr DWORD ClipboardPause = 10;  // milliseconds
 
 class TOpenClipboard {
  public:
-  TOpenClipboard() {
+  /// Who writes needs a window: contents of nobody are refused.
+  explicit TOpenClipboard(HWND owner) {
     for (int i = 0; i < ClipboardTries && !fOpen; ++i) {
       if (i > 0) Api().Sleep(ClipboardPause);
-      fOpen = ::OpenClipboard(nullptr) != FALSE;
+      fOpen = ::OpenClipboard(owner) != FALSE;
     }
   }
   ~TOpenClipboard() {
@@ -109,7 +110,7 @@ LRESULT CALLBACK ServiceProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
 
 bool ReadClipboardText(TString* text) {
   if (!::IsClipboardFormatAvailable(CF_UNICODETEXT)) return false;
-  const TOpenClipboard clipboard;
+  const TOpenClipboard clipboard(nullptr);
   const HANDLE data = clipboard ? ::GetClipboardData(CF_UNICODETEXT) : nullptr;
   const auto content = data ? static_cast<const char16_t*>(::GlobalLock(data)) : nullptr;
   if (!content) return false;
@@ -120,14 +121,14 @@ bool ReadClipboardText(TString* text) {
   return true;
 }
 
-bool WriteClipboardText(const TString& text) {
+bool WriteClipboardText(HWND owner, const TString& text) {
   const std::size_t size = (text.size() + 1) * sizeof(char16_t);
   const HGLOBAL data = ::GlobalAlloc(GMEM_MOVEABLE, size);
   void* content = data ? ::GlobalLock(data) : nullptr;
   if (content) {
     std::memcpy(content, text.c_str(), size);
     ::GlobalUnlock(data);
-    const TOpenClipboard clipboard;
+    const TOpenClipboard clipboard(owner);
     if (clipboard && ::EmptyClipboard() && ::SetClipboardData(CF_UNICODETEXT, data)) return true;
   }
   if (data) ::GlobalFree(data);

@@ -12,8 +12,8 @@ namespace oak::win32 {
 int ShowMessageDialog(const TMessageDialog& dialog);
 
 bool ReadClipboardText(TString* text);
-/// Tries for a while if another program has the clipboard open.
-bool WriteClipboardText(const TString& text);
+/// Tries for a while if another program has the clipboard open. `owner` is a window of ours.
+bool WriteClipboardText(HWND owner, const TString& text);
 
 /// See TWidgetSet::DoDragDrop.
 HRESULT DragData(HWND window, IDataObject* data, IDropSource* source, DWORD allowed, DWORD* effect);

@@ -70,26 +70,34 @@ constexpr char ManifestText[] =
     "publicKeyToken=\"6595b64144ccf1df\" language=\"*\"/></dependentAssembly></dependency>"
     "</assembly>";
 
+/// A file name that nobody else uses; empty if there is no folder for such files.
+TString TemporaryName() {
+  TString folder(::GetTempPathW(0, nullptr), u'\0');
+  if (folder.empty()) return folder;
+  folder.resize(::GetTempPathW(static_cast<DWORD>(folder.size()), WBuffer(folder)));
+  return folder + u"oak-" + IntToHex(::GetCurrentProcessId(), 8) +
+         IntToHex(reinterpret_cast<std::uintptr_t>(&ManifestText), 16) + u".manifest";
+}
+
+bool WriteManifest(const TString& path) {
+  const HANDLE file = ::CreateFileW(W(path), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_TEMPORARY, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  DWORD written = 0;
+  const BOOL complete = ::WriteFile(file, ManifestText, sizeof ManifestText - 1, &written, nullptr);
+  ::CloseHandle(file);
+  return complete != FALSE;
+}
+
 /// Contexts are made from files only, so the manifest is written to one for a moment.
 HANDLE MakeContext() {
-  WCHAR folder[MAX_PATH + 1] = {};
-  WCHAR file[MAX_PATH + 1] = {};
-  if (!::GetTempPathW(MAX_PATH, folder) || !::GetTempFileNameW(folder, L"oak", 0, file))
-    return INVALID_HANDLE_VALUE;
-  const HANDLE handle = ::CreateFileW(file, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                                      FILE_ATTRIBUTE_TEMPORARY, nullptr);
-  HANDLE context = INVALID_HANDLE_VALUE;
-  if (handle != INVALID_HANDLE_VALUE) {
-    DWORD written = 0;
-    const bool complete =
-        ::WriteFile(handle, ManifestText, sizeof ManifestText - 1, &written, nullptr) != FALSE;
-    ::CloseHandle(handle);
-    ACTCTXW description{};
-    description.cbSize = sizeof description;
-    description.lpSource = file;
-    if (complete) context = ::CreateActCtxW(&description);
-  }
-  ::DeleteFileW(file);
+  const TString path = TemporaryName();
+  if (path.empty()) return INVALID_HANDLE_VALUE;
+  ACTCTXW description{};
+  description.cbSize = sizeof description;
+  description.lpSource = W(path);
+  const HANDLE context = WriteManifest(path) ? ::CreateActCtxW(&description) : INVALID_HANDLE_VALUE;
+  ::DeleteFileW(W(path));
   return context;
 }
 
@@ -234,6 +242,14 @@ void SetDarkTitleBar(HWND window, bool dark) {
 
 void AllowDarkWindow(HWND window, bool dark) {
   if (Api().AllowDarkModeForWindow && !IsWine()) Api().AllowDarkModeForWindow(window, dark);
+}
+
+TString TextOfWindow(HWND window) {
+  const int length = ::GetWindowTextLengthW(window);
+  TString text(static_cast<std::size_t>(length) + 1, u'\0');
+  const int copied = ::GetWindowTextW(window, WBuffer(text), length + 1);
+  text.resize(static_cast<std::size_t>(copied));
+  return text;
 }
 
 void RaiseLastError(TStringView what) {

@@ -70,6 +70,9 @@ HINSTANCE OwnModule();
 /// with the library in one process stay apart. Raises EOSError.
 TString RegisterOwnClass(TStringView kind, WNDPROC procedure, UINT style = 0, bool icon = false);
 
+/// The text of any window; empty for null.
+TString TextOfWindow(HWND window);
+
 /// Raises EOSError for the last error: what failed, and the system's text.
 [[noreturn]] void RaiseLastError(TStringView what);
 

@@ -178,7 +178,7 @@ int TWin32WidgetSet::ShowDialog(const TMessageDialog& dialog) {
 bool TWin32WidgetSet::GetClipboardText(TString* text) { return win32::ReadClipboardText(text); }
 
 bool TWin32WidgetSet::SetClipboardText(const TString& text) {
-  return win32::WriteClipboardText(text);
+  return win32::WriteClipboardText(fServices.GetHandle(), text);
 }
 
 HRESULT TWin32WidgetSet::DoDragDrop(TWinControl& control, IDataObject* data, IDropSource* source,

@@ -60,8 +60,8 @@ void TWindowPeer::CreateHandle(const TWindowParams& params) {
     const TWindowProcs::TBirth birth(fSubclassed ? nullptr : fLink);
     window = ::CreateWindowExW(params.ExStyle, className, W(params.Text), params.Style,
                                params.Bounds.Left, params.Bounds.Top, params.Bounds.Width(),
-                               params.Bounds.Height(), params.Parent, nullptr,
-                               win32::OwnModule(), nullptr);
+                               params.Bounds.Height(), params.Parent, nullptr, win32::OwnModule(),
+                               nullptr);
   }
   if (!window) win32::RaiseLastError(u"A window could not be created");
   fHandle = window;
@@ -97,14 +97,15 @@ void TWindowPeer::AttachInner(HWND window) {
 void TWindowPeer::Detach() {
   win32::THints::Instance().Forget(*this);
   RevokeDropTarget();
-  UnhookParent();
   for (const auto& inner : fInner) inner->Peer = nullptr;
   fInner.clear();
   fHandle = nullptr;
-  if (!fLink) return;
-  fLink->Peer = nullptr;
-  const std::shared_ptr<TWindowLink> link = std::move(fLink);
-  TWindowProcs::Dispose(link);
+  if (const std::shared_ptr<TWindowLink> link = std::move(fLink)) {
+    link->Peer = nullptr;
+    TWindowProcs::Dispose(link);
+  }
+  // Last: what the window says at its end is nothing for the foreign one.
+  UnhookParent();
 }
 
 void TWindowPeer::WindowDestroyed() {

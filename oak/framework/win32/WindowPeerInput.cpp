@@ -294,6 +294,12 @@ LRESULT TWindowPeer::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
       result = DefaultProc(message, wParam, lParam);
       if (guard.IsAlive()) HandleDensity();
       return result;
+    case WM_THEMECHANGED:
+      // Forms hear of it themselves; in a foreign window nobody else tells.
+      result = DefaultProc(message, wParam, lParam);
+      if (guard.IsAlive() && !fCreating && fControl.GetParentWindow())
+        fControl.HandleSystemColors();
+      return result;
     case WM_GETDLGCODE:
       if (!fSubclassed) return DLGC_WANTALLKEYS;
       break;

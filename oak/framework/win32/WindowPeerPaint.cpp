@@ -57,7 +57,7 @@ void TWindowPeer::PaintInvalid() {
 }
 
 void TWindowPeer::PaintTo(HDC dc, const TRect& clip) {
-  TCanvasWin32 canvas(dc, GetDensity());
+  TCanvasWin32 canvas(dc, fControl.GetCurrentPPI());
   canvas.GetBrush().SetColor(GetBackColor());
   canvas.FillRect(clip);
   canvas.SetFont(fControl.GetFont());

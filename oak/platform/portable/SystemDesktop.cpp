@@ -1,6 +1,7 @@
 // What belongs to a desktop: the explorer's options, menus, input. There is no
 // screen here; a set of controls that has one puts its own functions in place.
 #include "oak/platform/MenuTable.h"
+#include "oak/platform/WindowPost.h"
 #include "oak/platform/portable/PortableRegistry.h"
 #include "oak/platform/portable/SystemBinding.h"
 #include "oak/platform/portable/SystemHandles.h"
@@ -84,7 +85,8 @@ BOOL STDAPICALLTYPE DestroyMenu(HMENU menu) {
 
 void STDAPICALLTYPE keybd_event(BYTE, BYTE, DWORD, ULONG_PTR) {}
 UINT STDAPICALLTYPE MapVirtualKeyW(UINT, UINT) { return 0; }
-BOOL STDAPICALLTYPE PostMessageW(HWND, UINT, WPARAM, LPARAM) {
+BOOL STDAPICALLTYPE PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  if (window && PostToWindow(window, message, wParam, lParam)) return TRUE;
   return FailWith(ErrorInvalidWindowHandle, FALSE);
 }
 

@@ -102,7 +102,7 @@ LPWSTR STDAPICALLTYPE PathCombineW(LPWSTR out, LPCWSTR directory, LPCWSTR file) 
 
 // --- full and long names ---------------------------------------------------
 
-TString CurrentDirectory() {
+TString AskedCurrentDirectory() {
   TString text(static_cast<std::size_t>(Api().GetCurrentDirectoryW.Function()(0, nullptr)), u'\0');
   const DWORD length =
       Api().GetCurrentDirectoryW.Function()(static_cast<DWORD>(text.size()), WBuffer(text));
@@ -117,7 +117,7 @@ TString FullPath(TStringView path) {
   std::replace(text.begin(), text.end(), u'/', u'\\');
   if (IsDoubleSlash(text)) return Canonicalized(text);
   if (HasDrive(text) && text.size() > 2 && IsSlash(text[2])) return Canonicalized(text);
-  TString base = CurrentDirectory();
+  TString base = AskedCurrentDirectory();
   if (HasDrive(text)) {
     // Only the current drive has a current directory other than its root.
     if (!StartsText(text.substr(0, 2), base)) base = text.substr(0, 2) + u"\\";

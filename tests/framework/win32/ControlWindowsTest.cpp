@@ -1,5 +1,6 @@
 // Controls in real windows: place, text, input, paint.
 #include "oak/framework/ImageList.h"
+#include "oak/framework/Styles.h"
 #include "tests/framework/win32/Win32Fixture.h"
 
 namespace oak::tests {
@@ -144,7 +145,7 @@ TEST_F(ControlWindows, LinesOfMemoAndRichEdit) {
   EXPECT_EQ(Trim(WindowText(form.Rich.GetHandle())), u"plain bold end");
   form.Rich.RecreateWnd();
   EXPECT_EQ(Trim(WindowText(form.Rich.GetHandle())), u"plain bold end");
-  EXPECT_THAT(std::string(ToUtf8(ClassOf(form.Rich.GetHandle()))), ::testing::StartsWith("RICH"));
+  EXPECT_TRUE(StartsText(u"richedit", ClassOf(form.Rich.GetHandle())));
 }
 
 TEST_F(ControlWindows, KeysMoveTheFocusAndClick) {
@@ -216,7 +217,6 @@ TEST_F(ControlWindows, ComboShowsEntriesAndTells) {
   form.Show();
   Pump();
   const HWND window = form.Combo.GetHandle();
-  const HWND inner = reinterpret_cast<HWND>(::SendMessageW(window, CBEM_GETCOMBOCONTROL, 0, 0));
   EXPECT_EQ(::SendMessageW(window, CB_GETCOUNT, 0, 0), 2);
   EXPECT_EQ(WindowText(form.Combo.GetEditHandle()), u"Desktop");
   // The window takes its height from the font; the control follows and is laid out with it.
@@ -239,11 +239,17 @@ TEST_F(ControlWindows, ComboShowsEntriesAndTells) {
   EXPECT_GE(changed, 1);
   form.Combo.SetText(u"typed");
   EXPECT_EQ(WindowText(form.Combo.GetEditHandle()), u"typed");
-  (void)inner;
 }
 
 TEST_F(ControlWindows, PictureShowsWhatTheControlsAre) {
   TSampleForm form;
+  TImageList images(nullptr, 16, 16);
+  TBitmap blue(16, 16);
+  blue.Fill(clBlue);
+  images.Add(blue);
+  form.Combo.SetImages(&images);
+  form.Combo.AddItem({u"Desktop", 0, -1, 0, nullptr});
+  form.Combo.SetItemIndex(0);
   form.Memo.SetColor(0x00C0FFFF);
   form.Rich.SetColor(RgbColor(220, 240, 220));
   form.Top.SetColor(RgbColor(200, 210, 240));
@@ -269,6 +275,48 @@ TEST_F(ControlWindows, PictureShowsWhatTheControlsAre) {
   EXPECT_EQ(pixel(form.Rich, 100, 60), RgbColor(220, 240, 220));
   EXPECT_EQ(pixel(form.Top, 2, 38), RgbColor(200, 210, 240));
   EXPECT_EQ(pixel(form.Edit, 170, 10), ColorToRGB(clWindow));
+  EXPECT_EQ(pixel(form.Combo, 12, form.Combo.GetHeight() / 2), clBlue);
+}
+
+TEST_F(ControlWindows, StyleAndDensityReachTheWindows) {
+  TSampleForm form;
+  form.Combo.AddItem({u"Desktop", -1, -1, 0, nullptr});
+  form.Combo.SetItemIndex(0);
+  form.Show();
+  ASSERT_TRUE(TStyleManager::TrySetStyle(u"Dark"));
+  Pump();
+  const auto pixel = [&](const TBitmap& picture, TWinControl& control, int x, int y) {
+    const TPoint at = control.ClientToScreen({x, y}) - form.GetBoundsRect().TopLeft();
+    return picture.GetPixel(at.X, at.Y);
+  };
+  const TBitmap dark = TakeScreenshot(form.GetHandle());
+  Keep(dark, u"dark");
+  const TColor window = TStyleManager::ActiveStyle().GetSystemColor(clWindow);
+  EXPECT_EQ(pixel(dark, form.Edit, 170, 10), window);
+  EXPECT_EQ(pixel(dark, form.Memo, 100, 60), window);
+  EXPECT_EQ(pixel(dark, form.Rich, 100, 60), window);
+  EXPECT_EQ(pixel(dark, form.Top, 2, 38), TStyleManager::ActiveStyle().GetSystemColor(clBtnFace));
+
+  TStyleManager::TrySetStyle(u"System");
+  for (const int density : {144, 192, 96}) {
+    SCOPED_TRACE(density);
+    RECT suggested{20, 20, 20 + 420 * density / 96, 20 + 300 * density / 96};
+    ::SendMessageW(form.GetHandle(), WM_DPICHANGED, MAKEWPARAM(density, density),
+                   reinterpret_cast<LPARAM>(&suggested));
+    Pump();
+    const TBitmap picture = TakeScreenshot(form.GetHandle());
+    Keep(picture, u"density" + IntToStr(density));
+    EXPECT_EQ(picture.GetSize(), TRect(suggested).Size());
+    EXPECT_EQ(form.Edit.GetWidth(), MulDiv(180, density, 96));
+    EXPECT_EQ(ClientBounds(form.Edit, form.Edit.GetHandle()), form.Edit.GetBoundsRect());
+    EXPECT_EQ(form.Combo.GetBoundsRect().Bottom, form.GetClientSize().Height);
+    // The text grows with the window.
+    const auto font =
+        reinterpret_cast<HFONT>(::SendMessageW(form.Edit.GetHandle(), WM_GETFONT, 0, 0));
+    LOGFONTW description{};
+    ::GetObjectW(font, sizeof description, &description);
+    EXPECT_EQ(std::abs(description.lfHeight), MulDiv(12, density, 96));
+  }
 }
 
 }  // namespace

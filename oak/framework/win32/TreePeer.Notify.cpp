@@ -1,0 +1,177 @@
+// What the system's tree control asks and reports.
+#include "oak/framework/win32/TreePeer.h"
+#include "oak/framework/win32/Input.h"
+
+namespace oak {
+
+bool TTreePeer::HandleNotify(NMHDR& notification, LRESULT& result) {
+  result = 0;
+  auto& change = reinterpret_cast<NMTREEVIEWW&>(notification);
+  auto& info = reinterpret_cast<NMTVDISPINFOW&>(notification);
+  switch (notification.code) {
+    case TVN_GETDISPINFOW:
+      GiveDisplayInfo(info);
+      return true;
+    case NM_CUSTOMDRAW:
+      result = CustomDraw(reinterpret_cast<NMTVCUSTOMDRAW&>(notification));
+      return true;
+    case TVN_ITEMEXPANDINGW:
+      result = HandleExpanding(change) ? FALSE : TRUE;
+      return true;
+    case TVN_ITEMEXPANDEDW:
+      HandleExpanded(change);
+      return true;
+    case TVN_SELCHANGINGW:
+      if (!fPushing) result = !fView.HandleSelecting(NodeOf(change.itemNew.hItem));
+      return true;
+    case TVN_SELCHANGEDW:
+      if (!fPushing) fView.HandleSelected(NodeOf(change.itemNew.hItem));
+      return true;
+    case TVN_BEGINDRAGW:
+    case TVN_BEGINRDRAGW:
+      if (TTreeNode* node = NodeOf(change.itemNew.hItem))
+        fView.HandleBeginDrag(node, notification.code == TVN_BEGINDRAGW ? mbLeft : mbRight);
+      return true;
+    case TVN_BEGINLABELEDITW: {
+      TTreeNode* node = NodeOf(info.item.hItem);
+      result = !node || !fView.HandleBeginEdit(node);
+      if (result == 0) AttachInner(GetEditHandle());
+      return true;
+    }
+    case TVN_ENDLABELEDITW:
+      EndLabelEdit(info);
+      return true;
+    case NM_CLICK:
+      FinishClick();
+      return true;
+    default:
+      return TWindowPeer::HandleNotify(notification, result);
+  }
+}
+
+// The right button selects at once, so that the menu that follows is that of the node.
+LRESULT TTreePeer::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message != WM_RBUTTONDOWN || !fView.GetRightClickSelect())
+    return TWindowPeer::WindowProc(message, wParam, lParam);
+  const TPeerGuard guard(*this);
+  const TTreeHitTest hit =
+      HitTest({static_cast<short>(LOWORD(lParam)), static_cast<short>(HIWORD(lParam))});
+  if (hit.Node && (hit.Flags.Contains(htOnLabel) || hit.Flags.Contains(htOnIcon)))
+    Send(TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(EntryOf(hit.Node)));
+  return guard.IsAlive() ? TWindowPeer::WindowProc(message, wParam, lParam) : 0;
+}
+
+// The native tree waits for the release of a button in a loop of its own, in which the message may
+// never get to the window.
+void TTreePeer::FinishClick() {
+  if (!fView.GetControlState().Contains(csLButtonDown)) return;
+  POINT point{};
+  ::GetCursorPos(&point);
+  ::ScreenToClient(GetHandle(), &point);
+  TMouseEvent event;
+  event.Action = TMouseAction::Up;
+  event.Shift = win32::CurrentShift();
+  event.Position = TPoint(point);
+  fView.HandleMouse(event);
+}
+
+// --- expansion ----------------------------------------------------------------------------------
+
+bool TTreePeer::HandleExpanding(const NMTREEVIEWW& change) {
+  if (fPushing) return true;
+  TTreeNode* node = NodeOf(change.itemNew.hItem);
+  if (!node) return false;
+  if ((change.action & TVE_EXPAND) == 0) return fView.HandleCanCollapse(node);
+  const TPeerGuard guard(*this);
+  const TTreeNodeWatch watch(fView, node);
+  if (!fView.HandleCanExpand(node) || !guard.IsAlive() || !watch.Exists()) return false;
+  if (node->GetFirstChild()) return true;
+  // Children are on their way: the node counts as open, the native one opens with the first.
+  fView.HandleExpanded(node);
+  return false;
+}
+
+void TTreePeer::HandleExpanded(const NMTREEVIEWW& change) {
+  TTreeNode* node = fPushing ? nullptr : NodeOf(change.itemNew.hItem);
+  if (!node) return;
+  if (change.action & TVE_EXPAND)
+    fView.HandleExpanded(node);
+  else
+    fView.HandleCollapsed(node);
+}
+
+// --- texts, images and editing ------------------------------------------------------------------
+
+void TTreePeer::GiveDisplayInfo(NMTVDISPINFOW& info) {
+  TTreeNode* node = reinterpret_cast<TTreeNode*>(info.item.lParam);
+  if (!node) return;
+  const TPeerGuard guard(*this);
+  const TTreeNodeWatch watch(fView, node);
+  if (info.item.mask & TVIF_TEXT) {
+    TString text = fView.HandleGetText(node);
+    if (!guard.IsAlive()) return;
+    TString& kept = fTexts[fNextText++ % fTexts.size()];
+    kept = std::move(text);
+    info.item.pszText = WBuffer(kept);
+  }
+  if ((info.item.mask & TVIF_IMAGE) && watch.Exists())
+    info.item.iImage = fView.HandleGetImage(node, false);
+  if ((info.item.mask & TVIF_SELECTEDIMAGE) && watch.Exists())
+    info.item.iSelectedImage = fView.HandleGetImage(node, true);
+}
+
+void TTreePeer::EndLabelEdit(const NMTVDISPINFOW& info) {
+  std::optional<TString> text;
+  if (info.item.pszText) text = FromW(info.item.pszText);
+  const TPeerGuard guard(*this);
+  fView.HandleEndEdit(std::move(text));
+  if (guard.IsAlive()) Invalidate(nullptr);
+}
+
+// --- drawing ------------------------------------------------------------------------------------
+
+LRESULT TTreePeer::CustomDraw(NMTVCUSTOMDRAW& draw) {
+  switch (draw.nmcd.dwDrawStage) {
+    case CDDS_PREPAINT:
+      return CDRF_NOTIFYITEMDRAW;
+    case CDDS_ITEMPREPAINT:
+    case CDDS_ITEMPOSTPAINT:
+      return DrawNode(draw);
+    default:
+      return CDRF_DODEFAULT;
+  }
+}
+
+LRESULT TTreePeer::DrawNode(NMTVCUSTOMDRAW& draw) {
+  TTreeNode* node = reinterpret_cast<TTreeNode*>(draw.nmcd.lItemlParam);
+  if (!node) return CDRF_DODEFAULT;
+  const bool before = draw.nmcd.dwDrawStage == CDDS_ITEMPREPAINT;
+  TCustomDrawState state;
+  if (node->GetSelected()) state.Include(cdsSelected);
+  if (draw.nmcd.uItemState & CDIS_FOCUS) state.Include(cdsFocused);
+  if (draw.nmcd.uItemState & CDIS_HOT) state.Include(cdsHot);
+  if (!node->GetEnabled() || !fView.GetEnabled()) state.Include(cdsDisabled);
+  const TPeerGuard guard(*this);
+  bool standard = true;
+  {
+    TCanvasWin32 canvas(draw.nmcd.hdc, GetDensity());
+    canvas.SetFont(fView.GetFont());
+    const TColor usual = node->GetEnabled() ? GetTextColor() : ColorToRGB(clGrayText);
+    const bool marked = (draw.nmcd.uItemState & CDIS_SELECTED) != 0 || node->GetDropTarget();
+    canvas.GetFont().SetColor(fView.HandleTextColor(node, usual));
+    canvas.GetBrush().SetStyle(bsClear);
+    standard = guard.IsAlive() &&
+               fView.HandleCustomDrawItem(canvas, node, state, before ? cdPrePaint : cdPostPaint);
+    if (!guard.IsAlive()) return CDRF_SKIPDEFAULT;
+    if (before && !marked) draw.clrText = ColorToRGB(canvas.GetFont().GetColor());
+    if (before && canvas.GetBrush().GetStyle() == bsSolid)
+      draw.clrTextBk = ColorToRGB(canvas.GetBrush().GetColor());
+    fNodeFont = FontHandleOf(canvas.GetFont());
+  }
+  if (!standard) return CDRF_SKIPDEFAULT;
+  if (!before) return CDRF_DODEFAULT;
+  if (fNodeFont) ::SelectObject(draw.nmcd.hdc, fNodeFont->Get());
+  return CDRF_NEWFONT | CDRF_NOTIFYPOSTPAINT;
+}
+
+}  // namespace oak

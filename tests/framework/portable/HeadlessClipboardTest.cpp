@@ -1,0 +1,59 @@
+#include "oak/framework/headless/HeadlessClipboard.h"
+
+#include <gtest/gtest.h>
+
+#include "oak/base/InterfacedObject.h"
+#include "oak/framework/Forms.h"
+#include "oak/platform/portable/PortableMemory.h"
+#include "testkit/HeadlessForms.h"
+
+namespace oak::tests {
+namespace {
+
+/// Data with a text, or with none.
+class TTextData : public TInterfacedObject<IDataObject> {
+ public:
+  explicit TTextData(TString text, bool hasText = true)
+      : fText(std::move(text)), fHasText(hasText) {}
+  HRESULT GetData(FORMATETC* format, STGMEDIUM* medium) override {
+    if (!fHasText || format->cfFormat != CF_UNICODETEXT) return E_NOTIMPL;
+    *medium = {};
+    medium->tymed = TYMED_HGLOBAL;
+    medium->hGlobal = PortableGlobalCopy(fText.data(), fText.size() * sizeof(char16_t));
+    return S_OK;
+  }
+  HRESULT GetDataHere(FORMATETC*, STGMEDIUM*) override { return E_NOTIMPL; }
+  HRESULT QueryGetData(FORMATETC*) override { return E_NOTIMPL; }
+  HRESULT GetCanonicalFormatEtc(FORMATETC*, FORMATETC*) override { return E_NOTIMPL; }
+  HRESULT SetData(FORMATETC*, STGMEDIUM*, BOOL) override { return E_NOTIMPL; }
+  HRESULT EnumFormatEtc(DWORD, IEnumFORMATETC**) override { return E_NOTIMPL; }
+  HRESULT DAdvise(FORMATETC*, DWORD, IAdviseSink*, DWORD*) override { return E_NOTIMPL; }
+  HRESULT DUnadvise(DWORD) override { return E_NOTIMPL; }
+  HRESULT EnumDAdvise(IEnumSTATDATA**) override { return E_NOTIMPL; }
+
+ private:
+  const TString fText;
+  const bool fHasText;
+};
+
+TEST(HeadlessClipboard, WhatWasCopiedLastIsThere) {
+  testkit::THeadlessScreen screen([](const std::string& text) { ADD_FAILURE() << text; });
+  const auto copy = [](TString text, bool hasText = true) {
+    SetPortableClipboard(Ref<IDataObject>::Adopt(new TTextData(std::move(text), hasText)));
+  };
+  EXPECT_FALSE(Clipboard().HasText());
+  Clipboard().SetAsText(u"ours");
+  EXPECT_EQ(Clipboard().GetAsText(), u"ours");
+  copy(u"the shell's");
+  EXPECT_EQ(Clipboard().GetAsText(), u"the shell's");  // without an end of its own
+  copy(TString(u"cut\0here", 8));
+  EXPECT_EQ(Clipboard().GetAsText(), u"cut");
+  Clipboard().SetAsText(u"again ours");
+  EXPECT_EQ(Clipboard().GetAsText(), u"again ours");
+  copy(u"", false);  // files
+  EXPECT_FALSE(Clipboard().HasText());
+  SetPortableClipboard(nullptr);
+}
+
+}  // namespace
+}  // namespace oak::tests
