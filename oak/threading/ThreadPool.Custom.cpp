@@ -268,6 +268,7 @@ bool TCustomThreadPool::GiveUp(TOakThread* pThread) {
     pThread->fStatus = TTaskStatus::Canceled;
     Unlist(pThread);
     isLast = fThreads.empty();
+    NotifyDeleted();
     if (pThread->fInNotification) fUses.fetch_sub(1);  // This caller still is a user.
     if (pThread->ForceTerminate()) {
       killed.reset(pThread);
