@@ -220,6 +220,7 @@ TEST_F(HeadlessListInput, RowsAreDraggedWithTheirSelection) {
   EXPECT_EQ(list->State(), "[2]") << "a click means the one row";
   DragRow(5, {0, 40}, {}, mbRight);
   EXPECT_TRUE(HasEvent("drag right"));
+  EXPECT_FALSE(HasEvent("menu"));
   EXPECT_EQ(list->State(), "[5]");
   list->Take();
   screen->Drag(list->ClientToScreen({280, 190}), list->ClientToScreen({200, 100}));

@@ -119,6 +119,7 @@ void THeadlessListPeer::MouseDown(TMouseEvent& event) {
   const TListHitTest hit = HitTest(event.Position);
   if (!guard.IsAlive()) return;
   fPress = {};
+  fRightDragged = false;
   if (hit.Flags.Contains(htOnStateIcon)) {
     if (event.Button == mbLeft) fView.HandleToggleCheck(hit.Index);
     return;
@@ -167,6 +168,7 @@ void THeadlessListPeer::MouseMove(const TMouseEvent& event) {
   const TPoint way = event.Position - fPress.Start;
   if (std::max(std::abs(way.X), std::abs(way.Y)) <= Scaled(ListDragStart)) return;
   const TMouseButton button = std::exchange(fPress, {}).Button;
+  fRightDragged = button == mbRight;
   const TLifeGuard guard = Guard();
   SetCapture(false);
   if (guard.IsAlive()) fView.HandleBeginDrag(button);
@@ -174,6 +176,7 @@ void THeadlessListPeer::MouseMove(const TMouseEvent& event) {
 
 void THeadlessListPeer::MouseUp(TMouseEvent& event) {
   const TPress press = fPress;
+  if (event.Button == mbRight && std::exchange(fRightDragged, false)) event.Handled = true;
   if (press.Index < 0 || press.Button != event.Button) return;
   const TLifeGuard guard = Guard();
   fPress = {};

@@ -160,7 +160,8 @@ class THeadlessListPeer : public THeadlessPeer, public IListViewPeer {
   std::unique_ptr<THeadlessListHeader> fHeader;
   std::unique_ptr<THeadlessEditBox> fEdit;
   TPress fPress;
-  int fAnchor = -1;  // where a range with the shift key begins
+  bool fRightDragged = false;  // the release of the button asks for no menu then
+  int fAnchor = -1;            // where a range with the shift key begins
   int fUpdateCount = 0;
   TString fSearch;
   std::uint64_t fSearchTicks = 0;

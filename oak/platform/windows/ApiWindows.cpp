@@ -152,13 +152,12 @@ void BindSystem(TApi& api) {
   OAK_BIND(RegEnumKeyExW);
   OAK_BIND(RegEnumValueW);
   // Not every SDK says that the security attributes are left alone.
-  api.RegCreateKeyExW.SetFunction([](HKEY key, LPCWSTR name, DWORD reserved, LPWSTR className,
-                                     DWORD options, REGSAM access,
-                                     const SECURITY_ATTRIBUTES* security, HKEY* result,
-                                     DWORD* disposition) {
-    return ::RegCreateKeyExW(key, name, reserved, className, options, access,
-                             const_cast<SECURITY_ATTRIBUTES*>(security), result, disposition);
-  });
+  api.RegCreateKeyExW.SetFunction(
+      [](HKEY key, LPCWSTR name, DWORD reserved, LPWSTR className, DWORD options, REGSAM access,
+         const SECURITY_ATTRIBUTES* security, HKEY* result, DWORD* disposition) {
+        return ::RegCreateKeyExW(key, name, reserved, className, options, access,
+                                 const_cast<SECURITY_ATTRIBUTES*>(security), result, disposition);
+      });
   OAK_BIND(RegSetValueExW);
   OAK_BIND(RegDeleteValueW);
   OAK_BIND(RegDeleteKeyExW);
