@@ -11,16 +11,9 @@
 #include "oak/framework/Events.h"
 #include "oak/framework/Forms.h"
 #include "testkit/HeadlessForms.h"
+#include "tests/framework/GeometryPrinting.h"
 
 namespace oak {
-
-inline void PrintTo(const TRect& rect, std::ostream* out) {
-  *out << rect.Left << "," << rect.Top << "-" << rect.Right << "," << rect.Bottom;
-}
-inline void PrintTo(const TSize& size, std::ostream* out) {
-  *out << size.Width << "x" << size.Height;
-}
-
 namespace tests {
 
 using TLog = std::vector<std::string>;

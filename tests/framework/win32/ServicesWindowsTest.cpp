@@ -131,9 +131,9 @@ TEST_F(ServicesWindows, HintAppearsWhereTheMouseRests) {
 }
 
 /// Notes what is dragged over it.
-class TTarget final : public TInterfacedObject<IDropTarget> {
+class TNotingTarget final : public TInterfacedObject<IDropTarget> {
  public:
-  explicit TTarget(std::vector<std::string>& log) : fLog(log) {}
+  explicit TNotingTarget(std::vector<std::string>& log) : fLog(log) {}
   HRESULT STDMETHODCALLTYPE DragEnter(IDataObject*, DWORD, POINTL, DWORD* effect) override {
     return Note("enter", effect);
   }
@@ -182,7 +182,7 @@ TEST_F(ServicesWindows, DragReachesTheTarget) {
   target.SetBounds(150, 0, 100, 100);
   std::vector<std::string> log;
   {
-    Ref<TTarget> drop = Ref<TTarget>::Adopt(new TTarget(log));
+    Ref<TNotingTarget> drop = Ref<TNotingTarget>::Adopt(new TNotingTarget(log));
     target.SetDropTarget(drop.Get());
   }
   form.Show();

@@ -14,13 +14,9 @@
 #include "oak/framework/win32/Screenshot.h"
 #include "oak/framework/win32/Win32WidgetSet.h"
 #include "oak/platform/shell_api.h"
+#include "tests/framework/GeometryPrinting.h"
 
 namespace oak {
-
-inline void PrintTo(const TRect& rect, std::ostream* out) {
-  *out << rect.Left << "," << rect.Top << "-" << rect.Right << "," << rect.Bottom;
-}
-
 namespace tests {
 
 class TWin32Test : public ::testing::Test {
