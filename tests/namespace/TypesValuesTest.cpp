@@ -145,7 +145,7 @@ TEST(ShellFolderHelper, NamesFoldersAndValues) {
 // --- values ----------------------------------------------------------------
 
 /// Two hours east of UTC, always.
-class TZone {
+class TZoneOfValues {
   TScopedApi<decltype(TApi::GetTimeZoneInformation)> fZone{Api().GetTimeZoneInformation,
                                                            [](TIME_ZONE_INFORMATION* zone) {
                                                              *zone = {};
@@ -155,7 +155,7 @@ class TZone {
 };
 
 TEST(ShellPropertyValue, DatesAreShiftedByTheirKind) {
-  const TZone zone;
+  const TZoneOfValues zone;
   const TDateTime noon = EncodeDate(2024, 7, 1) + 0.5;
   constexpr double hour = 1.0 / 24;
   const struct {
