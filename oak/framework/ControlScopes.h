@@ -1,7 +1,9 @@
 // Small guards that the sources of the controls share. Not for users.
 #pragma once
 
-#include "oak/framework/Control.h"
+#include <vector>
+
+#include "oak/framework/WinControl.h"
 
 namespace oak {
 
@@ -31,5 +33,21 @@ class TMemberScope {
   T& fMember;
   T fFormer;
 };
+
+template <class TAction>
+void TWinControl::ForEachChild(const TAction& action) {
+  const TLifeGuard guard = GetLifeGuard();
+  for (const TGuardedControl& child : GuardedChildren()) {
+    if (child.Guard.IsAlive()) action(*child.Control);
+    if (!guard.IsAlive()) return;
+  }
+}
+
+template <class TAction>
+void TWinControl::ForEachWindow(const TAction& action) {
+  ForEachChild([&action](TControl& control) {
+    if (auto* window = dynamic_cast<TWinControl*>(&control)) action(*window);
+  });
+}
 
 }  // namespace oak

@@ -44,4 +44,11 @@ void RunFenced(TControl& sender, Body&& body) noexcept {
   }
 }
 
+/// The same with a result: `fallback` if something was thrown.
+template <class TResult, class Body>
+TResult RunFenced(TControl& sender, TResult fallback, Body&& body) noexcept {
+  RunFenced(sender, [&] { fallback = body(); });
+  return fallback;
+}
+
 }  // namespace oak

@@ -64,26 +64,32 @@ void TCustomListView::HandleSelectRange(int first, int last, bool selected) {
   first = std::max(0, first);
   last = std::min(last, Items().GetCount() - 1);
   if (first > last) return;
-  TRange changed;
-  if (selected && !fMultiSelect)
-    MarkOnly(last, last, changed);
-  else
-    MarkRange(first, last, selected, changed);
-  SelectionMarked(changed, false);
+  RunFenced(*this, [&] {
+    TRange changed;
+    if (selected && !fMultiSelect)
+      MarkOnly(last, last, changed);
+    else
+      MarkRange(first, last, selected, changed);
+    SelectionMarked(changed, false);
+  });
 }
 
 void TCustomListView::HandleSelectOnly(int first, int last) {
   first = std::max(0, first);
   last = std::min(last, Items().GetCount() - 1);
-  TRange changed;
-  if (first > last)
-    MarkRange(0, Items().GetCount() - 1, false, changed);
-  else
-    MarkOnly(fMultiSelect ? first : last, last, changed);
-  SelectionMarked(changed, false);
+  RunFenced(*this, [&] {
+    TRange changed;
+    if (first > last)
+      MarkRange(0, Items().GetCount() - 1, false, changed);
+    else
+      MarkOnly(fMultiSelect ? first : last, last, changed);
+    SelectionMarked(changed, false);
+  });
 }
 
-void TCustomListView::HandleFocusItem(int index) { FocusItem(Items().GetItem(index), false); }
+void TCustomListView::HandleFocusItem(int index) {
+  RunFenced(*this, [&] { FocusItem(Items().GetItem(index), false); });
+}
 
 void TCustomListView::Change(TListItem* item, TItemChange change) {
   FireEvent(OnChange, this, item, change);
@@ -99,12 +105,14 @@ void TCustomListView::DeleteItem(TListItem* item) { FireEvent(OnDeletion, this, 
 
 void TCustomListView::HandleToggleCheck(int index) {
   TListItem* const item = Items().GetItem(index);
-  if (item && fCheckboxes && !GetStateImages()) item->SetChecked(!item->GetChecked());
+  if (!item || !fCheckboxes || GetStateImages()) return;
+  RunFenced(*this, [&] { item->SetChecked(!item->GetChecked()); });
 }
 
 int TCustomListView::HandleIncrementalSearch(const TString& text, int start) {
   const TLifeGuard guard = GetLifeGuard();
-  const int found = IncrementalSearch(text, std::max(0, start));
+  const int found =
+      RunFenced(*this, -1, [&] { return IncrementalSearch(text, std::max(0, start)); });
   return guard.IsAlive() && Items().GetItem(found) ? found : -1;
 }
 
@@ -125,13 +133,13 @@ TListColumn* ColumnOrNil(TListColumns& columns, int index) {
 
 void TCustomListView::HandleColumnClick(int column) {
   TListColumn* const clicked = ColumnOrNil(Columns(), column);
-  if (clicked && fColumnClick) ColClick(clicked);
+  if (clicked && fColumnClick) RunFenced(*this, [&] { ColClick(clicked); });
 }
 
 void TCustomListView::ColClick(TListColumn* column) { FireEvent(OnColumnClick, this, column); }
 
 void TCustomListView::HandleColumnRightClick(int column, TPoint point) {
-  ColRightClick(ColumnOrNil(Columns(), column), point);
+  RunFenced(*this, [&] { ColRightClick(ColumnOrNil(Columns(), column), point); });
 }
 
 void TCustomListView::ColRightClick(TListColumn* column, TPoint point) {
@@ -142,14 +150,14 @@ void TCustomListView::HandleColumnWidth(int column, int width, bool finished) {
   TListColumn* const sized = ColumnOrNil(Columns(), column);
   if (!sized) return;
   sized->fWidth = sized->Limited(width);
-  ColResized(column, finished);
+  RunFenced(*this, [&] { ColResized(column, finished); });
 }
 
 void TCustomListView::ColResized(int, bool) {}
 
 bool TCustomListView::HandleColumnDragging(int from, int to, int x) {
   return fFullDrag && ColumnOrNil(Columns(), from) && ColumnOrNil(Columns(), to) &&
-         CanDragColumn(from, to, x);
+         RunFenced(*this, false, [&] { return CanDragColumn(from, to, x); });
 }
 
 bool TCustomListView::CanDragColumn(int, int, int) { return true; }
@@ -159,7 +167,7 @@ void TCustomListView::HandleColumnDragged(int from, int to) {
   if (!dragged || !ColumnOrNil(Columns(), to)) return;
   const TLifeGuard guard = GetLifeGuard();
   dragged->SetIndex(to);
-  if (guard.IsAlive()) ColDragged(from, to);
+  if (guard.IsAlive()) RunFenced(*this, [&] { ColDragged(from, to); });
 }
 
 void TCustomListView::ColDragged(int, int) { FireEvent(OnColumnDragged, this); }
@@ -171,7 +179,8 @@ bool TCustomListView::HandleBeginEdit(int index) {
   if (!item || fEdited) return false;
   const TLifeGuard guard = GetLifeGuard();
   const unsigned version = fItems->fVersion;
-  if (!CanEdit(item) || !guard.IsAlive() || !fItems->Holds(item, version)) return false;
+  const bool allowed = RunFenced(*this, false, [&] { return CanEdit(item); });
+  if (!allowed || !guard.IsAlive() || !fItems->Holds(item, version)) return false;
   fEdited = item;
   return true;
 }
@@ -185,13 +194,10 @@ bool TCustomListView::CanEdit(TListItem* item) {
 bool TCustomListView::HandleEndEdit(std::optional<TString> text) {
   TListItem* const item = std::exchange(fEdited, nullptr);
   if (!item) return false;
-  if (!text) {
-    CancelEdit(item);
-    return false;
-  }
   const TLifeGuard guard = GetLifeGuard();
   const unsigned version = fItems->fVersion;
-  Edit(item, *text);
+  RunFenced(*this, [&] { text ? Edit(item, *text) : CancelEdit(item); });
+  if (!text) return false;
   return guard.IsAlive() && fItems->Holds(item, version);
 }
 
@@ -210,7 +216,15 @@ void TCustomListView::CancelEdit(TListItem*) {}
 
 // --- drag -------------------------------------------------------------------------------------
 
-void TCustomListView::HandleBeginDrag(TMouseButton button) { DoBeginDrag(button); }
+void TCustomListView::HandleBeginDrag(TMouseButton button) {
+  const TLifeGuard guard = GetLifeGuard();
+  RunFenced(*this, [&] { DoBeginDrag(button); });
+  if (!guard.IsAlive()) return;
+  // The release of the button went to the drag, or is no click.
+  ExcludeState(csLButtonDown);
+  ExcludeState(csClicked);
+}
+
 void TCustomListView::DoBeginDrag(TMouseButton) {}
 
 std::unique_ptr<TBitmap> TCustomListView::GetDragImage(TPoint& hotSpot) {

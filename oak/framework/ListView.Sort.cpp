@@ -2,34 +2,9 @@
 #include "oak/framework/ListView.h"
 #include "oak/base/LogicalOrder.h"
 #include "oak/framework/Events.h"
+#include "oak/framework/MergeSort.h"
 
 namespace oak {
-namespace {
-
-/// A merge sort. Whatever the comparison answers, it does no harm: the result is some order then.
-template <class TIsAfter>
-void MergeSortRows(std::vector<TListItem*>& rows, const TIsAfter& isAfter) {
-  std::vector<TListItem*> merged(rows.size());
-  for (std::size_t width = 1; width < rows.size(); width *= 2) {
-    for (std::size_t low = 0; low < rows.size(); low += 2 * width) {
-      const std::size_t middle = std::min(low + width, rows.size());
-      const std::size_t high = std::min(low + 2 * width, rows.size());
-      std::size_t left = low;
-      std::size_t right = middle;
-      // Halves that follow each other already are the common case.
-      const bool sorted = middle == high || !isAfter(rows[middle - 1], rows[middle]);
-      for (std::size_t out = low; out < high; ++out) {
-        const bool takeRight =
-            !sorted && right < high && (left == middle || isAfter(rows[left], rows[right]));
-        merged[out] = sorted ? rows[out] : rows[takeRight ? right++ : left++];
-      }
-    }
-    rows.swap(merged);
-  }
-}
-
-}  // namespace
-
 std::vector<TListItem*> TCustomListView::SortedByCaption() const {
   struct TEntry {
     TLogicalKey Key;
@@ -56,7 +31,7 @@ bool TCustomListView::CustomSort(const TLVCompare& compare, LPARAM data) {
   order.reserve(static_cast<std::size_t>(fItems->GetCount()));
   for (TListItem* const item : *fItems) order.push_back(item);
   const auto unchanged = [&] { return guard.IsAlive() && fItems->fVersion == version; };
-  MergeSortRows(order, [&](TListItem* a, TListItem* b) {
+  MergeSort(order, [&](TListItem* a, TListItem* b) {
     if (!unchanged()) return false;
     if (compare) return compare(a, b, data) > 0;
     int result = 0;

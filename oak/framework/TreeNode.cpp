@@ -201,7 +201,7 @@ void TTreeNode::MoveTo(TTreeNode* destination, TNodeAttachMode mode) {
 
 bool TTreeNode::CustomSort(const TTVCompare& compare, LPARAM data, bool recursive) {
   if (!fOwner || !fFirstChild) return false;
-  fOwner->Sort(this, compare, data, recursive);
+  fOwner->SortBranch(this, compare, data, recursive);
   return true;
 }
 

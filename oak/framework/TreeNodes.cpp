@@ -1,32 +1,32 @@
-#include <algorithm>
 #include <vector>
 
 #include "oak/base/LogicalOrder.h"
+#include "oak/framework/MergeSort.h"
 #include "oak/framework/TreeView.h"
 
 namespace oak {
-namespace {
-
-/// Number of nodes of a branch.
-int CountBranch(const TTreeNode* root) {
-  int count = 1;
-  for (const TTreeNode* node = root->GetFirstChild(); node;) {
-    ++count;
-    if (node->GetFirstChild()) {
-      node = node->GetFirstChild();
-      continue;
-    }
-    while (node != root && !node->GetNextSibling()) node = node->GetParent();
-    node = node == root ? nullptr : node->GetNextSibling();
-  }
-  return count;
-}
-
-}  // namespace
 
 TTreeNodes::TTreeNodes(TCustomTreeView* owner) : fOwner(owner) {}
 
 TTreeNodes::~TTreeNodes() { Clear(); }
+
+// The next node of a branch, depth first.
+TTreeNode* TTreeNodes::NextInBranch(const TTreeNode* root, TTreeNode* node) {
+  if (node->fFirstChild) return node->fFirstChild;
+  while (node != root && !node->fNextSibling) node = node->fParent;
+  return node == root ? nullptr : node->fNextSibling;
+}
+
+// For the program the whole branch is gone before the first handler hears of it. Tells its size.
+int TTreeNodes::MarkBranch(TTreeNode* root) {
+  int count = 0;
+  for (TTreeNode* node = root; node; node = NextInBranch(root, node)) {
+    node->SetFlag(TTreeNode::FlagDeleting, true);
+    node->PeerData = 0;
+    ++count;
+  }
+  return count;
+}
 
 TTreeNode* TTreeNodes::GetNodeFromIndex(int index) const {
   TTreeNode* node = index < 0 ? nullptr : fFirst;
@@ -58,11 +58,14 @@ TTreeNode* TTreeNodes::Insert(TTreeNode* sibling, TString text) {
 
 TTreeNode* TTreeNodes::AddNode(std::unique_ptr<TTreeNode> node, TTreeNode* relative,
                                TNodeAttachMode mode) {
+  const TTreeNode* const near = relative;
+  if (!node || (near && near->GetDeleting()) || fOwner->GetComponentState().Contains(csDestroying))
+    return nullptr;
   TTreeNode* added = node.release();  // belongs to the tree from here on
   Attach(added, relative, mode);
   ++fCount;
-  if (fOwner->fTreePeer) fOwner->fTreePeer->NodeInserted(added);
   const TTreeNodeWatch watch(*fOwner, added);
+  if (fOwner->fTreePeer) fOwner->fTreePeer->NodeInserted(added);
   fOwner->Added(added);
   return watch.Exists() ? added : nullptr;
 }
@@ -99,6 +102,7 @@ void TTreeNodes::Move(TTreeNode* node, TTreeNode* destination, TNodeAttachMode m
 void TTreeNodes::Link(TTreeNode* node, TTreeNode* parent, TTreeNode* before) {
   TTreeNode*& first = parent ? parent->fFirstChild : fFirst;
   TTreeNode*& last = parent ? parent->fLastChild : fLast;
+  ++fVersion;
   node->fParent = parent;
   node->fNextSibling = before;
   node->fPrevSibling = before ? before->fPrevSibling : last;
@@ -110,6 +114,7 @@ void TTreeNodes::Link(TTreeNode* node, TTreeNode* parent, TTreeNode* before) {
 }
 
 void TTreeNodes::Unlink(TTreeNode* node) {
+  ++fVersion;
   TTreeNode* parent = node->fParent;
   (node->fPrevSibling ? node->fPrevSibling->fNextSibling
                       : (parent ? parent->fFirstChild : fFirst)) = node->fNextSibling;
@@ -130,7 +135,7 @@ void TTreeNodes::Delete(TTreeNode* node) {
   if (view->fTreePeer) view->fTreePeer->NodeDeleting(node);
   TTreeNode* parent = node->fParent;
   Unlink(node);
-  fCount -= CountBranch(node);
+  fCount -= MarkBranch(node);
   if (parent) parent->Update();
   DestroyBranch(node, view);
 }
@@ -140,7 +145,6 @@ void TTreeNodes::Delete(TTreeNode* node) {
 void TTreeNodes::DestroyBranch(TTreeNode* root, TCustomTreeView* view) {
   const TLifeGuard guard = view->GetLifeGuard();
   for (TTreeNode* node = root; node;) {
-    node->SetFlag(TTreeNode::FlagDeleting, true);
     if (node->fFirstChild) {
       node = node->fFirstChild;
       continue;
@@ -167,6 +171,8 @@ void TTreeNodes::Clear() {
   TTreeNode* root = fFirst;
   fFirst = fLast = nullptr;
   fCount = 0;
+  ++fVersion;
+  for (TTreeNode* other = root; other; other = other->fNextSibling) MarkBranch(other);
   while (root) {
     TTreeNode* next = root->fNextSibling;
     root->fPrevSibling = root->fNextSibling = nullptr;
@@ -185,26 +191,38 @@ void TTreeNodes::EndUpdate() {
   if (fOwner->fTreePeer) fOwner->fTreePeer->EndUpdate();
 }
 
-void TTreeNodes::Sort(TTreeNode* parent, const TTVCompare& compare, LPARAM data, bool recursive) {
-  TTreeNode*& first = parent ? parent->fFirstChild : fFirst;
-  TTreeNode*& last = parent ? parent->fLastChild : fLast;
+// False if a comparison has changed the tree, which stays as it is then.
+bool TTreeNodes::Sort(TTreeNode* parent, const TTVCompare& compare, LPARAM data) {
   std::vector<TTreeNode*> nodes;
-  for (TTreeNode* node = first; node; node = node->fNextSibling) nodes.push_back(node);
-  std::stable_sort(nodes.begin(), nodes.end(), [&](TTreeNode* a, TTreeNode* b) {
-    return (compare ? compare(a, b, data) : CompareLogical(a->GetText(), b->GetText())) < 0;
+  for (TTreeNode* node = parent ? parent->fFirstChild : fFirst; node; node = node->fNextSibling)
+    nodes.push_back(node);
+  const TLifeGuard guard = fOwner->GetLifeGuard();
+  const unsigned version = fVersion;
+  const auto unchanged = [&] { return guard.IsAlive() && fVersion == version; };
+  MergeSort(nodes, [&](TTreeNode* a, TTreeNode* b) {
+    if (!unchanged()) return false;
+    return (compare ? compare(a, b, data) : CompareLogical(a->GetText(), b->GetText())) > 0;
   });
+  if (!unchanged()) return false;
   TTreeNode* previous = nullptr;
   for (TTreeNode* node : nodes) {
     node->fPrevSibling = previous;
     node->fNextSibling = nullptr;
-    (previous ? previous->fNextSibling : first) = node;
+    (previous ? previous->fNextSibling : parent ? parent->fFirstChild : fFirst) = node;
     previous = node;
   }
-  last = previous;
+  (parent ? parent->fLastChild : fLast) = previous;
   if (fOwner->fTreePeer && nodes.size() > 1) fOwner->fTreePeer->ChildrenSorted(parent);
-  if (!recursive) return;
-  for (TTreeNode* node : nodes) {
-    if (node->fFirstChild) Sort(node, compare, data, true);
+  return true;
+}
+
+// Sorts the children of `parent`, and those of the nodes below it if `recursive`.
+void TTreeNodes::SortBranch(TTreeNode* parent, const TTVCompare& compare, LPARAM data,
+                            bool recursive) {
+  if (!Sort(parent, compare, data) || !recursive) return;
+  for (TTreeNode* node = parent ? parent->fFirstChild : fFirst; node;
+       node = parent ? NextInBranch(parent, node) : node->GetNext()) {
+    if (node->fFirstChild && !Sort(node, compare, data)) return;
   }
 }
 

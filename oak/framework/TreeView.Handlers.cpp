@@ -1,5 +1,6 @@
 // What the tree's window asks and reports, and the events that come of it.
 #include "oak/framework/TreeView.h"
+#include "oak/framework/Events.h"
 
 namespace oak {
 
@@ -26,9 +27,7 @@ bool TCustomTreeView::HandleCustomDrawItem(TCanvas& canvas, TTreeNode* node, TCu
   return !IsCustomDrawn(dtItem, stage) || CustomDrawItem(canvas, node, state, stage);
 }
 
-void TCustomTreeView::GetImageIndex(TTreeNode* node) {
-  if (OnGetImageIndex) OnGetImageIndex(this, node);
-}
+void TCustomTreeView::GetImageIndex(TTreeNode* node) { FireEvent(OnGetImageIndex, this, node); }
 
 void TCustomTreeView::GetSelectedIndex(TTreeNode*) {}
 
@@ -39,8 +38,7 @@ bool TCustomTreeView::IsCustomDrawn(TCustomDrawTarget target, TCustomDrawStage) 
 bool TCustomTreeView::CustomDrawItem(TCanvas& canvas, TTreeNode* node, TCustomDrawState state,
                                      TCustomDrawStage stage) {
   bool defaultDraw = true;
-  if (OnAdvancedCustomDrawItem)
-    OnAdvancedCustomDrawItem(this, node, state, stage, canvas, defaultDraw);
+  FireEvent(OnAdvancedCustomDrawItem, this, node, state, stage, canvas, defaultDraw);
   return defaultDraw;
 }
 
@@ -49,71 +47,71 @@ bool TCustomTreeView::CustomDrawItem(TCanvas& canvas, TTreeNode* node, TCustomDr
 bool TCustomTreeView::HandleCanExpand(TTreeNode* node) {
   if (!node->GetHasChildren() && !node->GetFirstChild()) return false;
   const TTreeNodeWatch watch(*this, node);
-  return CanExpand(node) && watch.Exists() && (node->GetFirstChild() || node->GetHasChildren());
+  const bool allowed = RunFenced(*this, false, [&] { return CanExpand(node); });
+  return allowed && watch.Exists() && (node->GetFirstChild() || node->GetHasChildren());
 }
 
 void TCustomTreeView::HandleExpanded(TTreeNode* node) {
-  if (node->SetFlag(TTreeNode::FlagExpanded, true)) Expanded(node);
+  if (!node->SetFlag(TTreeNode::FlagExpanded, true)) return;
+  RunFenced(*this, [&] { Expanded(node); });
 }
 
 bool TCustomTreeView::HandleCanCollapse(TTreeNode* node) {
   const TTreeNodeWatch watch(*this, node);
-  return CanCollapse(node) && watch.Exists();
+  return RunFenced(*this, false, [&] { return CanCollapse(node); }) && watch.Exists();
 }
 
 void TCustomTreeView::HandleCollapsed(TTreeNode* node) {
   if (!node->SetFlag(TTreeNode::FlagExpanded, false)) return;
-  const TTreeNodeWatch watch(*this, node);
-  if (fSelected && fSelected->HasAsParent(node)) SetSelected(node);
-  if (watch.Exists()) Collapsed(node);
+  RunFenced(*this, [&] {
+    const TTreeNodeWatch watch(*this, node);
+    if (fSelected && fSelected->HasAsParent(node)) SetSelected(node);
+    if (watch.Exists()) Collapsed(node);
+  });
 }
 
 bool TCustomTreeView::CanExpand(TTreeNode* node) {
   bool allow = true;
-  if (OnExpanding) OnExpanding(this, node, allow);
+  FireEvent(OnExpanding, this, node, allow);
   return allow;
 }
 
-void TCustomTreeView::Expanded(TTreeNode* node) {
-  if (OnExpanded) OnExpanded(this, node);
-}
+void TCustomTreeView::Expanded(TTreeNode* node) { FireEvent(OnExpanded, this, node); }
 
 bool TCustomTreeView::CanCollapse(TTreeNode* node) {
   bool allow = true;
-  if (OnCollapsing) OnCollapsing(this, node, allow);
+  FireEvent(OnCollapsing, this, node, allow);
   return allow;
 }
 
-void TCustomTreeView::Collapsed(TTreeNode* node) {
-  if (OnCollapsed) OnCollapsed(this, node);
-}
+void TCustomTreeView::Collapsed(TTreeNode* node) { FireEvent(OnCollapsed, this, node); }
 
 // --- selection --------------------------------------------------------------------------------
 
 bool TCustomTreeView::HandleSelecting(TTreeNode* node) {
   const TTreeNodeWatch watch(*this, node);
-  return CanChange(node) && (!node || watch.Exists());
+  return RunFenced(*this, false, [&] { return CanChange(node); }) && (!node || watch.Exists());
 }
 
 void TCustomTreeView::HandleSelected(TTreeNode* node) {
-  if (std::exchange(fSelected, node) != node) SelectionHasChanged();
+  if (std::exchange(fSelected, node) == node) return;
+  RunFenced(*this, [&] { SelectionHasChanged(); });
 }
 
 bool TCustomTreeView::CanChange(TTreeNode* node) {
   bool allow = true;
-  if (OnChanging) OnChanging(this, node, allow);
+  FireEvent(OnChanging, this, node, allow);
   return allow;
 }
 
-void TCustomTreeView::Change(TTreeNode* node) {
-  if (OnChange) OnChange(this, node);
-}
+void TCustomTreeView::Change(TTreeNode* node) { FireEvent(OnChange, this, node); }
 
 // --- editing ----------------------------------------------------------------------------------
 
 bool TCustomTreeView::HandleBeginEdit(TTreeNode* node) {
   const TTreeNodeWatch watch(*this, node);
-  if (fReadOnly || !CanEdit(node) || !watch.Exists()) return false;
+  if (fReadOnly || !RunFenced(*this, false, [&] { return CanEdit(node); }) || !watch.Exists())
+    return false;
   fEdited = node;
   return true;
 }
@@ -121,25 +119,21 @@ bool TCustomTreeView::HandleBeginEdit(TTreeNode* node) {
 bool TCustomTreeView::HandleEndEdit(std::optional<TString> text) {
   TTreeNode* node = std::exchange(fEdited, nullptr);
   if (!node) return false;
-  if (!text) {
-    CancelEdit(node);
-    return false;
-  }
   const TTreeNodeWatch watch(*this, node);
-  Edit(node, *text);
-  return watch.Exists() && node->GetText() == *text;
+  RunFenced(*this, [&] { text ? Edit(node, *text) : CancelEdit(node); });
+  return text && watch.Exists() && node->GetText() == *text;
 }
 
 bool TCustomTreeView::CanEdit(TTreeNode* node) {
   bool allow = true;
-  if (OnEditing) OnEditing(this, node, allow);
+  FireEvent(OnEditing, this, node, allow);
   return allow;
 }
 
 void TCustomTreeView::Edit(TTreeNode* node, const TString& text) {
   TString accepted = text;
   const TTreeNodeWatch watch(*this, node);
-  if (OnEdited) OnEdited(this, node, accepted);
+  FireEvent(OnEdited, this, node, accepted);
   if (watch.Exists()) node->SetText(std::move(accepted));
 }
 
@@ -148,22 +142,22 @@ void TCustomTreeView::CancelEdit(TTreeNode*) {}
 // --- life of nodes ----------------------------------------------------------------------------
 
 std::unique_ptr<TTreeNode> TCustomTreeView::CreateNode() {
-  if (OnCreateNode) {
-    if (std::unique_ptr<TTreeNode> node = OnCreateNode(this)) return node;
-  }
+  const auto create = OnCreateNode;  // a copy: it may destroy the tree
+  if (std::unique_ptr<TTreeNode> node = create ? create(this) : nullptr) return node;
   return std::make_unique<TTreeNode>(fItems.get());
 }
 
-void TCustomTreeView::Added(TTreeNode* node) {
-  if (OnAddition) OnAddition(this, node);
-}
+void TCustomTreeView::Added(TTreeNode* node) { FireEvent(OnAddition, this, node); }
 
-void TCustomTreeView::Delete(TTreeNode* node) {
-  if (OnDeletion) OnDeletion(this, node);
-}
+void TCustomTreeView::Delete(TTreeNode* node) { FireEvent(OnDeletion, this, node); }
 
 void TCustomTreeView::HandleBeginDrag(TTreeNode* node, TMouseButton button) {
-  DoBeginDrag(node, button);
+  const TLifeGuard guard = GetLifeGuard();
+  RunFenced(*this, [&] { DoBeginDrag(node, button); });
+  if (!guard.IsAlive()) return;
+  // The release of the button went to the drag, or is no click.
+  ExcludeState(csLButtonDown);
+  ExcludeState(csClicked);
 }
 
 void TCustomTreeView::DoBeginDrag(TTreeNode*, TMouseButton) {}

@@ -261,7 +261,7 @@ void TCustomTreeView::FullCollapse() {
 
 bool TCustomTreeView::CustomSort(const TTVCompare& compare, LPARAM data, bool recursive) {
   if (!fItems->GetFirstNode()) return false;
-  fItems->Sort(nullptr, compare, data, recursive);
+  fItems->SortBranch(nullptr, compare, data, recursive);
   return true;
 }
 

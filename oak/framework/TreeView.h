@@ -84,7 +84,8 @@ class TTreeNode : public TPersistent {
   void DeleteChildren();
   void MoveTo(TTreeNode* destination, TNodeAttachMode mode);
   /// Stable sort of the direct children, or of the whole branch. Without a function by text, in the
-  /// logical order. False if there was nothing to sort.
+  /// logical order. The function may contradict itself; when it changes the tree, sorting ends.
+  /// False if there was nothing to sort.
   bool CustomSort(const TTVCompare& compare, LPARAM data, bool recursive = false);
 
   void MakeVisible();
@@ -148,6 +149,7 @@ class TTreeNodes : public TPersistent {
   TTreeNode* AddChildFirst(TTreeNode* parent, TString text);
   /// Before `sibling`.
   TTreeNode* Insert(TTreeNode* sibling, TString text);
+  /// nil if a handler removed the node, or if `relative` or the tree are being destroyed.
   TTreeNode* AddNode(std::unique_ptr<TTreeNode> node, TTreeNode* relative, TNodeAttachMode mode);
   void Delete(TTreeNode* node);
   void Clear();
@@ -162,7 +164,10 @@ class TTreeNodes : public TPersistent {
   void Move(TTreeNode* node, TTreeNode* destination, TNodeAttachMode mode);
   void Link(TTreeNode* node, TTreeNode* parent, TTreeNode* before);
   void Unlink(TTreeNode* node);
-  void Sort(TTreeNode* parent, const TTVCompare& compare, LPARAM data, bool recursive);
+  bool Sort(TTreeNode* parent, const TTVCompare& compare, LPARAM data);
+  void SortBranch(TTreeNode* parent, const TTVCompare& compare, LPARAM data, bool recursive);
+  static TTreeNode* NextInBranch(const TTreeNode* root, TTreeNode* node);
+  static int MarkBranch(TTreeNode* root);
   static void DestroyBranch(TTreeNode* root, TCustomTreeView* view);
 
   TCustomTreeView* fOwner;
@@ -170,6 +175,7 @@ class TTreeNodes : public TPersistent {
   TTreeNode* fLast = nullptr;
   int fCount = 0;
   int fUpdateCount = 0;
+  unsigned fVersion = 0;  // counts changes of number or order
 };
 
 /// Tells whether a node is still part of its tree, after code that may have deleted it or the tree.

@@ -227,10 +227,8 @@ TRect TWinControl::GetClientRect() const {
 // All know the new density before the first of them scales.
 void TWinControl::PresetDensity(int value) {
   SetCurrentPPI(value);
-  for (TControl* control : fControls) {
-    auto* window = dynamic_cast<TWinControl*>(control);
-    window ? window->PresetDensity(value) : control->SetCurrentPPI(value);
-  }
+  ForEachChild([value](TControl& child) { child.SetCurrentPPI(value); });
+  ForEachWindow([value](TWinControl& child) { child.PresetDensity(value); });
 }
 
 void TWinControl::ChangeScale(int m, int d) {
@@ -238,9 +236,7 @@ void TWinControl::ChangeScale(int m, int d) {
   const TLifeGuard guard = GetLifeGuard();
   DisableAlign();
   TControl::ChangeScale(m, d);
-  if (guard.IsAlive())
-    for (const TGuardedControl& child : GuardedChildren())
-      if (child.Guard.IsAlive()) child.Control->ChangeScale(m, d);
+  if (guard.IsAlive()) ForEachChild([=](TControl& child) { child.ChangeScale(m, d); });
   if (!guard.IsAlive()) return;
   fAlignPending = true;
   EnableAlign();

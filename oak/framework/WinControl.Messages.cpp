@@ -177,11 +177,11 @@ bool TWinControl::DialogKey(std::uint16_t key, TShiftState shift) {
     if (next) next->SetFocus();
     return next != nullptr;
   }
-  for (const TGuardedControl& child : GuardedChildren()) {
-    auto* window = child.Guard.IsAlive() ? dynamic_cast<TWinControl*>(child.Control) : nullptr;
-    if (window && window->GetVisible() && window->DialogKey(key, shift)) return true;
-  }
-  return false;
+  bool taken = false;
+  ForEachWindow([&](TWinControl& child) {
+    if (!taken && child.GetVisible()) taken = child.DialogKey(key, shift);
+  });
+  return taken;
 }
 
 void TWinControl::KeyDown(std::uint16_t& key, TShiftState shift) {

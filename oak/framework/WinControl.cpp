@@ -128,12 +128,8 @@ void TWinControl::DestroyHandle() {
   const TStateScope destroying(*this, [](TWinControl& control, bool value) {
     value ? control.IncludeState(csDestroyingHandle) : control.ExcludeState(csDestroyingHandle);
   });
-  for (const TGuardedControl& child : GuardedChildren()) {
-    auto* window = child.Guard.IsAlive() ? dynamic_cast<TWinControl*>(child.Control) : nullptr;
-    if (window) window->DestroyHandle();
-    if (!guard.IsAlive()) return;
-  }
-  if (fPeer) DestroyWnd();
+  ForEachWindow([](TWinControl& child) { child.DestroyHandle(); });
+  if (guard.IsAlive() && fPeer) DestroyWnd();
 }
 
 void TWinControl::RecreateWnd() {
@@ -155,8 +151,7 @@ void TWinControl::RecreateWnd() {
 
 void TWinControl::MarkRecreating(bool value) {
   value ? IncludeState(csRecreating) : ExcludeState(csRecreating);
-  for (TControl* control : fControls)
-    if (auto* window = dynamic_cast<TWinControl*>(control)) window->MarkRecreating(value);
+  ForEachWindow([value](TWinControl& child) { child.MarkRecreating(value); });
 }
 
 void TWinControl::SetParentWindow(HWND value) {
@@ -212,11 +207,7 @@ void TWinControl::UpdateShowing() {
   if (!MayShow()) return;
   const TLifeGuard guard = GetLifeGuard();
   HandleNeeded();
-  for (const TGuardedControl& child : GuardedChildren()) {
-    if (!guard.IsAlive()) return;
-    auto* window = child.Guard.IsAlive() ? dynamic_cast<TWinControl*>(child.Control) : nullptr;
-    if (window) window->UpdateShowing();
-  }
+  if (guard.IsAlive()) ForEachWindow([](TWinControl& child) { child.UpdateShowing(); });
   if (!guard.IsAlive() || !fPeer || fShown || !GetVisible()) return;
   fShown = true;
   fPeer->SetVisible(true);
@@ -269,24 +260,23 @@ void TWinControl::Update() {
 
 // --- look --------------------------------------------------------------------
 void TWinControl::FontChanged() {
+  const TLifeGuard guard = GetLifeGuard();
   if (fPeer) fPeer->SetFont(GetFont());
-  for (const TGuardedControl& child : GuardedChildren())
-    if (child.Guard.IsAlive()) child.Control->ParentFontChanged();
-  TControl::FontChanged();
+  ForEachChild([](TControl& child) { child.ParentFontChanged(); });
+  if (guard.IsAlive()) TControl::FontChanged();
 }
 
 void TWinControl::ColorChanged() {
+  const TLifeGuard guard = GetLifeGuard();
   if (fPeer) fPeer->ColorsChanged();
-  for (const TGuardedControl& child : GuardedChildren())
-    if (child.Guard.IsAlive()) child.Control->ParentColorChanged();
-  TControl::ColorChanged();
+  ForEachChild([](TControl& child) { child.ParentColorChanged(); });
+  if (guard.IsAlive()) TControl::ColorChanged();
 }
 
 void TWinControl::StyleChanged() {
   const TLifeGuard guard = GetLifeGuard();
   if (fPeer) fPeer->ColorsChanged();
-  for (const TGuardedControl& child : GuardedChildren())
-    if (child.Guard.IsAlive()) child.Control->StyleChanged();
+  ForEachChild([](TControl& child) { child.StyleChanged(); });
   if (guard.IsAlive()) TControl::StyleChanged();
 }
 

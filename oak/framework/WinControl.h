@@ -185,6 +185,11 @@ class TWinControl : public TControl {
   void InsertControl(TControl* control);
   void RemoveControl(TControl* control);
   std::vector<TGuardedControl> GuardedChildren() const;
+  /// For the children at this moment that still live when their turn comes; ends with the control.
+  template <class TAction>
+  void ForEachChild(const TAction& action);
+  template <class TAction>
+  void ForEachWindow(const TAction& action);
   void SetZOrder(TControl* control, bool top);
 
   bool MayShow() const;

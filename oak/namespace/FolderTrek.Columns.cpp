@@ -24,11 +24,12 @@ constexpr int EndOfColumns = 320;
 constexpr int ExtraNameWidth = 100;
 constexpr int UnknownColumnWidth = 120;
 
-/// The text of a STRRET, whose memory is freed.
+/// The text of a STRRET, whose memory is freed, also if the system can't read it.
 TString TextOf(STRRET& pText, PCUITEMID_CHILD pPidl) {
   TTaskMemory<WCHAR> text;
-  if (FAILED(Api().StrRetToStrW(&pText, pPidl, text.Put()))) return {};
-  return FromW(text.Get());
+  if (SUCCEEDED(Api().StrRetToStrW(&pText, pPidl, text.Put()))) return FromW(text.Get());
+  if (pText.uType == STRRET_WSTR) CoTaskMemFree(pText.pOleStr);
+  return {};
 }
 
 /// Frees the text of details that nobody reads.

@@ -256,13 +256,14 @@ void TCustomThreadPool::TerminateThreadSecure(TOakThread* pThread) {
 bool TCustomThreadPool::GiveUp(TOakThread* pThread) {
   std::unique_ptr<TOakThread> killed;
   Ref<IWorkItem> item;
-  bool isLast = false, wasInDoneEvent = false;
+  bool isLast = false, hadWork = false, wasInDoneEvent = false;
   {
     const TLock lock(fLock);
     if (!IsListed(pThread)) return true;
     if (!pThread->TryDoom()) return false;
     auto* const worker = dynamic_cast<TWorkerThread*>(pThread);
     if (worker) item = worker->GetWorkItem();
+    hadWork = worker && worker->fHasWork;
     wasInDoneEvent = worker && worker->fInDoneEvent;
     ReportKill(*pThread, item);
     pThread->fStatus = TTaskStatus::Canceled;
@@ -277,7 +278,7 @@ bool TCustomThreadPool::GiveUp(TOakThread* pThread) {
       pThread->ReleaseDoomed();
     }
   }
-  WorkerLost(static_cast<bool>(item), wasInDoneEvent);
+  WorkerLost(hadWork, wasInDoneEvent);
   if (isLast) LastHasLeft();
   return true;
 }

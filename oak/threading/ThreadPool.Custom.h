@@ -101,7 +101,7 @@ class TCustomThreadPool : public TObject, public IPausable {
   virtual void Reopened() noexcept {}
   /// A thread has been given up, with its work item or in the event that the pool has no
   /// more of them. Not under the lock.
-  virtual void WorkerLost(bool /*pHadWorkItem*/, bool /*pWasInDoneEvent*/) {}
+  virtual void WorkerLost(bool /*pHadWork*/, bool /*pWasInDoneEvent*/) {}
   /// Whether threads are being ended for good, so that none may be added.
   bool IsEnding() const noexcept { return fEnding.load() > 0; }
   bool IsListed(const TOakThread* pThread) const;

@@ -115,6 +115,7 @@ class TWorkerThread : public TOakThread {
   TWorkerThreadPool& fPool;
   TWorkItemSlot fWorkItem;
   std::optional<TComApartment>* fApartment = nullptr;  // on the thread's own stack
+  bool fHasWork = false;                               // one of the pool's items is its own
   bool fInDoneEvent = false;
   bool fIsScout = false;  // see TWorkerThreadPool::fScouts
 };

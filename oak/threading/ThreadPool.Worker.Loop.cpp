@@ -80,6 +80,7 @@ bool TWorkerThreadPool::HasWork() const noexcept {
 
 bool TWorkerThreadPool::Dequeue(TWorkerThread& pThread) {
   if (!fWorkerItemsQueue.Dequeue(pThread.fWorkItem, fAllWorkItemsDoneEventCount)) return false;
+  pThread.fHasWork = true;
   StopScouting(pThread);
   return true;
 }
@@ -112,6 +113,7 @@ void TWorkerThreadPool::WakeWorker() noexcept {
 }
 
 bool TWorkerThreadPool::WorkItemDone(TWorkerThread& pThread) {
+  pThread.fHasWork = false;
   return fWorkItemsCount.fetch_sub(1) != 1 || TriggerAllWorkItemsDoneEvent(&pThread);
 }
 

@@ -206,9 +206,9 @@ void TWorkerThreadPool::LeaveDoneEvent() noexcept {
   if (HasWork()) WakeWorker();
 }
 
-void TWorkerThreadPool::WorkerLost(bool pHadWorkItem, bool pWasInDoneEvent) {
+void TWorkerThreadPool::WorkerLost(bool pHadWork, bool pWasInDoneEvent) {
   if (pWasInDoneEvent) LeaveDoneEvent();
-  if (pHadWorkItem && fWorkItemsCount.fetch_sub(1) == 1) TriggerAllWorkItemsDoneEvent(nullptr);
+  if (pHadWork && fWorkItemsCount.fetch_sub(1) == 1) TriggerAllWorkItemsDoneEvent(nullptr);
 }
 
 // --- settings -------------------------------------------------------------------------

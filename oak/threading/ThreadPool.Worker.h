@@ -97,7 +97,7 @@ class TWorkerThreadPool : public TCustomThreadPool, public IWorkerThreadPool {
   virtual void DoNewThread(TOakThread& pThread);
   void WakeAll() noexcept override;
   void Reopened() noexcept override;
-  void WorkerLost(bool pHadWorkItem, bool pWasInDoneEvent) override;
+  void WorkerLost(bool pHadWork, bool pWasInDoneEvent) override;
 
  private:
   friend class TWorkerThread;

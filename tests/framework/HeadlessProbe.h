@@ -47,8 +47,9 @@ class TProbe : public TCustomControl {
   void Click() override { Write("click"); }
   void DblClick() override { Write("double"); }
   bool DoMouseWheel(TShiftState, int delta, TPoint) override {
+    const bool used = UsesWheel;
     Write("wheel " + std::to_string(delta));
-    return fUsesWheel;
+    return used;
   }
   void KeyDown(std::uint16_t& key, TShiftState shift) override {
     Write("key " + std::to_string(key) + Shift(shift));
@@ -73,7 +74,7 @@ class TProbe : public TCustomControl {
  public:
   int Paints = 0;
   TRect LastClip;
-  bool fUsesWheel = false;
+  bool UsesWheel = false;
 
  private:
   static std::string Shift(TShiftState shift) {

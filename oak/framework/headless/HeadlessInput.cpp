@@ -291,11 +291,10 @@ void THeadlessDesktop::SendMouse(THeadlessWindow& window, TMouseEvent& event, bo
   if (!wheel) return window.DispatchMouse(event);
   // What doesn't use the wheel leaves it to what it lies in.
   event.Position = fCursorPos;
-  for (THeadlessWindow* target = &window; target;) {
+  for (THeadlessWindow* target = &window; target; target = target->GetParentWindow()) {
     const TLifeGuard guard = target->Guard();
     target->DispatchMouse(event);
     if (event.Handled || !guard.IsAlive()) return;
-    target = target->GetParentWindow();
   }
 }
 

@@ -120,8 +120,9 @@ std::size_t THeadlessDesktop::GetTimerCount() const {
 bool THeadlessDesktop::RunTimer() {
   std::erase_if(fTimers, [](const TTimerRef& timer) { return !timer->Alive; });
   const TTimerRef timer = NextTimer();
+  if (!timer) return false;
   const std::uint64_t now = Now();
-  if (!timer || timer->Due > now) return false;
+  if (timer->Due > now) return false;
   timer->Due += timer->Interval;
   if (timer->Due <= now) timer->Due = now + timer->Interval;  // ticks that were missed are lost
   HandleMessageBy(timer->Tick);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <utility>
 
 #include "oak/base/Exceptions.h"
 #include "oak/framework/Forms.h"
@@ -20,6 +21,7 @@ constexpr int LowFrame = 34;    // frames up to this height are brackets; pixels
 constexpr int CheckFrame = 20;  // ... and squares up to this size check boxes
 constexpr int CaptionMiddle = 16;
 constexpr int SameLine = 3;
+constexpr int ImageGap = 8;
 constexpr TStringView ImageSquare = u"\u25AA";
 
 /// Turns windows and what they have drawn into pieces of the grid.
@@ -50,6 +52,8 @@ class TPicturePainter {
   void AddText(const TDrawOperation& operation, const TArea& area);
   void AddTextLine(const TDrawOperation& operation, const TArea& area, TStringView line, int y,
                    TStringView mark);
+  void PlaceImage();
+  void PlaceImageBefore(const TRect& words, int column);
   void NoteWords(int y, int right, int end);
   void AddLine(const TDrawOperation& operation, const TArea& area);
   void AddPolygon(const TDrawOperation& operation, const TArea& area);
@@ -57,6 +61,15 @@ class TPicturePainter {
   void AddImage(const TDrawOperation& operation, const TArea& area);
   TStringView TakeMark(const TRect& rect);
   bool Sees(const TArea& area, const TDrawOperation& operation, TPoint point) const;
+
+  /// An image that waits for the words behind it.
+  struct TPlacedImage {
+    TRect Rect;
+    TString Sign;
+    int Column = 0;
+    int From = 0;
+    int To = 0;
+  };
 
   struct TMarkedFill {
     TRect Rect;  ///< In pixels of the picture.
@@ -71,6 +84,7 @@ class TPicturePainter {
   TColor fGround = clNone;                         // what the window is filled with
   std::vector<std::pair<TRect, int>> fCheckBoxes;  // with their columns
   std::vector<TRect> fButtons;
+  TPlacedImage fImage;
   int fLastY = 0;      // of the words drawn last: height,
   int fLastRight = 0;  // right end in pixels
   int fLastEnd = 0;    // and the column behind them
@@ -169,6 +183,7 @@ void TPicturePainter::AddOperations(const THeadlessWindow& window, const TArea& 
   fGround = clNone;
   fLastEnd = std::numeric_limits<int>::min();
   for (const TDrawOperation& operation : window.GetDrawing()) AddOperation(operation, area);
+  PlaceImage();
 }
 
 void TPicturePainter::AddOperation(const TDrawOperation& operation, const TArea& area) {
@@ -198,6 +213,7 @@ void TPicturePainter::AddFill(const TDrawOperation& operation, const TArea& area
   const TRect rect =
       MovedBy(operation.Rect.Intersected(operation.Clip), area.Origin).Intersected(area.Clip);
   if (rect.IsEmpty()) return;
+  if (rect.Contains(fImage.Rect.Center())) fImage = {};
   fGrid.Erase(std::max(fGrid.NearestColumn(rect.Left), area.From),
               std::min(fGrid.NearestColumn(rect.Right), area.To), rect.Top, rect.Bottom);
   std::erase_if(fMarks,
@@ -280,6 +296,7 @@ void TPicturePainter::AddTextLine(const TDrawOperation& operation, const TArea& 
   int room = rect.Right <= clip.Right ? std::max(to, std::min(column + cells, area.To)) : to;
   if (pushed && !operation.Format.Contains(tfRight))
     room = std::min(room, fGrid.NearestColumn(clip.Right));
+  PlaceImageBefore(rect, column);
   TString shortened;
   if (pushed && column + cells > room && room - column > 1)
     line = shortened = TString(FitCells(line, room - column - 1)) + u"\u2026";
@@ -287,6 +304,22 @@ void TPicturePainter::AddTextLine(const TDrawOperation& operation, const TArea& 
   fGrid.Erase(std::max(column, from), std::min(column + cells, room), y - 1, y + 2);
   fGrid.Text(column, y, line, from, room);
   NoteWords(y, rect.Right, std::min(column + cells, room));
+}
+
+/// Puts the sign of the last image where it belongs.
+void TPicturePainter::PlaceImage() {
+  const TPlacedImage image = std::exchange(fImage, {});
+  if (!image.Sign.empty() && image.Column >= image.From && image.Column < image.To)
+    fGrid.Sign(image.Column, image.Rect.Center().Y, image.Sign);
+}
+
+/// An image close before words stands close before them in every row, however it is rounded.
+void TPicturePainter::PlaceImageBefore(const TRect& words, int column) {
+  const int gap = words.Left - fImage.Rect.Right;
+  if (gap >= 0 && gap <= fGrid.Pixels(ImageGap) &&
+      fImage.Rect.Contains({fImage.Rect.Left, words.Center().Y}))
+    fImage.Column = column - 1 - static_cast<int>(CellsOfText(fImage.Sign).size());
+  PlaceImage();
 }
 
 void TPicturePainter::NoteWords(int y, int right, int end) {
@@ -348,8 +381,8 @@ void TPicturePainter::AddImage(const TDrawOperation& operation, const TArea& are
   if (!Sees(area, operation, rect.Center())) return;
   TString sign = fOptions.ImageSign ? fOptions.ImageSign(operation) : TString();
   if (sign.empty()) sign = ImageSquare;
-  const int column = fGrid.ColumnOf(rect.Center().X);
-  if (column >= area.From && column < area.To) fGrid.Sign(column, rect.Center().Y, sign);
+  PlaceImage();
+  fImage = {rect, sign, fGrid.ColumnOf(rect.Center().X), area.From, area.To};
 }
 
 }  // namespace

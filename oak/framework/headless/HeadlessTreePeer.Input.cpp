@@ -19,7 +19,11 @@ constexpr std::uint64_t TreeSearchPause = 1000;  // milliseconds after which typ
 
 void THeadlessTreePeer::OnFocusChanged(bool focused) {
   Invalidate(nullptr);
+  const TLifeGuard guard = Guard();
   THeadlessPeer::OnFocusChanged(focused);
+  // The keyboard needs a node to start from, as in the system's tree.
+  if (guard.IsAlive() && focused && !fView.GetSelected())
+    if (TTreeNode* const top = GetTopNode()) Select(top);
 }
 
 // True if the node is selected now; false also if the window is gone.

@@ -264,7 +264,7 @@ void THeadlessWindow::KeepDrawing(std::vector<TDrawOperation> drawn, const TRect
   });
   std::move(drawn.begin(), drawn.end(), std::back_inserter(fDrawing));
   // Layers upon layers of partly covered ones would grow for ever.
-  if (fDrawing.size() > 4 * fFullSize + 4000) Invalidate(nullptr);
+  if (fDrawing.size() > 4 * fFullSize + 500) Invalidate(nullptr);
 }
 
 // --- scroll bars -------------------------------------------------------------

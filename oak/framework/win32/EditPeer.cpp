@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "oak/framework/TextMetrics.h"
 #include "oak/framework/win32/PeerScopes.h"
 #include "oak/framework/win32/Peers.h"
 #include "oak/framework/win32/System.h"
@@ -108,11 +109,14 @@ void TEditPeer::SetFont(const TFont& font) {
   const TPeerFlag setting(fSettingText, *this);
   TWindowPeer::SetFont(font);
   if (fRich && !IsCreating()) ApplyRichColors();
+  // The height of the line has changed.
+  if (!fEdit.IsMultiLine()) FrameChanged();
 }
 
 void TEditPeer::ColorsChanged() {
   if (fRich) ApplyRichColors();
   TWindowPeer::ColorsChanged();
+  ::RedrawWindow(GetHandle(), nullptr, nullptr, RDW_FRAME | RDW_INVALIDATE);
 }
 
 void TEditPeer::ApplyRichColors() {
@@ -184,6 +188,40 @@ void TEditPeer::HandleCommand(WORD code) {
   if (code == EN_CHANGE && !fSettingText && !IsCreating()) fEdit.HandleTextChanged(GetText());
 }
 
+/// A line stands in the middle of its field; the system would put it at the top. What is left above
+/// and below counts as frame.
+void TEditPeer::NarrowToLine(RECT& client) {
+  const int line = MetricsOf(fEdit.GetFont()).Height;
+  const int height = static_cast<int>(client.bottom - client.top);
+  fAbove = std::max((height - line) / 2, 0);
+  fBelow = std::max(height - line - fAbove, 0);
+  client.top += fAbove;
+  client.bottom -= fBelow;
+}
+
+void TEditPeer::PaintBands() {
+  RECT window{};
+  ::GetWindowRect(GetHandle(), &window);
+  RECT client{};
+  ::GetClientRect(GetHandle(), &client);
+  ::MapWindowPoints(GetHandle(), nullptr, reinterpret_cast<POINT*>(&client), 2);
+  ::OffsetRect(&client, -window.left, -window.top);
+  const RECT above{client.left, client.top - fAbove, client.right, client.top};
+  const RECT below{client.left, client.bottom, client.right, client.bottom + fBelow};
+  const HDC dc = ::GetWindowDC(GetHandle());
+  ::FillRect(dc, &above, GetColorBrush());
+  ::FillRect(dc, &below, GetColorBrush());
+  ::ReleaseDC(GetHandle(), dc);
+}
+
+LRESULT TEditPeer::HandleFrame(UINT message, WPARAM wParam, LPARAM lParam) {
+  const LRESULT result = TWindowPeer::WindowProc(message, wParam, lParam);
+  if (message == WM_NCCALCSIZE) NarrowToLine(*reinterpret_cast<RECT*>(lParam));
+  if (message == WM_NCPAINT) PaintBands();
+  // The bands take clicks as the line does.
+  return message == WM_NCHITTEST && (result == HTNOWHERE || result == HTBORDER) ? HTCLIENT : result;
+}
+
 LRESULT TEditPeer::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
   const bool command = wParam == VK_RETURN || wParam == VK_TAB || wParam == VK_ESCAPE;
   if (message == WM_CHAR && command && !fEdit.IsMultiLine()) {
@@ -191,6 +229,8 @@ LRESULT TEditPeer::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     ReportKey(message, wParam);
     return 0;
   }
+  const bool frame = message == WM_NCCALCSIZE || message == WM_NCPAINT || message == WM_NCHITTEST;
+  if (frame && !fEdit.IsMultiLine()) return HandleFrame(message, wParam, lParam);
   return TWindowPeer::WindowProc(message, wParam, lParam);
 }
 

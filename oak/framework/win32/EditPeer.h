@@ -30,10 +30,15 @@ class TEditPeer final : public TWindowPeer, public IEditPeer {
 
  private:
   void ApplyRichColors();
+  void NarrowToLine(RECT& client);
+  void PaintBands();
+  LRESULT HandleFrame(UINT message, WPARAM wParam, LPARAM lParam);
 
   TCustomEdit& fEdit;
   bool fRich = false;  // the window understands formats
   bool fSettingText = false;
+  int fAbove = 0;  // pixels between edge and line
+  int fBelow = 0;
 };
 
 }  // namespace oak

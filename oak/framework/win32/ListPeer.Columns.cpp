@@ -177,7 +177,12 @@ bool TListPeer::HandleHeader(NMHEADERW& header, LRESULT& result) {
     case HDN_ENDTRACKW:
       if (column < 0 || !header.pitem || !(header.pitem->mask & HDI_WIDTH)) return false;
       fView.HandleColumnWidth(column, header.pitem->cxy, header.hdr.code == HDN_ENDTRACKW);
-      return !guard.IsAlive();
+      if (!guard.IsAlive()) return true;
+      // The model keeps the width within its limits.
+      if (column < fView.Columns().GetCount() &&
+          fView.Columns()[column]->GetWidth() != header.pitem->cxy)
+        ColumnWidthChanged(column);
+      return false;
     case HDN_DIVIDERDBLCLICKW:
       if (column < 0) return false;
       fView.Columns()[column]->SetWidth(TListColumn::FitTexts);
@@ -198,6 +203,11 @@ bool TListPeer::HandleHeader(NMHEADERW& header, LRESULT& result) {
   }
 }
 
+LRESULT TListPeer::InnerProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  return IsInputOfPart(message) ? DefaultProcOf(window, message, wParam, lParam)
+                                : TWindowPeer::InnerProc(window, message, wParam, lParam);
+}
+
 LRESULT TListPeer::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == ColumnDroppedMessage) {
     const int from = static_cast<int>(wParam);
@@ -205,13 +215,15 @@ LRESULT TListPeer::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     if (std::max(from, to) < fView.Columns().GetCount()) fView.HandleColumnDragged(from, to);
     return 0;
   }
-  if (message == WM_LBUTTONDOWN && HasOwnChecks()) {
+  if ((message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK) && HasOwnChecks()) {
     const TListHitTest hit =
         HitTest({static_cast<short>(LOWORD(lParam)), static_cast<short>(HIWORD(lParam))});
     if (hit.Flags.Contains(htOnStateIcon) && hit.Index >= 0) {
       // The native list keeps no ticks: it must not change what it draws by itself.
       const TPeerGuard guard(*this);
-      if (!ReportMouse(message, wParam, lParam)) fView.HandleToggleCheck(hit.Index);
+      ::SetFocus(GetHandle());
+      if (guard.IsAlive() && !ReportMouse(message, wParam, lParam))
+        fView.HandleToggleCheck(hit.Index);
       return 0;
     }
   }

@@ -88,6 +88,7 @@ void TListPeer::StateReported(int first, int last, UINT was, UINT is) {
   if (fPushing || IsCreating() || last >= fView.Items().GetCount()) return;
   const TPeerGuard guard(*this);
   if ((is ^ was) & LVIS_FOCUSED) {
+    fRowFocused = true;
     if (is & LVIS_FOCUSED) fView.HandleFocusItem(first);
     if (!guard.IsAlive() || last >= fView.Items().GetCount()) return;
   }

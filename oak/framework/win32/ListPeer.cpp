@@ -192,18 +192,41 @@ void TListPeer::EndUpdate() {
 
 // --- selection ----------------------------------------------------------------------------------
 
+void TListPeer::PushState(int index, UINT state, UINT mask) {
+  LVITEMW item{};
+  item.state = state;
+  item.stateMask = mask;
+  Send(LVM_SETITEMSTATE, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item));
+}
+
+int TListPeer::NextWithState(int index, UINT state) const {
+  return static_cast<int>(::SendMessageW(GetHandle(), LVM_GETNEXTITEM, static_cast<WPARAM>(index),
+                                         static_cast<LPARAM>(state)));
+}
+
+UINT TListPeer::ShownState(int index, UINT mask) const {
+  return static_cast<UINT>(
+      ::SendMessageW(GetHandle(), LVM_GETITEMSTATE, static_cast<WPARAM>(index), mask));
+}
+
 void TListPeer::PushStates(int first, int last) {
-  if (last - first + 1 >= fView.Items().GetCount()) return PushAllStates();
+  constexpr int few = 8;
+  if (first == 0 && last + 1 >= fView.Items().GetCount()) return PushAllStates();
   const TPeerFlag pushing(fPushing, *this);
-  for (int index = first; index <= last; ++index) {
-    const TListItem* item = fView.Items().GetItem(index);
-    if (!item) return;
-    LVITEMW state{};
-    state.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
-    if (item->GetSelected()) state.state |= LVIS_SELECTED;
-    if (item == fView.GetItemFocused()) state.state |= LVIS_FOCUSED;
-    Send(LVM_SETITEMSTATE, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&state));
-  }
+  const auto wanted = [this](int index) {
+    const TListItem* const item = fView.Items().GetItem(index);
+    return item && item->GetSelected() ? UINT{LVIS_SELECTED} : 0;
+  };
+  // The search for the next selected row may be long, many single questions are too.
+  const bool search = last - first >= few;
+  for (int index = search ? NextWithState(first - 1, LVNI_SELECTED) : first;
+       index >= 0 && index <= last;
+       index = search ? NextWithState(index, LVNI_SELECTED) : index + 1)
+    if (!wanted(index) && ShownState(index, LVIS_SELECTED)) PushState(index, 0, LVIS_SELECTED);
+  for (int index = first; index <= last && fView.GetSelCount() > 0; ++index)
+    if (wanted(index) && !ShownState(index, LVIS_SELECTED))
+      PushState(index, LVIS_SELECTED, LVIS_SELECTED);
+  PushFocus();
 }
 
 // All rows at once first, then those that differ: a hundred thousand selected rows are one message.
@@ -211,22 +234,24 @@ void TListPeer::PushAllStates() {
   const TPeerFlag pushing(fPushing, *this);
   const int count = fView.Items().GetCount();
   const bool most = fView.GetSelCount() > count / 2;
-  LVITEMW state{};
-  state.stateMask = LVIS_SELECTED;
-  state.state = most ? LVIS_SELECTED : 0;
-  Send(LVM_SETITEMSTATE, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&state));
+  PushState(-1, most ? LVIS_SELECTED : 0, LVIS_SELECTED);
   int others = most ? count - fView.GetSelCount() : fView.GetSelCount();
-  state.state = most ? 0 : LVIS_SELECTED;
   for (int index = 0; index < count && others > 0; ++index) {
     if (fView.Items().GetItem(index)->GetSelected() == most) continue;
-    Send(LVM_SETITEMSTATE, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&state));
+    PushState(index, most ? 0 : LVIS_SELECTED, LVIS_SELECTED);
     --others;
   }
-  if (const TListItem* focused = fView.GetItemFocused()) {
-    state.state = state.stateMask = LVIS_FOCUSED;
-    Send(LVM_SETITEMSTATE, static_cast<WPARAM>(focused->GetIndex()),
-         reinterpret_cast<LPARAM>(&state));
-  }
+  PushFocus();
+}
+
+void TListPeer::PushFocus() {
+  const TListItem* const item = fView.GetItemFocused();
+  if (!item && !fRowFocused) return;
+  fRowFocused = item != nullptr;
+  const int index = item ? item->GetIndex() : NextWithState(-1, LVNI_FOCUSED);
+  const UINT wanted = item ? LVIS_FOCUSED : 0;
+  if (index >= 0 && ShownState(index, LVIS_FOCUSED) != wanted)
+    PushState(index, wanted, LVIS_FOCUSED);
 }
 
 // --- geometry -----------------------------------------------------------------------------------

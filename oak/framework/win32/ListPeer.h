@@ -61,6 +61,7 @@ class TListPeer final : public TWindowPeer, public IListViewPeer {
   void Initialize() override;
   LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
   bool HandleInnerNotify(NMHDR& notification, LRESULT& result) override;
+  LRESULT InnerProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) override;
   LPCWSTR GetThemeName(bool dark) const override;
 
  private:
@@ -80,8 +81,12 @@ class TListPeer final : public TWindowPeer, public IListViewPeer {
 
   // Selection.
   void PushCount(bool keepView);
+  void PushState(int index, UINT state, UINT mask);
+  UINT ShownState(int index, UINT mask) const;
+  int NextWithState(int index, UINT state) const;
   void PushStates(int first, int last);
   void PushAllStates();
+  void PushFocus();
   void StateReported(int first, int last, UINT was, UINT is);
 
   // What the native list asks for.
@@ -105,7 +110,8 @@ class TListPeer final : public TWindowPeer, public IListViewPeer {
   unsigned fNextText = 0;
   TSharedFont fItemFont;  // of the row being drawn
   int fUpdateCount = 0;
-  bool fPushing = false;  // the model changes the window, not the user
+  bool fRowFocused = false;  // the window may show a focused row: it has to be searched for
+  bool fPushing = false;     // the model changes the window, not the user
 };
 
 }  // namespace oak

@@ -23,4 +23,27 @@ class TPeerFlag {
   TPeerGuard fGuard;
 };
 
+/// Mouse and keys that a part of a control keeps to itself: headers, fields for labels. The wheel
+/// counts as the control's.
+inline bool IsInputOfPart(UINT message) {
+  const bool wheel = message == WM_MOUSEWHEEL || message == WM_MOUSEHWHEEL;
+  return (message >= WM_KEYFIRST && message <= WM_KEYLAST) || message == WM_CONTEXTMENU ||
+         (message >= WM_MOUSEFIRST && message <= WM_MOUSELAST && !wheel);
+}
+
+/// Counts what runs of a peer, which may not outlive it.
+class TPeerCount {
+ public:
+  TPeerCount(int& count, const TWindowPeer& peer) : fCount(count), fGuard(peer) { ++fCount; }
+  ~TPeerCount() {
+    if (fGuard.IsAlive()) --fCount;
+  }
+  TPeerCount(const TPeerCount&) = delete;
+  TPeerCount& operator=(const TPeerCount&) = delete;
+
+ private:
+  int& fCount;
+  TPeerGuard fGuard;
+};
+
 }  // namespace oak

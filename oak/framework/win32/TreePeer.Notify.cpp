@@ -1,10 +1,16 @@
 // What the system's tree control asks and reports.
 #include "oak/framework/win32/TreePeer.h"
 #include "oak/framework/win32/Input.h"
+#include "oak/framework/win32/PeerScopes.h"
 
 namespace oak {
 
 bool TTreePeer::HandleNotify(NMHDR& notification, LRESULT& result) {
+  const TPeerCount running(fNotifications, *this);
+  return Notified(notification, result);
+}
+
+bool TTreePeer::Notified(NMHDR& notification, LRESULT& result) {
   result = 0;
   auto& change = reinterpret_cast<NMTREEVIEWW&>(notification);
   auto& info = reinterpret_cast<NMTVDISPINFOW&>(notification);
@@ -49,16 +55,29 @@ bool TTreePeer::HandleNotify(NMHDR& notification, LRESULT& result) {
   }
 }
 
-// The right button selects at once, so that the menu that follows is that of the node.
 LRESULT TTreePeer::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
-  if (message != WM_RBUTTONDOWN || !fView.GetRightClickSelect())
-    return TWindowPeer::WindowProc(message, wParam, lParam);
   const TPeerGuard guard(*this);
-  const TTreeHitTest hit =
-      HitTest({static_cast<short>(LOWORD(lParam)), static_cast<short>(HIWORD(lParam))});
+  LRESULT result = 0;
+  {
+    const TPeerCount running(fProcedures, *this);
+    if (message == WM_RBUTTONDOWN && fView.GetRightClickSelect())
+      SelectForMenu({static_cast<short>(LOWORD(lParam)), static_cast<short>(HIWORD(lParam))});
+    if (guard.IsAlive()) result = TWindowPeer::WindowProc(message, wParam, lParam);
+  }
+  if (guard.IsAlive() && fProcedures == 0 && !fDoomed.empty()) DeleteDoomed();
+  return result;
+}
+
+LRESULT TTreePeer::InnerProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  return IsInputOfPart(message) ? DefaultProcOf(window, message, wParam, lParam)
+                                : TWindowPeer::InnerProc(window, message, wParam, lParam);
+}
+
+// The right button selects at once, so that the menu that follows is that of the node.
+void TTreePeer::SelectForMenu(TPoint point) {
+  const TTreeHitTest hit = HitTest(point);
   if (hit.Node && (hit.Flags.Contains(htOnLabel) || hit.Flags.Contains(htOnIcon)))
     Send(TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(EntryOf(hit.Node)));
-  return guard.IsAlive() ? TWindowPeer::WindowProc(message, wParam, lParam) : 0;
 }
 
 // The native tree waits for the release of a button in a loop of its own, in which the message may
@@ -84,6 +103,11 @@ bool TTreePeer::HandleExpanding(const NMTREEVIEWW& change) {
   if ((change.action & TVE_EXPAND) == 0) return fView.HandleCanCollapse(node);
   const TPeerGuard guard(*this);
   const TTreeNodeWatch watch(fView, node);
+  if (node->GetExpanded()) {
+    // It waits for its children: the native one is still closed.
+    if (fView.HandleCanCollapse(node) && guard.IsAlive()) fView.HandleCollapsed(node);
+    return false;
+  }
   if (!fView.HandleCanExpand(node) || !guard.IsAlive() || !watch.Exists()) return false;
   if (node->GetFirstChild()) return true;
   // Children are on their way: the node counts as open, the native one opens with the first.

@@ -1,6 +1,7 @@
 #include "oak/framework/win32/TreePeer.h"
 
 #include <unordered_map>
+#include <utility>
 
 #include "oak/framework/ImageList.h"
 #include "oak/framework/win32/PeerScopes.h"
@@ -43,8 +44,11 @@ using TPlaces = std::unordered_map<const TTreeNode*, int>;
 
 int CALLBACK ComparePlaces(LPARAM a, LPARAM b, LPARAM places) {
   const auto& map = *reinterpret_cast<const TPlaces*>(places);
-  return map.at(reinterpret_cast<const TTreeNode*>(a)) -
-         map.at(reinterpret_cast<const TTreeNode*>(b));
+  const auto place = [&map](LPARAM node) {
+    const auto found = map.find(reinterpret_cast<const TTreeNode*>(node));
+    return found == map.end() ? static_cast<int>(map.size()) : found->second;  // about to go
+  };
+  return place(a) - place(b);
 }
 
 }  // namespace
@@ -152,16 +156,53 @@ void TTreePeer::NodeInserted(TTreeNode* node) {
   if (parent->GetExpanded()) PushExpansion(parent);
 }
 
-void TTreePeer::NodeDeleting(TTreeNode* node) {
+// The native tree does not survive the end of an entry in the middle of a notification of its own.
+// Such an entry only forgets its node, and goes when the window's procedure returns.
+void TTreePeer::DeleteEntry(HTREEITEM entry) {
+  if (!entry) return;
   const TPeerFlag pushing(fPushing, *this);
-  if (EntryOf(node)) Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(EntryOf(node)));
+  if (fNotifications == 0) {
+    Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(entry));
+    return;
+  }
+  ForgetNodes(entry);
+  fDoomed.push_back(entry);
+}
+
+void TTreePeer::ForgetNodes(HTREEITEM entry) {
+  TVITEMW item{};
+  item.mask = TVIF_PARAM | TVIF_HANDLE;
+  item.hItem = entry;
+  Send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+  for (HTREEITEM child = NextEntry(TVGN_CHILD, entry); child; child = NextEntry(TVGN_NEXT, child))
+    ForgetNodes(child);
+}
+
+HTREEITEM TTreePeer::NextEntry(UINT which, HTREEITEM entry) const {
+  return reinterpret_cast<HTREEITEM>(
+      ::SendMessageW(GetHandle(), TVM_GETNEXTITEM, which, reinterpret_cast<LPARAM>(entry)));
+}
+
+void TTreePeer::DeleteDoomed() {
+  const TPeerFlag pushing(fPushing, *this);
+  for (const HTREEITEM entry : std::exchange(fDoomed, {}))
+    Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(entry));
+}
+
+void TTreePeer::NodeDeleting(TTreeNode* node) {
+  DeleteEntry(EntryOf(node));
   node->PeerData = 0;
 }
 
 void TTreePeer::NodesCleared() {
   const TPeerFlag pushing(fPushing, *this);
   BeginUpdate();
-  Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+  if (fNotifications == 0) {
+    Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+  } else {
+    for (HTREEITEM root = NextEntry(TVGN_ROOT, nullptr); root; root = NextEntry(TVGN_NEXT, root))
+      if (NodeOf(root)) DeleteEntry(root);
+  }
   EndUpdate();
 }
 
@@ -179,7 +220,7 @@ void TTreePeer::ChildrenSorted(TTreeNode* parent) {
 void TTreePeer::NodeMoved(TTreeNode* node) {
   const TPeerFlag pushing(fPushing, *this);
   BeginUpdate();
-  if (EntryOf(node)) Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(EntryOf(node)));
+  DeleteEntry(EntryOf(node));
   InsertEntry(node);
   const TTreeNode* end = node->GetNextSibling();
   for (const TTreeNode* up = node; !end && up; up = up->GetParent()) end = up->GetNextSibling();
@@ -209,7 +250,7 @@ void TTreePeer::NodeChanged(TTreeNode* node) {
 
 void TTreePeer::PushDropTarget() {
   const HTREEITEM wanted = EntryOf(fView.GetDropTargetNode());
-  const auto shown = reinterpret_cast<HTREEITEM>(Send(TVM_GETNEXTITEM, TVGN_DROPHILITE, 0));
+  const HTREEITEM shown = NextEntry(TVGN_DROPHILITE, nullptr);
   if (wanted != shown) Send(TVM_SELECTITEM, TVGN_DROPHILITE, reinterpret_cast<LPARAM>(wanted));
 }
 
@@ -256,10 +297,7 @@ TTreeHitTest TTreePeer::HitTest(TPoint point) const {
   return {NodeOf(info.hItem), TreeHitsOf(info.flags)};
 }
 
-TTreeNode* TTreePeer::GetTopNode() const {
-  return NodeOf(reinterpret_cast<HTREEITEM>(
-      ::SendMessageW(GetHandle(), TVM_GETNEXTITEM, TVGN_FIRSTVISIBLE, 0)));
-}
+TTreeNode* TTreePeer::GetTopNode() const { return NodeOf(NextEntry(TVGN_FIRSTVISIBLE, nullptr)); }
 
 void TTreePeer::SetTopNode(TTreeNode* node) {
   Send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(EntryOf(node)));

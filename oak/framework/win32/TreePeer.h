@@ -5,6 +5,7 @@
 #pragma once
 
 #include <array>
+#include <vector>
 
 #include "oak/framework/TreeView.h"
 #include "oak/framework/win32/CanvasWin32.h"
@@ -51,17 +52,24 @@ class TTreePeer final : public TWindowPeer, public ITreeViewPeer {
  protected:
   void Initialize() override { ColorsChanged(); }
   LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+  LRESULT InnerProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) override;
   LPCWSTR GetThemeName(bool dark) const override;
 
  private:
   DWORD StyleBits() const;
   HTREEITEM EntryOf(const TTreeNode* node) const;
   TTreeNode* NodeOf(HTREEITEM entry) const;
+  HTREEITEM NextEntry(UINT which, HTREEITEM entry) const;
   void InsertEntry(TTreeNode* node);
+  void DeleteEntry(HTREEITEM entry);
+  void ForgetNodes(HTREEITEM entry);
+  void DeleteDoomed();
   void PushExpansion(TTreeNode* node);
   void PushDropTarget();
   UINT StateOf(const TTreeNode& node) const;
 
+  bool Notified(NMHDR& notification, LRESULT& result);
+  void SelectForMenu(TPoint point);
   bool HandleExpanding(const NMTREEVIEWW& change);
   void HandleExpanded(const NMTREEVIEWW& change);
   void GiveDisplayInfo(NMTVDISPINFOW& info);
@@ -73,9 +81,12 @@ class TTreePeer final : public TWindowPeer, public ITreeViewPeer {
   TCustomTreeView& fView;
   std::array<TString, 4> fTexts;  // given to the native tree, which reads them a little later
   unsigned fNextText = 0;
-  TSharedFont fNodeFont;  // of the node being drawn
+  TSharedFont fNodeFont;           // of the node being drawn
+  std::vector<HTREEITEM> fDoomed;  // to be deleted when the procedure returns
   int fUpdateCount = 0;
-  bool fPushing = false;  // the model changes the window, not the user
+  int fProcedures = 0;     // of the window, that run
+  int fNotifications = 0;  // that are being handled
+  bool fPushing = false;   // the model changes the window, not the user
 };
 
 }  // namespace oak

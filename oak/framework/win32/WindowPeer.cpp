@@ -343,6 +343,10 @@ void TWindowPeer::ChangeStyle(DWORD remove, DWORD add) {
   const DWORD wanted = (style & ~remove) | add;
   if (style == wanted) return;
   ::SetWindowLongPtrW(fHandle, GWL_STYLE, static_cast<LONG_PTR>(wanted));
+  FrameChanged();
+}
+
+void TWindowPeer::FrameChanged() {
   ::SetWindowPos(fHandle, nullptr, 0, 0, 0, 0,
                  SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_FRAMECHANGED);
 }

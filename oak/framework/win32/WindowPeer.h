@@ -183,12 +183,15 @@ class TWindowPeer : public virtual IControlPeer {
   void ApplyTheme();
   /// Changes style bits and lets the frame follow.
   void ChangeStyle(DWORD remove, DWORD add);
+  /// Lets the system ask for the size of the frame again.
+  void FrameChanged();
 
  private:
   void Attach(HWND window, bool subclass);
   void Detach();
   bool HandleOwnPaint(UINT message, WPARAM wParam, LRESULT& result);
   void PaintInvalid();
+  void PaintDarkEdge();
   bool HandleUserInput(UINT message, WPARAM& wParam, LPARAM lParam, LRESULT& result, HWND inner);
   bool HandleSetCursor(WPARAM wParam, LPARAM lParam);
   void HandleDensity();

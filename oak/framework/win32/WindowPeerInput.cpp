@@ -281,6 +281,10 @@ LRESULT TWindowPeer::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
       result = DefaultProc(message, wParam, lParam);
       if (guard.IsAlive()) ReportFocus(message == WM_SETFOCUS, reinterpret_cast<HWND>(wParam));
       return result;
+    case WM_NCPAINT:
+      result = DefaultProc(message, wParam, lParam);
+      if (fSubclassed) PaintDarkEdge();
+      return result;
     case WM_CAPTURECHANGED:
       result = DefaultProc(message, wParam, lParam);
       if (guard.IsAlive() && !fCreating && reinterpret_cast<HWND>(lParam) != fHandle)

@@ -81,6 +81,24 @@ HBRUSH TWindowPeer::GetColorBrush() {
   return fBrush.Get();
 }
 
+// Not every system has a dark theme, and a bright edge around a dark field hurts the eye.
+void TWindowPeer::PaintDarkEdge() {
+  if (!fDarkTheme || !(::GetWindowLongPtrW(fHandle, GWL_EXSTYLE) & WS_EX_CLIENTEDGE)) return;
+  RECT rect{};
+  ::GetWindowRect(fHandle, &rect);
+  const HDC dc = ::GetWindowDC(fHandle);
+  {
+    TCanvasWin32 canvas(dc);
+    constexpr int edgePercent = 30;
+    TRect edge(0, 0, TRect(rect).Width(), TRect(rect).Height());
+    canvas.GetBrush().SetColor(BlendColors(GetBackColor(), GetTextColor(), edgePercent));
+    canvas.FrameRect(edge);
+    canvas.GetBrush().SetColor(GetBackColor());
+    canvas.FrameRect(edge.Inflated(-1, -1));
+  }
+  ::ReleaseDC(fHandle, dc);
+}
+
 LPCWSTR TWindowPeer::GetThemeName(bool dark) const { return dark ? L"DarkMode_Explorer" : nullptr; }
 
 void TWindowPeer::ApplyTheme() {
