@@ -37,12 +37,14 @@ void TWorkItemsQueue::Add(Ref<IWorkItem> pWorkItem, bool pAtEnd) {
 void TWorkItemsQueue::AddRange(const IWorkItems& pWorkItems, bool pAtEnd) {
   const std::lock_guard guard(fLock);
   const std::size_t before = fList.size();
+  const std::uint64_t added = fAdded.load(std::memory_order_relaxed);
   try {
     for (const Ref<IWorkItem>& item : pWorkItems) Put(Ref<IWorkItem>(item), pAtEnd);
   } catch (...) {
     // All or none; the caller still holds those that are taken back.
-    for (; fList.size() > before; fCount.fetch_sub(1))
-      pAtEnd ? fList.pop_back() : fList.pop_front();
+    while (fList.size() > before) pAtEnd ? fList.pop_back() : fList.pop_front();
+    fAdded.store(added, std::memory_order_release);
+    fCount.store(static_cast<int>(before));
     throw;
   }
 }
@@ -53,7 +55,8 @@ void TWorkItemsQueue::Put(Ref<IWorkItem>&& pWorkItem, bool pAtEnd) {
     fList.push_back(std::move(pWorkItem));
   else
     fList.push_front(std::move(pWorkItem));
-  fCount.fetch_add(1);
+  fAdded.store(fAdded.load(std::memory_order_relaxed) + 1, std::memory_order_release);
+  fCount.store(static_cast<int>(fList.size()));
 }
 
 bool TWorkItemsQueue::Dequeue(Ref<IWorkItem>& pWorkItem) {

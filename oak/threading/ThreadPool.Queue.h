@@ -48,6 +48,8 @@ class TWorkItemsQueue {
   /// Drops all items and tells how many there were. Their status stays.
   int Clear();
   int Count() const noexcept { return fCount.load(); }
+  /// Items that were ever added.
+  std::uint64_t Added() const noexcept { return fAdded.load(std::memory_order_acquire); }
   /// Whether an item waits that has this tag (0: any) and this class.
   bool ContainsWorkItem(int pTag, TWorkItemClass pClass = {}) const;
   bool ContainsWorkItem(const GUID& pInterfaceID) const;
@@ -60,6 +62,7 @@ class TWorkItemsQueue {
 
   mutable TQuickLock fLock;
   std::atomic<int> fCount{0};
+  std::atomic<std::uint64_t> fAdded{0};
   TItems fList;
 };
 

@@ -114,7 +114,7 @@ void TWorkerThreadPool::WakeWorker() noexcept {
 
 bool TWorkerThreadPool::WorkItemDone(TWorkerThread& pThread) {
   pThread.fHasWork = false;
-  return fWorkItemsCount.fetch_sub(1) != 1 || TriggerAllWorkItemsDoneEvent(&pThread);
+  return !EndItems(1) || TriggerAllWorkItemsDoneEvent(&pThread);
 }
 
 }  // namespace oak

@@ -47,13 +47,7 @@ void TWorkerThreadPool::AddWorkItem(Ref<IWorkItem> pWorkItem, TPriority pPriorit
   if (!pWorkItem) throw EArgumentException(u"pWorkItem must not be nil.");
   CheckNotDestroying();
   if (fIsTerminatingAllWorkitems > 0) return;
-  fWorkItemsCount.fetch_add(1);
-  try {
-    fWorkerItemsQueue.Add(std::move(pWorkItem), pPriority == TPriority::Highest);
-  } catch (...) {
-    fWorkItemsCount.fetch_sub(1);
-    throw;
-  }
+  fWorkerItemsQueue.Add(std::move(pWorkItem), pPriority == TPriority::Highest);
   WakeWorker();
   CheckAddNewWorkerThread();
 }
@@ -63,19 +57,12 @@ void TWorkerThreadPool::AddWorkItems(const IWorkItems& pWorkItems, TPriority pPr
     throw EArgumentException(u"pWorkItems must not contain nil.");
   CheckNotDestroying();
   for (const Ref<IWorkItem>& item : pWorkItems) item->SetStatus(TTaskStatus::WaitingToRun);
-  const int count = static_cast<int>(pWorkItems.size());
   {
     const TLock lock(fLock);
     CheckNotDestroying();
-    fWorkItemsCount.fetch_add(count);
-    try {
-      fWorkerItemsQueue.AddRange(pWorkItems, pPriority == TPriority::Highest);
-    } catch (...) {
-      fWorkItemsCount.fetch_sub(count);
-      throw;
-    }
+    fWorkerItemsQueue.AddRange(pWorkItems, pPriority == TPriority::Highest);
   }
-  if (count > 0) WakeWorker();
+  if (!pWorkItems.empty()) WakeWorker();
   CheckAddNewWorkerThread();
 }
 
@@ -135,7 +122,7 @@ void TWorkerThreadPool::Reopened() noexcept {
 // --- the end --------------------------------------------------------------------------
 
 int TWorkerThreadPool::TerminateWorkItems() {
-  if (fWorkItemsCount == 0) return 0;
+  if (GetWorkItemsCount() == 0) return 0;
   const TUse use(*this);
   struct TTerminating {
     explicit TTerminating(std::atomic<int>& pCalls) : Calls(pCalls) { ++Calls; }
@@ -145,7 +132,7 @@ int TWorkerThreadPool::TerminateWorkItems() {
   const TTerminating terminating(fIsTerminatingAllWorkitems);
 
   const int dropped = fWorkerItemsQueue.Clear();
-  if (dropped > 0 && fWorkItemsCount.fetch_sub(dropped) == dropped) {
+  if (dropped > 0 && EndItems(dropped)) {
     TriggerAllWorkItemsDoneEvent(nullptr);
     return dropped;
   }
@@ -166,8 +153,7 @@ void TWorkerThreadPool::TerminateAllThreads(bool pForce) {
   TCustomThreadPool::TerminateAllThreads(pForce);
   if (pForce) {
     const int dropped = fWorkerItemsQueue.Clear();
-    if (dropped > 0 && fWorkItemsCount.fetch_sub(dropped) == dropped)
-      TriggerAllWorkItemsDoneEvent(nullptr);
+    if (dropped > 0 && EndItems(dropped)) TriggerAllWorkItemsDoneEvent(nullptr);
   }
   CheckSynchronize(true);
 }
@@ -175,6 +161,13 @@ void TWorkerThreadPool::TerminateAllThreads(bool pForce) {
 // Their next poll may be half a second away.
 void TWorkerThreadPool::WakeAll() noexcept {
   fNewWorkItemEvent.SetEventFor(static_cast<std::uint32_t>(GetCount()));
+}
+
+// True for the one call by which none is left.
+bool TWorkerThreadPool::EndItems(int pCount) noexcept {
+  const auto count = static_cast<std::uint64_t>(pCount);
+  const std::uint64_t ended = fEndedItems.fetch_add(count) + count;
+  return QueueLength() == 0 && ended == fWorkerItemsQueue.Added();
 }
 
 // False if the thread was given up while it was in the event.
@@ -208,7 +201,7 @@ void TWorkerThreadPool::LeaveDoneEvent() noexcept {
 
 void TWorkerThreadPool::WorkerLost(bool pHadWork, bool pWasInDoneEvent) {
   if (pWasInDoneEvent) LeaveDoneEvent();
-  if (pHadWork && fWorkItemsCount.fetch_sub(1) == 1) TriggerAllWorkItemsDoneEvent(nullptr);
+  if (pHadWork && EndItems(1)) TriggerAllWorkItemsDoneEvent(nullptr);
 }
 
 // --- settings -------------------------------------------------------------------------
@@ -231,7 +224,7 @@ void TWorkerThreadPool::SetMaxCpuUsage(int pValue) { fMaxCpuUsage = std::clamp(p
 // --- queries --------------------------------------------------------------------------
 
 bool TWorkerThreadPool::WorkItemsActive() const {
-  if (fWorkItemsCount == 0) return false;
+  if (GetWorkItemsCount() == 0) return false;
   if (GetCount() == 0)
     throw EInvalidOperation(TypeNameOf(*this) +
                             u" should have worker threads in case it has worker items.");

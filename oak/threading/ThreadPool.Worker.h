@@ -62,7 +62,10 @@ class TWorkerThreadPool : public TCustomThreadPool, public IWorkerThreadPool {
   // --- queries ------------------------------------------------------------------------
   int QueueLength() const noexcept { return fWorkerItemsQueue.Count(); }
   /// Items that wait or run.
-  int GetWorkItemsCount() const noexcept { return fWorkItemsCount; }
+  int GetWorkItemsCount() const noexcept {
+    const std::uint64_t ended = fEndedItems.load();
+    return static_cast<int>(fWorkerItemsQueue.Added() - ended);
+  }
   /// Whether there are any. Raises EInvalidOperation if there are but no thread is.
   bool WorkItemsActive() const;
   /// Threads that have an item.
@@ -118,6 +121,7 @@ class TWorkerThreadPool : public TCustomThreadPool, public IWorkerThreadPool {
   void AddWorker();
   bool TriggerAllWorkItemsDoneEvent(TWorkerThread* pThread);
   void LeaveDoneEvent() noexcept;
+  bool EndItems(int pCount) noexcept;
   void CheckNotDestroying() const;
   std::vector<Ref<IWorkItem>> RunningItems() const;
 
@@ -133,7 +137,9 @@ class TWorkerThreadPool : public TCustomThreadPool, public IWorkerThreadPool {
   const bool fInitializeCOM;
   std::atomic<int> fMaxCpuUsage{80};
   alignas(CacheLine) TWorkItemsQueue fWorkerItemsQueue;
-  alignas(CacheLine) std::atomic<int> fWorkItemsCount{0};
+  /// Of all that were added. Workers alone write it, and look at the number of those that
+  /// were added only when the queue is empty.
+  alignas(CacheLine) std::atomic<std::uint64_t> fEndedItems{0};
   /// 1 while a worker has been woken or looks for work: it will see what is added, so
   /// nobody else needs to be woken. It wakes the next one if it leaves work behind.
   alignas(CacheLine) std::atomic<int> fScouts{0};

@@ -149,7 +149,10 @@ class TScreenList : public TCustomListView {
   }
   bool CanEdit(TListItem* item) override { return Note("edit?") && TCustomListView::CanEdit(item); }
   void Edit(TListItem* item, const TString& text) override {
-    if (Note("edit " + ToUtf8(text))) TCustomListView::Edit(item, text);
+    if (!Note("edit " + ToUtf8(text))) return;
+    // The hook may have removed the row.
+    for (TListItem* row : Items())
+      if (row == item) return TCustomListView::Edit(item, text);
   }
   void CancelEdit(TListItem*) override { Note("edit cancelled"); }
   void GetImageIndex(TListItem* item) override {

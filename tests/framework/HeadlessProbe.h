@@ -62,8 +62,9 @@ class TProbe : public TCustomControl {
     Write("menu " + std::to_string(screen.X) + "," + std::to_string(screen.Y));
   }
   void WndProc(TMessage& message) override {
+    const TLifeGuard guard = GetLifeGuard();
     Write("message " + std::to_string(message.Msg) + " " + std::to_string(message.WParam));
-    if (OnProc) OnProc(message);
+    if (guard.IsAlive() && OnProc) OnProc(message);
   }
   void Paint(TCanvas& canvas, const TRect& clip) override {
     ++Paints;
