@@ -149,19 +149,22 @@ class TScreenList : public TCustomListView {
   }
   bool CanEdit(TListItem* item) override { return Note("edit?") && TCustomListView::CanEdit(item); }
   void Edit(TListItem* item, const TString& text) override {
-    if (!Note("edit " + ToUtf8(text))) return;
-    // The hook may have removed the row.
-    for (TListItem* row : Items())
-      if (row == item) return TCustomListView::Edit(item, text);
+    if (Note("edit " + ToUtf8(text)) && Lives(item)) TCustomListView::Edit(item, text);
   }
   void CancelEdit(TListItem*) override { Note("edit cancelled"); }
   void GetImageIndex(TListItem* item) override {
-    if (Note("image")) TCustomListView::GetImageIndex(item);
+    if (Note("image") && Lives(item)) TCustomListView::GetImageIndex(item);
+  }
+  /// Whether a row is still in the list, without a look into it.
+  bool Lives(const TListItem* item) {
+    for (const TListItem* row : Items())
+      if (row == item) return true;
+    return false;
   }
   TString GetColumnText(TListItem* item, int column) override {
     if (!Note("text")) return {};
     // The hook may have removed the row.
-    return Items().IndexOf(item) >= 0 ? TCustomListView::GetColumnText(item, column) : TString();
+    return Lives(item) ? TCustomListView::GetColumnText(item, column) : TString();
   }
   bool IsCustomDrawn(TCustomDrawTarget target, TCustomDrawStage stage) override {
     return (target == dtControl && (OnDrawAll || OnEvent)) ||
