@@ -10,7 +10,9 @@
 namespace oak::tests {
 namespace {
 
-constexpr TStringView kRoot = u"Software\\Oak test of the registry";
+/// Each process its own: tests run at the same time on one registry.
+const TString kRoot =
+    u"Software\\Oak test of the registry " + IntToHex(Api().GetCurrentProcessId(), 1);
 
 /// A key of the test's own, open for everything.
 class RegistryTest : public testing::Test {
@@ -42,12 +44,12 @@ TEST_F(RegistryTest, PathsStartAtTheRootOrAtTheOpenKey) {
   EXPECT_TRUE(registry.KeyExists(u"A\\B"));
   EXPECT_FALSE(registry.KeyExists(u"\\a\\b"));
   ASSERT_TRUE(registry.OpenKey(u"a\\", false));
-  EXPECT_EQ(registry.GetCurrentPath(), TString(kRoot) + u"\\a");
+  EXPECT_EQ(registry.GetCurrentPath(), kRoot + u"\\a");
   EXPECT_TRUE(registry.KeyExists(u"b"));
   EXPECT_FALSE(registry.OpenKey(u"none", false));
   EXPECT_EQ(registry.GetLastError(), LSTATUS{ERROR_FILE_NOT_FOUND});
-  EXPECT_EQ(registry.GetCurrentPath(), TString(kRoot) + u"\\a");  // as it was
-  ASSERT_TRUE(registry.OpenKeyReadOnly(u"\\" + TString(kRoot)));
+  EXPECT_EQ(registry.GetCurrentPath(), kRoot + u"\\a");  // as it was
+  ASSERT_TRUE(registry.OpenKeyReadOnly(u"\\" + kRoot));
   EXPECT_EQ(KeyNames(), (TStringArray{u"a", u"c"}));
   EXPECT_FALSE(registry.DeleteKey(u""));
   EXPECT_TRUE(registry.DeleteKey(u"a"));  // with b below it
@@ -164,8 +166,7 @@ TEST_F(RegistryTest, FailuresNameKeyAndValue) {
       ADD_FAILURE() << ToUtf8(c.Text);
     } catch (const ERegistryException& error) {
       EXPECT_TRUE(Contains(error.GetMessage(), c.Text)) << error.what();
-      EXPECT_TRUE(Contains(error.GetMessage(), u"HKEY_CURRENT_USER\\" + TString(kRoot)))
-          << error.what();
+      EXPECT_TRUE(Contains(error.GetMessage(), u"HKEY_CURRENT_USER\\" + kRoot)) << error.what();
     }
   }
   TRegistry reader(KEY_READ);

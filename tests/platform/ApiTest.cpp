@@ -59,7 +59,8 @@ const std::set<std::string> MayBeMissing = {
     "AreDpiAwarenessContextsEqual", "Wow64DisableWow64FsRedirection",
     "Wow64RevertWow64FsRedirection", "IsWow64Process",
     // The portable shell starts no programs, notifies nobody and knows no code pages.
-    "ShellExecuteExW", "SHQueryRecycleBinW", "SHCreateShellItemArrayFromDataObject",
+    "ShellExecuteExW", "ShellExecuteW", "SHOpenFolderAndSelectItems", "SHMultiFileProperties",
+    "DestroyIcon", "SetWindowTheme", "SHQueryRecycleBinW", "SHCreateShellItemArrayFromDataObject",
     "SHChangeNotify", "SHChangeNotifyRegister", "SHChangeNotifyDeregister",
     "SHChangeNotification_Unlock", "MultiByteToWideChar",
     // It has its own accounting of the processor, and ends no thread by force.

@@ -36,6 +36,7 @@ void BindPortableSystem(TApi& api) {
   BindSystemRegistry(api);
   BindSystemModules(api);
   BindSystemMemory(api);
+  BindSystemMenus(api);
   BindSystemCom(api);
   BindSystemDesktop(api);
   BindSystemExecute(api);

@@ -23,6 +23,7 @@ void BindSystemThreads(TApi& api);
 void BindSystemRegistry(TApi& api);
 void BindSystemModules(TApi& api);
 void BindSystemMemory(TApi& api);
+void BindSystemMenus(TApi& api);
 void BindSystemCom(TApi& api);
 void BindSystemDesktop(TApi& api);
 void BindSystemExecute(TApi& api);

@@ -1,6 +1,5 @@
-// What belongs to a desktop: the explorer's options, menus, input. There is no
+// What belongs to a desktop: the explorer's options, input. There is no
 // screen here; a set of controls that has one puts its own functions in place.
-#include "oak/platform/MenuTable.h"
 #include "oak/platform/WindowPost.h"
 #include "oak/platform/portable/PortableRegistry.h"
 #include "oak/platform/portable/SystemBinding.h"
@@ -68,19 +67,6 @@ void STDAPICALLTYPE SHGetSetSettings(SHELLSTATEW* state, DWORD mask, BOOL set) {
   });
 }
 
-// --- menus ---------------------------------------------------------------------
-
-HMENU STDAPICALLTYPE CreatePopupMenu() {
-  return SystemCall<HMENU>(nullptr, [] { return TMenuTable::Instance().Create(); });
-}
-
-BOOL STDAPICALLTYPE DestroyMenu(HMENU menu) {
-  constexpr DWORD invalidMenuHandle = 1401;
-  return SystemCall<BOOL>(FALSE, [&] {
-    return TMenuTable::Instance().Destroy(menu) ? TRUE : FailWith(invalidMenuHandle, FALSE);
-  });
-}
-
 // --- input: nobody is there to receive it ----------------------------------------
 
 void STDAPICALLTYPE keybd_event(BYTE, BYTE, DWORD, ULONG_PTR) {}
@@ -90,16 +76,25 @@ BOOL STDAPICALLTYPE PostMessageW(HWND window, UINT message, WPARAM wParam, LPARA
   return FailWith(ErrorInvalidWindowHandle, FALSE);
 }
 
+// --- themes and messages of native controls: there are none ------------------------
+
+LRESULT STDAPICALLTYPE SendMessageW(HWND, UINT, WPARAM, LPARAM) {
+  return FailWith<LRESULT>(ErrorInvalidWindowHandle, 0);
+}
+HRESULT STDAPICALLTYPE SetWindowTheme(HWND, LPCWSTR, LPCWSTR) { return S_OK; }
+HRESULT STDAPICALLTYPE SHAutoComplete(HWND, DWORD) { return S_OK; }
+
 }  // namespace
 
 #define BIND(Name) api.Name.SetFunction(&Name)
 void BindSystemDesktop(TApi& api) {
   BIND(SHGetSetSettings);
-  BIND(CreatePopupMenu);
-  BIND(DestroyMenu);
   BIND(keybd_event);
   BIND(MapVirtualKeyW);
   BIND(PostMessageW);
+  BIND(SendMessageW);
+  BIND(SetWindowTheme);
+  BIND(SHAutoComplete);
 }
 #undef BIND
 

@@ -153,6 +153,24 @@ HRESULT STDAPICALLTYPE OleGetClipboard(IDataObject** data) {
   return *data ? S_OK : static_cast<HRESULT>(0x800401D3u);  // CLIPBRD_E_BAD_DATA
 }
 
+HRESULT STDAPICALLTYPE OleSetClipboard(IDataObject* data) {
+  SetPortableClipboard(Ref<IDataObject>::Share(data));
+  return S_OK;
+}
+
+/// The clipboard is this process's own: its object needs no rendering before the end.
+HRESULT STDAPICALLTYPE OleFlushClipboard() { return S_OK; }
+
+HRESULT STDAPICALLTYPE OleIsCurrentClipboard(IDataObject* data) {
+  return data && PortableClipboard().Get() == data ? S_OK : S_FALSE;
+}
+
+HGLOBAL STDAPICALLTYPE GlobalAlloc(UINT, SIZE_T bytes) { return PortableGlobalAlloc(bytes); }
+HGLOBAL STDAPICALLTYPE GlobalFree(HGLOBAL block) {
+  PortableGlobalFree(block);
+  return nullptr;
+}
+
 }  // namespace
 
 // --- PortableMemory.h --------------------------------------------------------
@@ -216,6 +234,11 @@ void BindSystemMemory(TApi& api) {
   BIND(RegisterClipboardFormatW);
   BIND(IsClipboardFormatAvailable);
   BIND(OleGetClipboard);
+  BIND(OleSetClipboard);
+  BIND(OleFlushClipboard);
+  BIND(OleIsCurrentClipboard);
+  BIND(GlobalAlloc);
+  BIND(GlobalFree);
 }
 #undef BIND
 

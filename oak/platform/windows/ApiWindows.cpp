@@ -50,6 +50,9 @@ void BindShell(TApi& api) {
   OAK_BIND(SHChangeNotifyDeregister);
   OAK_BIND(SHChangeNotification_Unlock);
   OAK_BIND(ShellExecuteExW);
+  OAK_BIND(ShellExecuteW);
+  OAK_BIND(SHOpenFolderAndSelectItems);
+  OAK_BIND(SHAutoComplete);
   OAK_BIND(DragQueryFileW);
   OAK_BIND(StrCmpLogicalW);
   OAK_BIND(PathMatchSpecW);
@@ -67,6 +70,9 @@ void BindObjects(TApi& api) {
   OAK_BIND(OleUninitialize);
   OAK_BIND(ReleaseStgMedium);
   OAK_BIND(OleGetClipboard);
+  OAK_BIND(OleSetClipboard);
+  OAK_BIND(OleFlushClipboard);
+  OAK_BIND(OleIsCurrentClipboard);
   api.VariantChangeType.SetFunction(
       [](VARIANT* target, const VARIANT* source, USHORT flags, VARTYPE type) {
         return ::VariantChangeType(target, const_cast<VARIANT*>(source), flags, type);
@@ -181,8 +187,20 @@ void BindTime(TApi& api) {
 void BindWindows(TApi& api) {
   OAK_BIND(CreatePopupMenu);
   OAK_BIND(DestroyMenu);
+  OAK_BIND(InsertMenuW);
+  OAK_BIND(DeleteMenu);
+  OAK_BIND(GetMenuItemCount);
+  OAK_BIND(GetMenuItemID);
+  OAK_BIND(GetMenuStringW);
+  OAK_BIND(GetMenuDefaultItem);
+  OAK_BIND(SetMenuDefaultItem);
+  OAK_BIND(GetSubMenu);
+  OAK_BIND(DestroyIcon);
+  OAK_BIND(SendMessageW);
   OAK_BIND(RegisterClipboardFormatW);
   OAK_BIND(IsClipboardFormatAvailable);
+  OAK_BIND(GlobalAlloc);
+  OAK_BIND(GlobalFree);
   OAK_BIND(GlobalLock);
   OAK_BIND(GlobalUnlock);
   OAK_BIND(GlobalSize);

@@ -62,6 +62,7 @@ void BindShellLibrary(TApi& api) {
   BindName(api.SHQueryRecycleBinW, shell);
   BindName(api.SHGetSetSettings, shell);
   BindName(api.SHDoDragDrop, shell);
+  BindName(api.SHMultiFileProperties, shell);
   BindName(api.CIDLData_CreateFromIDArray, shell);
   BindName(api.IsUserAnAdmin, shell);
   // Exported without a name by older systems.
@@ -114,6 +115,7 @@ void BindSystemLibraries(TApi& api) {
   BindName(api.GetAwarenessFromDpiAwarenessContext, user);
   BindName(api.AreDpiAwarenessContextsEqual, user);
   BindName(api.GetProcessDpiAwareness, Library(L"shcore.dll"));
+  BindName(api.SetWindowTheme, Library(L"uxtheme.dll"));
 }
 
 void BindDarkMode(TApi& api) {
