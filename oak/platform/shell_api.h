@@ -21,3 +21,4 @@
 #include "oak/platform/shell_api_search.h"
 #include "oak/platform/shell_api_system.h"
 #include "oak/platform/shell_api_types.h"
+#include "oak/platform/shell_api_view.h"

@@ -8,6 +8,7 @@
 #include "oak/platform/shell_api_ole.h"
 #include "oak/platform/shell_api_property.h"
 #include "oak/platform/shell_api_search.h"
+#include "oak/platform/shell_api_view.h"
 
 // OAK_INTERFACE(interface, ancestor): ancestor is what it inherits from, IUnknown if nothing else.
 #define OAK_SHELL_INTERFACES                                 \
@@ -45,6 +46,8 @@
   OAK_INTERFACE(IContextMenu, IUnknown)                      \
   OAK_INTERFACE(IContextMenu2, IContextMenu)                 \
   OAK_INTERFACE(IContextMenu3, IContextMenu2)                \
+  OAK_INTERFACE(IShellView, IOleWindow)                      \
+  OAK_INTERFACE(IShellExtInit, IUnknown)                     \
   OAK_INTERFACE(IShellLinkW, IUnknown)                       \
   OAK_INTERFACE(IKnownFolder, IUnknown)                      \
   OAK_INTERFACE(IKnownFolderManager, IUnknown)               \

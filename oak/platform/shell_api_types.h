@@ -73,6 +73,26 @@ struct MSG {
   DWORD time;
   POINT pt;
 };
+/// What the owner of an entry that it draws itself is asked for, and what it is to draw.
+struct MEASUREITEMSTRUCT {
+  UINT CtlType;
+  UINT CtlID;
+  UINT itemID;
+  UINT itemWidth;
+  UINT itemHeight;
+  ULONG_PTR itemData;
+};
+struct DRAWITEMSTRUCT {
+  UINT CtlType;
+  UINT CtlID;
+  UINT itemID;
+  UINT itemAction;
+  UINT itemState;
+  HWND hwndItem;
+  HDC hDC;
+  RECT rcItem;
+  ULONG_PTR itemData;
+};
 
 // --- files -------------------------------------------------------------------
 struct SECURITY_ATTRIBUTES {

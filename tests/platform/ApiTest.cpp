@@ -58,11 +58,9 @@ const std::set<std::string> MayBeMissing = {
     "GetThreadDpiAwarenessContext", "GetAwarenessFromDpiAwarenessContext",
     "AreDpiAwarenessContextsEqual", "Wow64DisableWow64FsRedirection",
     "Wow64RevertWow64FsRedirection", "IsWow64Process",
-    // The portable shell starts no programs, notifies nobody and knows no code pages.
-    "ShellExecuteExW", "ShellExecuteW", "SHOpenFolderAndSelectItems", "SHMultiFileProperties",
-    "DestroyIcon", "SetWindowTheme", "SHQueryRecycleBinW", "SHCreateShellItemArrayFromDataObject",
-    "SHChangeNotify", "SHChangeNotifyRegister", "SHChangeNotifyDeregister",
-    "SHChangeNotification_Unlock", "MultiByteToWideChar",
+    "SHMultiFileProperties",
+    // The portable shell has no icons or themes to free or set, and knows no code pages.
+    "DestroyIcon", "SetWindowTheme", "MultiByteToWideChar",
     // It has its own accounting of the processor, and ends no thread by force.
     "NtQuerySystemInformation", "TerminateThread"};
 // clang-format on

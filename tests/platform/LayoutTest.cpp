@@ -5,6 +5,8 @@
 #include <cstddef>
 
 #include "oak/platform/shell_api.h"
+#include "oak/platform/shell_api_drag.h"
+#include "oak/platform/shell_api_images.h"
 
 #define SIZE_OF(type, bytes) static_assert(sizeof(type) == (bytes))
 #define OFFSET_OF(type, member, bytes) static_assert(offsetof(type, member) == (bytes))
@@ -49,6 +51,10 @@ SIZE_OF(FILEDESCRIPTORW, 592);
 OFFSET_OF(FILEDESCRIPTORW, cFileName, 72);
 OFFSET_OF(FILEGROUPDESCRIPTORW, fgd, 4);
 SIZE_OF(CIDA, 8);
+SIZE_OF(IMAGEINFO, 40);
+SIZE_OF(IMAGELISTDRAWPARAMS, 88);
+OFFSET_OF(IMAGELISTDRAWPARAMS, crEffect, 80);
+SIZE_OF(SHDRAGIMAGE, 32);
 
 SIZE_OF(CMINVOKECOMMANDINFO, 56);
 SIZE_OF(CMINVOKECOMMANDINFOEX, 104);
@@ -108,6 +114,8 @@ const TSlot Slots[] = {
     SLOT(IShellFolder, CompareIDs, 7),
     SLOT(IShellFolder, GetDisplayNameOf, 11),
     SLOT(IShellFolder, SetNameOf, 12),
+    SLOT(IShellView, Refresh, 8),
+    SLOT(IShellView, GetItemObject, 15),
     SLOT(IShellFolder2, GetDetailsEx, 17),
     SLOT(IShellFolder2, MapColumnToSCID, 19),
     SLOT(IShellIconOverlay, GetOverlayIconIndex, 4),
@@ -146,6 +154,11 @@ const TSlot Slots[] = {
     SLOT(IQuerySolution, GetQuery, 7),
     SLOT(IQueryParser, RestatePropertyValueToString, 10),
     SLOT(IQueryParserManager, SetOption, 5),
+    SLOT(IImageList, GetIcon, 10),
+    SLOT(IImageList, GetIconSize, 16),
+    SLOT(IImageList, GetOverlayImage, 31),
+    SLOT(IDropTargetHelper, Show, 7),
+    SLOT(IDragSourceHelper, InitializeFromWindow, 4),
 };
 
 TEST(Layout, MethodsStandAtTheirPublishedPlaces) {

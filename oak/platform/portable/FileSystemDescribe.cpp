@@ -8,13 +8,10 @@
 #include "oak/platform/portable/PortableClasses.h"
 #include "oak/platform/portable/PortableConfig.h"
 #include "oak/platform/portable/PropertySystem.h"
+#include "oak/platform/portable/SystemImageList.h"
 
 namespace oak {
 namespace {
-
-// Places in the system's overlay list.
-constexpr int kShareOverlay = 1;
-constexpr int kLinkOverlay = 2;
 
 SHCOLSTATEF StateOf(const TPropertyInfo& info) {
   SHCOLSTATEF state = SHCOLSTATE_TYPE_STR;
@@ -126,14 +123,14 @@ HRESULT TFileSystemFolder::GetOverlayIndex(PCUITEMID_CHILD element, int& index) 
   TFileElement file;
   if (!ReadFileElement(element, file)) return E_INVALIDARG;
   if ((file.Flags & feSymlink) || (!(file.Flags & feFolder) && IsLinkName(file.Name))) {
-    index = kLinkOverlay;
+    index = LinkOverlayNumber;
     return S_OK;
   }
   const std::string native = NativeChild(file.Name);
   const auto config = PortableConfig();
   for (const TPortableShare& share : config->Shares) {
     if (native.empty() || share.Directory != native) continue;
-    index = kShareOverlay;
+    index = ShareOverlayNumber;
     return S_OK;
   }
   return S_FALSE;

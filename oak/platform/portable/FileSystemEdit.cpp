@@ -1,5 +1,4 @@
 // Making, renaming and removing objects of a directory.
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -7,10 +6,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <string>
-#include <vector>
 
 #include "oak/platform/portable/FileSystemSource.h"
+#include "oak/platform/portable/FileTransfer.h"
 #include "oak/platform/portable/PortableFiles.h"
+#include "oak/platform/portable/SystemDescriptor.h"
 
 namespace oak {
 namespace {
@@ -25,97 +25,6 @@ HRESULT CheckName(TStringView name) {
 bool Exists(const std::string& native) {
   struct stat info;
   return ::lstat(native.c_str(), &info) == 0;
-}
-
-class TDescriptor {
- public:
-  explicit TDescriptor(int descriptor) : fDescriptor(descriptor) {}
-  ~TDescriptor() {
-    if (fDescriptor >= 0) ::close(fDescriptor);
-  }
-  TDescriptor(const TDescriptor&) = delete;
-  TDescriptor& operator=(const TDescriptor&) = delete;
-  int Get() const { return fDescriptor; }
-
- private:
-  int fDescriptor;
-};
-
-// --- removing --------------------------------------------------------------
-
-struct TEntry {
-  std::string Name;
-  bool Folder;
-};
-
-bool IsRealFolder(int directory, const char* name, unsigned char type) {
-  if (type != DT_UNKNOWN) return type == DT_DIR;
-  struct stat info;
-  return ::fstatat(directory, name, &info, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(info.st_mode);
-}
-
-// All entries at once: a directory that loses entries while it is read may skip
-// some. Takes the descriptor over; 0 or an error number.
-int ListEntries(int descriptor, std::vector<TEntry>& entries) {
-  DIR* stream = ::fdopendir(descriptor);
-  if (!stream) {
-    const int error = errno;
-    ::close(descriptor);
-    return error;
-  }
-  errno = 0;
-  while (const dirent* entry = ::readdir(stream)) {
-    const std::string_view name = entry->d_name;
-    if (name != "." && name != "..")
-      entries.push_back(
-          {std::string(name), IsRealFolder(::dirfd(stream), entry->d_name, entry->d_type)});
-    errno = 0;
-  }
-  const int error = errno;
-  ::closedir(stream);
-  return error;
-}
-
-// Removes one entry of an open directory. Works on descriptors throughout, so
-// that a folder swapped for a link meanwhile leads nowhere, and stays on one
-// device, so that what is mounted in the tree is left alone.
-int RemoveEntry(int directory, const char* name, bool folder, dev_t device);
-
-int RemoveContents(int folder, dev_t device) {
-  std::vector<TEntry> entries;
-  const int copy = ::fcntl(folder, F_DUPFD_CLOEXEC, 0);
-  if (copy < 0) return errno;
-  if (const int error = ListEntries(copy, entries)) return error;
-  for (const TEntry& entry : entries)
-    if (const int error = RemoveEntry(folder, entry.Name.c_str(), entry.Folder, device))
-      return error;
-  return 0;
-}
-
-int RemoveEntry(int directory, const char* name, bool folder, dev_t device) {
-  if (folder) {
-    const TDescriptor open(
-        ::openat(directory, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (open.Get() < 0) {
-      const int error = errno;
-      // An empty folder that may not be read can still be removed.
-      return ::unlinkat(directory, name, AT_REMOVEDIR) == 0 ? 0 : error;
-    }
-    struct stat info;
-    if (::fstat(open.Get(), &info) != 0) return errno;
-    if (info.st_dev != device) return EXDEV;
-    if (const int error = RemoveContents(open.Get(), device)) return error;
-  }
-  if (::unlinkat(directory, name, folder ? AT_REMOVEDIR : 0) == 0) return 0;
-  return errno == ENOENT ? 0 : errno;
-}
-
-int RemoveTree(const std::string& parent, const std::string& name) {
-  const TDescriptor directory(::open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (directory.Get() < 0) return errno;
-  struct stat info;
-  if (::fstatat(directory.Get(), name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) return errno;
-  return RemoveEntry(directory.Get(), name.c_str(), S_ISDIR(info.st_mode), info.st_dev);
 }
 
 // --- renaming ----------------------------------------------------------------
@@ -202,7 +111,7 @@ HRESULT TFileSystemFolder::Destroy(PCUITEMID_CHILD element) {
   if (!ReadFileElement(element, file)) return E_INVALIDARG;
   const std::string name = NameToNative(file.Name);
   if (name.empty() || Native().empty()) return HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
-  const int error = RemoveTree(fNative, name);
+  const int error = RemoveTree(JoinNative(fNative, name));
   return error == 0 ? S_OK : ResultFromErrno(error);
 }
 

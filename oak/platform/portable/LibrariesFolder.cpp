@@ -9,6 +9,7 @@
 #include "oak/platform/portable/PortableClasses.h"
 #include "oak/platform/portable/PortableKnownFolders.h"
 #include "oak/platform/portable/PortableShell.h"
+#include "oak/platform/portable/ShellIcons.h"
 
 namespace oak {
 namespace {
@@ -209,6 +210,7 @@ void MountLibraries() {
   mount.Attributes = SFGAO_FOLDER | SFGAO_HASSUBFOLDER | SFGAO_FILESYSANCESTOR |
                      SFGAO_STORAGEANCESTOR | SFGAO_BROWSABLE | SFGAO_CANLINK;
   mount.Order = 40;
+  mount.IconIndex = iconLibraries;
   mount.Source = MakeRef<TLibrariesSource>();
   MountFolder(std::move(mount));
 }

@@ -259,6 +259,7 @@ void BindPortableShell(TApi& api) {
   BindShellNames(api);
   BindShellItems(api);
   BindShellInfo(api);
+  BindShellImages(api);
 }
 
 }  // namespace oak

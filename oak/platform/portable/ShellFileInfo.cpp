@@ -9,6 +9,8 @@
 #include "oak/platform/portable/ShellItem.h"
 #include "oak/platform/portable/ShellPidl.h"
 #include "oak/platform/portable/ShellProperties.h"
+#include "oak/platform/portable/SystemImageList.h"
+#include "oak/platform/shell_api_images.h"
 
 namespace oak {
 
@@ -40,8 +42,6 @@ HRESULT ListOfCaller(LPCWSTR path, DWORD attributes, UINT flags, TPidl& list) {
   return ParseAbsolute(text, options, list);
 }
 
-int DesktopIcon(bool) { return iconDesktop; }
-
 struct TPlace {
   Ref<TFolderNode> Folder;  // nil for the desktop
   PCUITEMID_CHILD Child = nullptr;
@@ -52,8 +52,20 @@ HRESULT Attributes(const TPlace& place, DWORD mask, DWORD& attributes) {
                       : TFolderNode::Desktop()->GetFolderAttributes(mask, attributes);
 }
 
+int IconOf(const TPlace& place, UINT flags) {
+  if (!place.Folder) return iconDesktop;
+  TString name;
+  DWORD attributes = 0;
+  // A file that need not exist has the icon of its type: a shortcut is not read then.
+  if ((flags & SHGFI_USEFILEATTRIBUTES) && ElementKind(place.Child) == ekFileSystem &&
+      SUCCEEDED(place.Folder->GetAttributes(place.Child, SFGAO_FOLDER, attributes)) &&
+      !(attributes & SFGAO_FOLDER) &&
+      SUCCEEDED(place.Folder->GetName(place.Child, TNameForm::Parsing, name)))
+    return IconOfFileName(name);
+  return place.Folder->GetIconIndex(place.Child, (flags & SHGFI_OPENICON) != 0);
+}
+
 HRESULT FillInfo(const TPlace& place, UINT flags, SHFILEINFOW& info) {
-  const bool open = (flags & SHGFI_OPENICON) != 0;
   HRESULT result = S_OK;
   TString text;
   if (flags & SHGFI_DISPLAYNAME) {
@@ -73,7 +85,7 @@ HRESULT FillInfo(const TPlace& place, UINT flags, SHFILEINFOW& info) {
     info.dwAttributes = attributes & mask;
   }
   if (flags & (SHGFI_SYSICONINDEX | SHGFI_ICON | SHGFI_ICONLOCATION))
-    info.iIcon = place.Folder ? place.Folder->GetIconIndex(place.Child, open) : DesktopIcon(open);
+    info.iIcon = IconOf(place, flags);
   int overlay = -1;
   if (place.Folder && (flags & SHGFI_OVERLAYINDEX) &&
       place.Folder->SourceOf(place.Child).GetOverlayIndex(place.Child, overlay) == S_OK)
@@ -98,7 +110,9 @@ DWORD_PTR STDAPICALLTYPE SHGetFileInfoW(LPCWSTR path, DWORD attributes, SHFILEIN
     if (SUCCEEDED(result)) result = FillInfo(place, flags, filled);
     if (FAILED(result)) return 0;
     *info = filled;
-    return 1;
+    if (!(flags & SHGFI_SYSICONINDEX)) return 1;
+    const int size = flags & SHGFI_SMALLICON ? SHIL_SMALL : SHIL_LARGE;
+    return reinterpret_cast<DWORD_PTR>(SystemImageListHandle(size));
   });
 }
 

@@ -1,6 +1,8 @@
 #include "oak/platform/portable/ShellFolder.h"
 
 #include "oak/platform/portable/PortableCall.h"
+#include "oak/platform/portable/ShellChanges.h"
+#include "oak/platform/portable/ShellMenu.h"
 #include "oak/platform/portable/ShellPidl.h"
 #include "oak/platform/portable/ShellProperties.h"
 
@@ -187,11 +189,11 @@ HRESULT TPortableFolder::CompareIDs(LPARAM lParam, PCUIDLIST_RELATIVE pidl1,
   });
 }
 
-HRESULT TPortableFolder::CreateViewObject(HWND, REFIID, void** ppv) {
+HRESULT TPortableFolder::CreateViewObject(HWND, REFIID riid, void** ppv) {
   return PortableCall("IShellFolder::CreateViewObject", [&]() -> HRESULT {
     if (!ppv) return E_POINTER;
     *ppv = nullptr;
-    return E_NOINTERFACE;
+    return MakeViewObject(fNode, riid, ppv);
   });
 }
 
@@ -244,7 +246,9 @@ HRESULT TPortableFolder::SetNameOf(HWND, PCUITEMID_CHILD pidl, LPCWSTR pszName, 
     const TNameForm form = uFlags & SHGDN_FORPARSING ? TNameForm::Parsing : TNameForm::Display;
     TPidl renamed;
     result = parent->SourceOf(child).Rename(child, pszName, form, renamed);
-    if (SUCCEEDED(result) && ppidlOut) *ppidlOut = renamed.Detach();
+    if (FAILED(result)) return result;
+    AnnounceRename(*parent, child, renamed.Get());
+    if (ppidlOut) *ppidlOut = renamed.Detach();
     return result;
   });
 }

@@ -27,5 +27,6 @@ void BindShellNames(TApi& api);
 void BindShellItems(TApi& api);
 void BindShellLists(TApi& api);
 void BindShellInfo(TApi& api);
+void BindShellImages(TApi& api);
 
 }  // namespace oak

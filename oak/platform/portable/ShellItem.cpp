@@ -4,6 +4,7 @@
 
 #include "oak/platform/portable/PortableCall.h"
 #include "oak/platform/portable/ShellFolder.h"
+#include "oak/platform/portable/ShellMenu.h"
 #include "oak/platform/portable/ShellPidl.h"
 #include "oak/platform/portable/ShellProperties.h"
 
@@ -221,6 +222,12 @@ HRESULT TShellItem::BindLinkTarget(REFIID iid, void** object) {
                            : result;
 }
 
+HRESULT TShellItem::BindViewObject(REFIID iid, void** object) {
+  Ref<TFolderNode> node;
+  const HRESULT result = Open(node);
+  return SUCCEEDED(result) ? MakeViewObject(node, iid, object) : result;
+}
+
 HRESULT TShellItem::BindUIObject(REFIID iid, void** object) {
   if (IsDesktop()) return E_NOINTERFACE;
   const PCUITEMID_CHILD child = Child();
@@ -235,7 +242,7 @@ HRESULT TShellItem::BindToHandler(IBindCtx* pbc, REFGUID bhid, REFIID riid, void
     if (bhid == BHID_Stream) return BindStream(pbc, riid, ppv);
     if (bhid == BHID_LinkTargetItem) return BindLinkTarget(riid, ppv);
     if (bhid == BHID_PropertyStore) return GetPropertyStore(GPS_DEFAULT, riid, ppv);
-    if (bhid == BHID_SFViewObject) return E_NOINTERFACE;
+    if (bhid == BHID_SFViewObject) return BindViewObject(riid, ppv);
     if (bhid != BHID_EnumItems && bhid != BHID_StorageEnum) return BindUIObject(riid, ppv);
     Ref<TFolderNode> node;
     HRESULT result = Open(node);

@@ -73,6 +73,7 @@ class TShellItem
   HRESULT BindStream(IBindCtx* context, REFIID iid, void** object);
   HRESULT BindLinkTarget(REFIID iid, void** object);
   HRESULT BindUIObject(REFIID iid, void** object);
+  HRESULT BindViewObject(REFIID iid, void** object);
 
   /// The element before an update, which readers may still look at.
   struct TFormer {

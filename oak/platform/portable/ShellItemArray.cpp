@@ -2,11 +2,19 @@
 #include "oak/platform/portable/PortableCall.h"
 #include "oak/platform/portable/ShellFolder.h"
 #include "oak/platform/portable/ShellItem.h"
+#include "oak/platform/portable/ShellMenu.h"
 #include "oak/platform/portable/ShellPidl.h"
 
 namespace oak {
 
 namespace {
+
+// What the shell itself makes of objects, whoever is the source of each.
+HRESULT MakeCommonObject(TShellObjects objects, REFIID iid, void** object) {
+  if (iid == IID_IContextMenu || iid == IID_IContextMenu2 || iid == IID_IContextMenu3)
+    return MakeItemMenu(std::move(objects), {}, iid, object);
+  return iid == IID_IDataObject ? DataOf(objects)->QueryInterface(iid, object) : E_NOINTERFACE;
+}
 
 class TQueryInfo : public TInterfacedObject<IQueryInfo> {
  public:
@@ -82,10 +90,7 @@ class TItemArray : public TInterfacedObject<IShellItemArray> {
       if (!ppvOut) return E_POINTER;
       *ppvOut = nullptr;
       if (fItems.size() == 1) return fItems[0]->BindToHandler(pbc, bhid, riid, ppvOut);
-      Ref<TFolderNode> folder;
-      std::vector<PCUITEMID_CHILD> children;
-      const HRESULT result = Children(folder, children);
-      return SUCCEEDED(result) ? MakeUIObject(folder, children, riid, ppvOut) : result;
+      return BindObjects(riid, ppvOut);
     });
   }
   HRESULT GetPropertyStore(GETPROPERTYSTOREFLAGS flags, REFIID riid, void** ppv) override {
@@ -143,19 +148,22 @@ class TItemArray : public TInterfacedObject<IShellItemArray> {
   }
 
  private:
-  // The items as objects of the one folder that all of them lie in.
-  HRESULT Children(Ref<TFolderNode>& folder, std::vector<PCUITEMID_CHILD>& children) const {
+  // A handler for all items: of their source if they lie in one folder, else of the shell.
+  HRESULT BindObjects(REFIID iid, void** object) const {
+    TShellObjects objects;
+    std::vector<PCUITEMID_CHILD> children;
+    bool together = true;
     for (const Ref<IShellItem>& item : fItems) {
       const auto access = item.As<IItemAccess>();
       if (!access || !access->Folder()) return E_NOINTERFACE;
-      if (!folder) folder = access->Folder();
-      const Ref<TFolderNode>& own = access->Folder();
-      if (own->PidlBytes() != folder->PidlBytes() ||
-          std::memcmp(own->Pidl(), folder->Pidl(), own->PidlBytes()) != 0)
-        return E_NOINTERFACE;
-      children.push_back(access->Child());
+      objects.push_back({access->Folder(), CopyElement(access->Child())});
+      children.push_back(objects.back().Child.Get());
+      const TFolderNode &own = *objects.back().Folder, &first = *objects[0].Folder;
+      together = together && own.PidlBytes() == first.PidlBytes() &&
+                 std::memcmp(own.Pidl(), first.Pidl(), own.PidlBytes()) == 0;
     }
-    return S_OK;
+    return together ? MakeUIObject(objects[0].Folder, children, iid, object)
+                    : MakeCommonObject(std::move(objects), iid, object);
   }
 
   const std::vector<Ref<IShellItem>> fItems;
@@ -178,13 +186,19 @@ HRESULT MakeUIObject(const Ref<TFolderNode>& node, std::span<const PCUITEMID_CHI
                      REFIID iid, void** object) {
   *object = nullptr;
   const bool mounts = ElementKind(children[0]) == ekMount;
+  bool oneSource = true;
   for (PCUITEMID_CHILD child : children) {
     if (!ElementKind(child)) return E_INVALIDARG;
-    if ((ElementKind(child) == ekMount) != mounts) return E_NOINTERFACE;
+    oneSource = oneSource && (ElementKind(child) == ekMount) == mounts;
   }
-  const HRESULT result = node->SourceOf(children[0]).GetUIObject(children, iid, object);
-  if (result != E_NOINTERFACE || iid != IID_IQueryInfo || children.size() != 1) return result;
-  return MakeQueryInfo(node, children[0], iid, object);
+  const HRESULT result =
+      oneSource ? node->SourceOf(children[0]).GetUIObject(children, iid, object) : E_NOINTERFACE;
+  if (result != E_NOINTERFACE) return result;
+  if (iid == IID_IQueryInfo && children.size() == 1)
+    return MakeQueryInfo(node, children[0], iid, object);
+  TShellObjects objects;
+  for (PCUITEMID_CHILD child : children) objects.push_back({node, CopyElement(child)});
+  return MakeCommonObject(std::move(objects), iid, object);
 }
 
 }  // namespace oak

@@ -246,14 +246,4 @@ HRESULT TFolderNode::GetTypeName(PCUITEMID_CHILD child, TString& name) const {
   return SourceOf(child).GetTypeName(child, name);
 }
 
-int TFolderNode::GetIconIndex(PCUITEMID_CHILD child, bool open) const {
-  int index = 0;
-  IFolderSource& source = SourceOf(child);
-  if (source.GetIconIndex(child, open, index) == S_OK) return index;
-  DWORD attributes = 0;
-  if (FAILED(source.GetAttributes(child, SFGAO_FOLDER, attributes))) return iconUnknown;
-  if (!(attributes & SFGAO_FOLDER)) return iconDocument;
-  return open ? iconFolderOpen : iconFolder;
-}
-
 }  // namespace oak

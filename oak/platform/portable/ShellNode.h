@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "oak/platform/portable/PortableShell.h"
+#include "oak/platform/portable/ShellIcons.h"
 
 namespace oak {
 
@@ -57,6 +58,8 @@ class TFolderNode {
   /// The child for one component of a path; mounts are found first.
   HRESULT ParseName(TStringView name, const TParseOptions& options, TPidl& child) const;
   HRESULT GetTypeName(PCUITEMID_CHILD child, TString& name) const;
+  /// Position in the system's image lists, TShellIcon. That of a shortcut is its target's, which
+  /// is read. (ShellIcons.cpp)
   int GetIconIndex(PCUITEMID_CHILD child, bool open) const;
   /// Of the source, else what the shell itself can tell (names, kind, attributes).
   HRESULT GetProperty(PCUITEMID_CHILD child, REFPROPERTYKEY key, PROPVARIANT* value) const;
@@ -77,28 +80,6 @@ class TFolderNode {
   const Ref<IFolderSource> fSource;
   mutable std::once_flag fMountsOnce;
   mutable Ref<IFolderSource> fMounts;
-};
-
-/// What SHGetFileInfo and views use for a kind of object, in the numbering of the
-/// system's own icon library.
-enum TShellIcon : int {
-  iconUnknown = 0,
-  iconDocument = 1,
-  iconProgram = 2,
-  iconFolder = 3,
-  iconFolderOpen = 4,
-  iconRemovable = 7,
-  iconDrive = 8,
-  iconNetDrive = 9,
-  iconCdRom = 11,
-  iconNetwork = 13,
-  iconComputer = 15,
-  iconServer = 18,
-  iconSettings = 21,
-  iconShare = 28,
-  iconTrash = 31,
-  iconDesktop = 34,
-  iconUser = 170
 };
 
 /// Contents of the desktop and the mounts that are always there (ShellRoots.cpp).

@@ -5,6 +5,7 @@
 
 #include "oak/base/Guid.h"
 #include "oak/platform/portable/PortableCall.h"
+#include "oak/platform/portable/ShellChanges.h"
 #include "oak/platform/portable/ShellPidl.h"
 
 namespace oak {
@@ -128,6 +129,8 @@ class TItemPropertyStore : public TInterfacedObject<IPropertyStore, IPropertySto
   HRESULT Commit() override {
     return PortableCall("IPropertyStore::Commit", [&] {
       if (!fWritable) return STG_E_ACCESSDENIED;
+      const bool any = !fChanged.empty();
+      const bool attributes = fChanged.size() == 1 && fChanged.count(PKEY_FileAttributes);
       while (!fChanged.empty()) {
         const auto change = fChanged.begin();
         const HRESULT result =
@@ -135,6 +138,9 @@ class TItemPropertyStore : public TInterfacedObject<IPropertyStore, IPropertySto
         if (FAILED(result)) return result;
         fChanged.erase(change);
       }
+      if (any)
+        AnnounceChange(attributes ? SHCNE_ATTRIBUTES : SHCNE_UPDATEITEM,
+                       fNode->PidlOf(fChild.Get()).Get());
       return S_OK;
     });
   }

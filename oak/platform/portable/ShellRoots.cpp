@@ -41,7 +41,7 @@ Ref<IFolderSource> MakeDesktopSource() {
 void MountStandardFolders() {
   TFolderMount quick =
       Standard(QuickAccessClassId, u"Quick access", 10, kVirtual | SFGAO_FILESYSANCESTOR,
-               iconFolder, MakeQuickAccessSource());
+               iconQuickAccess, MakeQuickAccessSource());
   quick.SinceMajorVersion = 10;
   quick.InfoTip = u"The folders that are used most";
   MountFolder(std::move(quick));

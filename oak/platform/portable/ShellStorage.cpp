@@ -3,6 +3,7 @@
 
 #include "oak/base/Variant.h"
 #include "oak/platform/portable/PortableCall.h"
+#include "oak/platform/portable/ShellChanges.h"
 #include "oak/platform/portable/ShellFolder.h"
 #include "oak/platform/portable/ShellPidl.h"
 #include "oak/platform/portable/ShellProperties.h"
@@ -53,7 +54,10 @@ HRESULT TPortableFolder::FindElement(const OLECHAR* name, TPidl& child) const {
 HRESULT TPortableFolder::CreateElement(const OLECHAR* name, bool folder, DWORD mode,
                                        TPidl& child) const {
   if (!IsElementName(name)) return STG_E_INVALIDNAME;
-  return StorageError(fNode->Contents().Create(name, folder, (mode & STGM_CREATE) != 0, child));
+  const HRESULT result = fNode->Contents().Create(name, folder, (mode & STGM_CREATE) != 0, child);
+  if (SUCCEEDED(result))
+    AnnounceChange(folder ? SHCNE_MKDIR : SHCNE_CREATE, fNode->PidlOf(child.Get()).Get());
+  return StorageError(result);
 }
 
 HRESULT TPortableFolder::OpenFolderElement(PCUITEMID_CHILD child, IStorage** storage) const {
@@ -129,9 +133,13 @@ HRESULT TPortableFolder::EnumElements(DWORD, void*, DWORD, IEnumSTATSTG** ppenum
 HRESULT TPortableFolder::DestroyElement(const OLECHAR* pwcsName) {
   return PortableCall("IStorage::DestroyElement", [&]() -> HRESULT {
     TPidl child;
-    const HRESULT result = FindElement(pwcsName, child);
+    HRESULT result = FindElement(pwcsName, child);
     if (FAILED(result)) return result;
-    return StorageError(fNode->SourceOf(child.Get()).Destroy(child.Get()));
+    const bool folder = IsFolderElement(*fNode, child.Get());
+    result = fNode->SourceOf(child.Get()).Destroy(child.Get());
+    if (SUCCEEDED(result))
+      AnnounceChange(folder ? SHCNE_RMDIR : SHCNE_DELETE, fNode->PidlOf(child.Get()).Get());
+    return StorageError(result);
   });
 }
 
@@ -139,10 +147,12 @@ HRESULT TPortableFolder::RenameElement(const OLECHAR* pwcsOldName, const OLECHAR
   return PortableCall("IStorage::RenameElement", [&]() -> HRESULT {
     if (!IsElementName(pwcsNewName)) return STG_E_INVALIDNAME;
     TPidl child, renamed;
-    const HRESULT result = FindElement(pwcsOldName, child);
+    HRESULT result = FindElement(pwcsOldName, child);
     if (FAILED(result)) return result;
-    return StorageError(
-        fNode->SourceOf(child.Get()).Rename(child.Get(), pwcsNewName, TNameForm::Parsing, renamed));
+    result =
+        fNode->SourceOf(child.Get()).Rename(child.Get(), pwcsNewName, TNameForm::Parsing, renamed);
+    if (SUCCEEDED(result)) AnnounceRename(*fNode, child.Get(), renamed.Get());
+    return StorageError(result);
   });
 }
 
@@ -159,6 +169,7 @@ HRESULT TPortableFolder::SetElementTimes(const OLECHAR* pwcsName, const FILETIME
     set(PKEY_DateCreated, pctime);
     set(PKEY_DateAccessed, patime);
     set(PKEY_DateModified, pmtime);
+    if (child) AnnounceChange(SHCNE_UPDATEITEM, fNode->PidlOf(child.Get()).Get());
     return result;
   });
 }

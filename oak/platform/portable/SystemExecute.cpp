@@ -20,6 +20,9 @@ constexpr int AccessDenied = 5;
 
 // The desktop's own opener, which knows what belongs to what.
 constexpr const char* Opener = "xdg-open";
+// What a command prompt is here.
+constexpr TStringView Prompt = u"cmd.exe";
+constexpr const char* Terminal = "x-terminal-emulator";
 
 bool IsProgram(const std::string& native) {
   struct stat info {};
@@ -117,7 +120,9 @@ BOOL Fail(SHELLEXECUTEINFOW& info, DWORD code, int instance) {
 // there is none.
 std::vector<std::string> CommandFor(const TString& file, TStringView parameters) {
   std::vector<std::string> command;
-  if (IsUrl(file)) {
+  if (SameText(file, Prompt)) {
+    command = {FindProgram(Terminal)};
+  } else if (IsUrl(file)) {
     command = {FindProgram(Opener), ToUtf8(file)};
   } else {
     std::string native;
@@ -159,8 +164,26 @@ BOOL STDAPICALLTYPE ShellExecuteExW(SHELLEXECUTEINFOW* info) {
   });
 }
 
+// Above 32 for success, as ever.
+HINSTANCE STDAPICALLTYPE ShellExecuteW(HWND window, LPCWSTR verb, LPCWSTR file, LPCWSTR parameters,
+                                       LPCWSTR directory, int show) {
+  SHELLEXECUTEINFOW info{};
+  info.cbSize = sizeof info;
+  info.hwnd = window;
+  info.lpVerb = verb;
+  info.lpFile = file;
+  info.lpParameters = parameters;
+  info.lpDirectory = directory;
+  info.nShow = show;
+  const bool done = Api().ShellExecuteExW(&info) != FALSE;  // hInstApp tells why it failed
+  return done ? reinterpret_cast<HINSTANCE>(static_cast<LONG_PTR>(Started)) : info.hInstApp;
+}
+
 }  // namespace
 
-void BindSystemExecute(TApi& api) { api.ShellExecuteExW.SetFunction(&ShellExecuteExW); }
+void BindSystemExecute(TApi& api) {
+  api.ShellExecuteExW.SetFunction(&ShellExecuteExW);
+  api.ShellExecuteW.SetFunction(&ShellExecuteW);
+}
 
 }  // namespace oak

@@ -62,38 +62,12 @@ void STDAPICALLTYPE ReleaseStgMedium(STGMEDIUM* medium) {
 
 // --- dropped files -----------------------------------------------------------
 
-// The names of a CF_HDROP block. A block that ends too early gives those that
-// are whole.
-TStringArray DroppedFiles(const TBlock& block) {
-  TStringArray names;
-  DROPFILES header;
-  if (block.Size < sizeof header) return names;
-  std::memcpy(&header, block.Bytes.data(), sizeof header);
-  const std::size_t unit = header.fWide ? sizeof(char16_t) : 1;
-  std::size_t at = header.pFiles;
-  TString wide;
-  std::string narrow;
-  for (; at <= block.Size && block.Size - at >= unit; at += unit) {
-    char16_t c = block.Bytes[at];
-    if (header.fWide) std::memcpy(&c, &block.Bytes[at], sizeof c);
-    if (c != 0) {
-      header.fWide ? wide.push_back(c) : narrow.push_back(static_cast<char>(c));
-      continue;
-    }
-    if (wide.empty() && narrow.empty()) break;
-    names.push_back(header.fWide ? wide : FromUtf8(narrow));
-    wide.clear();
-    narrow.clear();
-  }
-  return names;
-}
-
 // Index -1 asks for the number of files; without a buffer for a name's length.
 UINT STDAPICALLTYPE DragQueryFileW(HDROP drop, UINT index, LPWSTR buffer, UINT capacity) {
   return SystemCall<UINT>(0, [&]() -> UINT {
     const auto block = BlockOf(drop);
     if (!block) return FailWith<UINT>(ERROR_INVALID_HANDLE, 0);
-    const TStringArray names = DroppedFiles(*block);
+    const TStringArray names = PortableDroppedFiles(block->Bytes.data(), block->Size);
     if (index == 0xFFFFFFFFu) return static_cast<UINT>(names.size());
     if (index >= names.size()) return 0;
     const TStringView name = names[index];
@@ -125,14 +99,8 @@ UINT STDAPICALLTYPE RegisterClipboardFormatW(LPCWSTR name) {
   return SystemCall<UINT>(0, [&]() -> UINT {
     const TStringView text = ViewOf(name);
     if (text.empty() || text.size() > 255) return FailWith<UINT>(ERROR_INVALID_NAME, 0);
-    TClipboard& clipboard = Clipboard();
-    const std::lock_guard lock(clipboard.Lock);
-    const auto found = std::find_if(clipboard.Formats.begin(), clipboard.Formats.end(),
-                                    [&](const TString& other) { return SameText(other, text); });
-    const auto index = static_cast<std::size_t>(found - clipboard.Formats.begin());
-    if (index >= MostFormats) return FailWith<UINT>(ERROR_NOT_ENOUGH_MEMORY, 0);
-    if (found == clipboard.Formats.end()) clipboard.Formats.emplace_back(text);
-    return FirstRegisteredFormat + static_cast<UINT>(index);
+    const UINT format = PortableClipboardFormat(text);
+    return format ? format : FailWith<UINT>(ERROR_NOT_ENOUGH_MEMORY, 0);
   });
 }
 
@@ -190,6 +158,30 @@ HGLOBAL PortableGlobalCopy(const void* bytes, SIZE_T count) noexcept {
   return block;
 }
 
+TStringArray PortableDroppedFiles(const BYTE* bytes, std::size_t count) {
+  TStringArray names;
+  DROPFILES header;
+  if (count < sizeof header) return names;
+  std::memcpy(&header, bytes, sizeof header);
+  const std::size_t unit = header.fWide ? sizeof(char16_t) : 1;
+  std::size_t at = header.pFiles;
+  TString wide;
+  std::string narrow;
+  for (; at <= count && count - at >= unit; at += unit) {
+    char16_t c = bytes[at];
+    if (header.fWide) std::memcpy(&c, bytes + at, sizeof c);
+    if (c != 0) {
+      header.fWide ? wide.push_back(c) : narrow.push_back(static_cast<char>(c));
+      continue;
+    }
+    if (wide.empty() && narrow.empty()) break;
+    names.push_back(header.fWide ? wide : FromUtf8(narrow));
+    wide.clear();
+    narrow.clear();
+  }
+  return names;
+}
+
 HGLOBAL PortableDropFiles(const TStringArray& paths) {
   DROPFILES header{};
   header.pFiles = sizeof header;
@@ -213,6 +205,17 @@ Ref<IDataObject> PortableClipboard() {
   TClipboard& clipboard = Clipboard();
   const std::lock_guard lock(clipboard.Lock);
   return clipboard.Data;
+}
+
+UINT PortableClipboardFormat(TStringView name) {
+  TClipboard& clipboard = Clipboard();
+  const std::lock_guard lock(clipboard.Lock);
+  const auto found = std::find_if(clipboard.Formats.begin(), clipboard.Formats.end(),
+                                  [&](const TString& other) { return SameText(other, name); });
+  const auto index = static_cast<std::size_t>(found - clipboard.Formats.begin());
+  if (index >= MostFormats) return 0;
+  if (found == clipboard.Formats.end()) clipboard.Formats.emplace_back(name);
+  return FirstRegisteredFormat + static_cast<UINT>(index);
 }
 
 TString PortableClipboardFormatName(UINT format) {

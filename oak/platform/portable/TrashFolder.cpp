@@ -11,6 +11,7 @@
 #include "oak/platform/portable/PortableConfig.h"
 #include "oak/platform/portable/PortableFiles.h"
 #include "oak/platform/portable/PortableShell.h"
+#include "oak/platform/portable/TrashCan.h"
 #include "oak/platform/portable/TrashInfo.h"
 
 namespace oak {
@@ -27,15 +28,13 @@ constexpr GUID RecycleFormat{
 constexpr DWORD DeletedFromPid = 2;
 constexpr DWORD DateDeletedPid = 3;
 
-std::string FilesDirectory() { return JoinNative(PortableConfig()->Trash, "files"); }
-
 std::string InfoFile(const TString& trashName) {
   return JoinNative(JoinNative(PortableConfig()->Trash, "info"),
                     NameToNative(trashName) + ".trashinfo");
 }
 
 std::string DataFile(const TString& trashName) {
-  return JoinNative(FilesDirectory(), NameToNative(trashName));
+  return JoinNative(TrashFilesDirectory(), NameToNative(trashName));
 }
 
 std::optional<TTrashInfo> LoadInfo(const TString& trashName) {
@@ -110,7 +109,8 @@ class TTrashSource final : public TFolderSource {
  public:
   HRESULT Enumerate(DWORD flags, Ref<IFolderCursor>& cursor) override {
     DWORD error = 0;
-    std::optional<TNativeDirectory> directory = TNativeDirectory::Open(FilesDirectory(), &error);
+    std::optional<TNativeDirectory> directory =
+        TNativeDirectory::Open(TrashFilesDirectory(), &error);
     if (directory)
       cursor = MakeRef<TTrashCursor>(std::move(*directory), flags);
     else if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)
@@ -166,12 +166,8 @@ class TTrashSource final : public TFolderSource {
   HRESULT Destroy(PCUITEMID_CHILD element) override {
     TDeleted deleted;
     if (!ReadElement(element, deleted)) return E_INVALIDARG;
-    std::error_code failure;
-    const std::uintmax_t removed = fs::remove_all(DataFile(deleted.TrashName), failure);
-    if (failure) return HRESULT_FROM_WIN32(Win32FromErrno(failure.value()));
-    if (removed == 0) return HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
-    fs::remove(InfoFile(deleted.TrashName), failure);
-    return S_OK;
+    const int error = RemoveFromTrash(DataFile(deleted.TrashName), {});
+    return error == 0 ? S_OK : HRESULT_FROM_WIN32(Win32FromErrno(error));
   }
   HRESULT OpenStream(PCUITEMID_CHILD element, DWORD mode, IStream** stream) override {
     TDeleted deleted;

@@ -49,6 +49,25 @@ FILETIME ReadDate(const std::string& text) {
 
 }  // namespace
 
+std::string FormatTrashInfo(const std::string& originalPath, const SYSTEMTIME& deleted) {
+  std::string text = "[Trash Info]\nPath=";
+  constexpr std::string_view plain = "/-_.~!$&'()*+,;=:@";
+  for (const char c : originalPath) {
+    const auto byte = static_cast<unsigned char>(c);
+    const bool letter = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+    if (letter || plain.find(c) != std::string_view::npos) {
+      text += c;
+      continue;
+    }
+    constexpr const char* digits = "0123456789ABCDEF";
+    ((text += '%') += digits[byte >> 4]) += digits[byte & 15];
+  }
+  char date[64];
+  std::snprintf(date, sizeof date, "\nDeletionDate=%04u-%02u-%02uT%02u:%02u:%02u\n", deleted.wYear,
+                deleted.wMonth, deleted.wDay, deleted.wHour, deleted.wMinute, deleted.wSecond);
+  return text + date;
+}
+
 std::optional<TTrashInfo> ReadTrashInfo(std::string_view text) {
   TTrashInfo info;
   bool inGroup = false;

@@ -17,4 +17,7 @@ struct TTrashInfo {
 /// Reads the text of a ".trashinfo" file; nothing if it is none.
 std::optional<TTrashInfo> ReadTrashInfo(std::string_view text);
 
+/// The text that describes an object deleted at this local time.
+std::string FormatTrashInfo(const std::string& originalPath, const SYSTEMTIME& deleted);
+
 }  // namespace oak
