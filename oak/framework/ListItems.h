@@ -100,6 +100,7 @@ class TListItem : public TPersistent {
   void SetFocused(bool value);
   bool GetCut() const noexcept { return (fStates & StateCut) != 0; }
   void SetCut(bool value);
+  /// Marked as the place of a drop; one row of the list at a time.
   bool GetDropTarget() const noexcept { return (fStates & StateDropTarget) != 0; }
   void SetDropTarget(bool value);
   /// The tick of the list's own check boxes (Checkboxes on, no state images).

@@ -108,17 +108,22 @@ void TCustomListView::SetItemState(TListItem* item, std::uint8_t flag, bool valu
   if (((item->fStates & flag) != 0) == value) return;
   item->fStates ^= flag;
   if (!item->IsInList()) return;
+  TListItem* former = nullptr;
   if (flag == TListItem::StateDropTarget) {
-    if (value)
-      fDropTarget = item;
-    else if (fDropTarget == item)
-      fDropTarget = nullptr;
+    // There is one at a time.
+    former = std::exchange(fDropTarget, value ? item : nullptr);
+    if (former == item) former = nullptr;
+    if (former) former->fStates ^= flag;
   }
-  if (fListPeer && !fPending.Reset) {
-    const int index = item->GetIndex();
+  for (const TListItem* row : {former, item}) {
+    if (!row || !fListPeer || fPending.Reset) continue;
+    const int index = row->GetIndex();
     StatesChanged(index, index);
   }
-  Change(item, ctState);
+  const TLifeGuard guard = GetLifeGuard();
+  const unsigned version = fItems->fVersion;
+  if (former) Change(former, ctState);
+  if (guard.IsAlive() && fItems->Holds(item, version)) Change(item, ctState);
 }
 
 void TCustomListView::FocusItem(TListItem* item, bool tellPeer) {

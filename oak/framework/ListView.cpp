@@ -228,7 +228,10 @@ void TCustomListView::ItemAdded(TListItem* item, int index) {
   if (item->GetSelected()) {
     fNoneBefore = fSelCount++ == 0 ? index : std::min(fNoneBefore, index);
   }
-  if (item->GetDropTarget()) fDropTarget = item;
+  if (item->GetDropTarget()) {
+    if (fDropTarget) fDropTarget->fStates ^= TListItem::StateDropTarget;
+    fDropTarget = item;
+  }
   if (fListPeer && fItems->IsUpdating()) fPending.Reset = true;
   if (fListPeer && !fItems->IsUpdating()) {
     const TLifeGuard guard = GetLifeGuard();

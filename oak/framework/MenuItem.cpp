@@ -39,16 +39,16 @@ TMenuCommands& MenuCommands() {
   return commands;
 }
 
-TString WithoutMnemonic(TStringView caption) {
-  TString result;
-  for (std::size_t i = 0; i < caption.size(); ++i) {
-    if (caption[i] == u'&' && i + 1 < caption.size()) ++i;
-    result += caption[i];
-  }
-  return result;
-}
-
 }  // namespace
+
+TString MenuCaption(TStringView text) {
+  TString caption;
+  for (std::size_t i = 0; i < text.size() && text[i] != u'\t'; ++i) {
+    if (text[i] == u'&' && i + 1 < text.size()) ++i;
+    caption += text[i];
+  }
+  return caption;
+}
 
 TMenuItem* FindMenuItem(UINT command) { return MenuCommands().Find(command); }
 
@@ -125,8 +125,10 @@ void TMenuItem::Assign(const TPersistent* source) {
   SetDefault(item->fDefault);
   SetChecked(item->fChecked);
   Clear();
-  for (const auto& child : item->fItems) Add(std::make_unique<TMenuItem>())->Assign(child.get());
+  for (const auto& child : item->fItems) Add(MakeSubItem())->Assign(child.get());
 }
+
+std::unique_ptr<TMenuItem> TMenuItem::MakeSubItem() const { return std::make_unique<TMenuItem>(); }
 
 // --- sub entries -------------------------------------------------------------------
 TMenuItem* TMenuItem::GetItem(int index) const {
@@ -182,9 +184,9 @@ int TMenuItem::IndexOf(const TMenuItem* item) const {
 }
 
 TMenuItem* TMenuItem::Find(TStringView caption) const {
-  const TString text = WithoutMnemonic(caption);
+  const TString text = MenuCaption(caption);
   for (const auto& item : fItems)
-    if (SameText(WithoutMnemonic(item->fCaption), text)) return item.get();
+    if (SameText(MenuCaption(item->fCaption), text)) return item.get();
   return nullptr;
 }
 

@@ -25,6 +25,9 @@ TShortCut ShortCut(std::uint16_t key, TShiftState shift);
 /// The text that a menu shows, "Ctrl+Shift+Del"; empty for 0.
 TString ShortCutToText(TShortCut shortCut);
 
+/// A caption as it is read: without "&" marks, and without the shortcut's name behind a tab.
+TString MenuCaption(TStringView text);
+
 class TMenuItem;
 /// The entry with that number, or nil: it was destroyed, or never was one of ours.
 TMenuItem* FindMenuItem(UINT command);
@@ -94,6 +97,10 @@ class TMenuItem : public TComponent {
   std::function<void(TObject* Sender, TCanvas& Canvas, const TRect& Rect, bool Selected)>
       OnDrawItem;
   std::intptr_t Tag = 0;
+
+ protected:
+  /// An empty entry for Assign, which fills it with a copy of a sub entry.
+  virtual std::unique_ptr<TMenuItem> MakeSubItem() const;
 
  private:
   friend class TMenu;

@@ -6,8 +6,8 @@
 #include "oak/framework/Encoding.h"
 #include "oak/framework/Events.h"
 #include "oak/framework/FileContent.h"
+#include "oak/framework/RichText.h"
 #include "oak/framework/StdCtrls.h"
-#include "oak/framework/headless/HeadlessEdit.h"
 
 namespace oak {
 namespace {

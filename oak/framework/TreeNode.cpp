@@ -159,8 +159,8 @@ void TTreeNode::Collapse(bool recursive) {
   if (!view || GetDeleting()) return;
   const TTreeNodeWatch watch(*view, this);
   if (GetExpanded()) {
-    if (!view->CanCollapse(this) || !watch.Exists()) return;
-    SetFlag(FlagExpanded, false);
+    if (!view->CanCollapse(this) || !watch.Exists() || !view->EndEditBelow(this)) return;
+    if (!SetFlag(FlagExpanded, false)) return;
     if (view->fTreePeer) view->fTreePeer->NodeExpanded(this);
     // What is hidden can't stay selected.
     if (view->fSelected && view->fSelected->HasAsParent(this)) view->SetSelected(this);
@@ -193,9 +193,12 @@ void TTreeNode::DeleteChildren() {
 }
 
 void TTreeNode::MoveTo(TTreeNode* destination, TNodeAttachMode mode) {
-  if (!fOwner || destination == this) return;
+  if (!fOwner || destination == this || GetDeleting()) return;
+  if (destination && destination->GetDeleting()) return;
   if (destination && destination->HasAsParent(this))
     throw EInvalidOperation(u"A node can't be moved into its own branch.");
+  if (destination && destination->fOwner != fOwner)
+    throw EInvalidOperation(u"A node can't be moved into another tree.");
   fOwner->Move(this, destination, mode);
 }
 

@@ -1,6 +1,7 @@
 #include <vector>
 
 #include "oak/base/LogicalOrder.h"
+#include "oak/framework/Application.h"
 #include "oak/framework/MergeSort.h"
 #include "oak/framework/TreeView.h"
 
@@ -8,7 +9,13 @@ namespace oak {
 
 TTreeNodes::TTreeNodes(TCustomTreeView* owner) : fOwner(owner) {}
 
-TTreeNodes::~TTreeNodes() { Clear(); }
+TTreeNodes::~TTreeNodes() {
+  try {
+    Clear();
+  } catch (...) {
+    Application().HandleException(nullptr);
+  }
+}
 
 // The next node of a branch, depth first.
 TTreeNode* TTreeNodes::NextInBranch(const TTreeNode* root, TTreeNode* node) {
@@ -93,9 +100,16 @@ void TTreeNodes::Attach(TTreeNode* node, TTreeNode* relative, TNodeAttachMode mo
 }
 
 void TTreeNodes::Move(TTreeNode* node, TTreeNode* destination, TNodeAttachMode mode) {
+  const TTreeNodeWatch watch(*fOwner, node);
+  const TTreeNodeWatch goal(*fOwner, destination);
+  if (fOwner->fEdited && fOwner->fTreePeer) fOwner->fTreePeer->EndEdit(true);
+  if (!watch.Exists() || (destination && !goal.Exists())) return;
+  TTreeNode* const parent = node->fParent;
   Unlink(node);
   Attach(node, destination, mode);
   if (fOwner->fTreePeer) fOwner->fTreePeer->NodeMoved(node);
+  if (parent && parent != node->fParent) parent->Update();
+  fOwner->SelectVisible();
 }
 
 // `before` null: at the end.
@@ -137,13 +151,15 @@ void TTreeNodes::Delete(TTreeNode* node) {
   Unlink(node);
   fCount -= MarkBranch(node);
   if (parent) parent->Update();
-  DestroyBranch(node, view);
+  std::exception_ptr failure;
+  DestroyBranch(node, view, view->GetLifeGuard(), failure);
+  if (failure) std::rethrow_exception(failure);
 }
 
 // The branch is no part of the tree any more. Its nodes end children first, each after its event;
-// the event may change the tree and even destroy it.
-void TTreeNodes::DestroyBranch(TTreeNode* root, TCustomTreeView* view) {
-  const TLifeGuard guard = view->GetLifeGuard();
+// the event may change the tree and even destroy it. Keeps the first exception.
+void TTreeNodes::DestroyBranch(TTreeNode* root, TCustomTreeView* view, const TLifeGuard& guard,
+                               std::exception_ptr& failure) {
   for (TTreeNode* node = root; node;) {
     if (node->fFirstChild) {
       node = node->fFirstChild;
@@ -153,10 +169,12 @@ void TTreeNodes::DestroyBranch(TTreeNode* root, TCustomTreeView* view) {
                       : node->fNextSibling ? node->fNextSibling
                                            : node->fParent;
     if (node->fParent) node->fParent->fFirstChild = node->fNextSibling;
-    if (guard.IsAlive())
-      view->EndNode(node);
-    else
-      node->fOwner = nullptr;
+    try {
+      if (guard.IsAlive()) view->EndNode(node);
+    } catch (...) {
+      if (!failure) failure = std::current_exception();
+    }
+    if (!guard.IsAlive()) node->fOwner = nullptr;
     delete node;
     node = next;
   }
@@ -166,20 +184,25 @@ void TTreeNodes::Clear() {
   TCustomTreeView* view = fOwner;
   if (!fFirst) return;
   const TLifeGuard guard = view->GetLifeGuard();
-  if (view->fTreePeer) view->fTreePeer->NodesCleared();
-  view->fSelected = view->fDropTarget = view->fEdited = nullptr;
+  view->fEdited = nullptr;
+  if (view->fTreePeer) view->fTreePeer->EndEdit(true);
+  if (!guard.IsAlive() || !fFirst) return;
+  view->fSelected = view->fDropTarget = nullptr;
   TTreeNode* root = fFirst;
   fFirst = fLast = nullptr;
   fCount = 0;
   ++fVersion;
   for (TTreeNode* other = root; other; other = other->fNextSibling) MarkBranch(other);
+  if (view->fTreePeer) view->fTreePeer->NodesCleared();
+  std::exception_ptr failure;
   while (root) {
     TTreeNode* next = root->fNextSibling;
     root->fPrevSibling = root->fNextSibling = nullptr;
     if (!guard.IsAlive()) root->fOwner = nullptr;
-    DestroyBranch(root, view);
+    DestroyBranch(root, view, guard, failure);
     root = next;
   }
+  if (failure) std::rethrow_exception(failure);
 }
 
 void TTreeNodes::BeginUpdate() {

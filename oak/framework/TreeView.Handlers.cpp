@@ -65,6 +65,7 @@ void TCustomTreeView::HandleCollapsed(TTreeNode* node) {
   if (!node->SetFlag(TTreeNode::FlagExpanded, false)) return;
   RunFenced(*this, [&] {
     const TTreeNodeWatch watch(*this, node);
+    if (!EndEditBelow(node)) return;
     if (fSelected && fSelected->HasAsParent(node)) SetSelected(node);
     if (watch.Exists()) Collapsed(node);
   });

@@ -58,12 +58,22 @@ void TCustomTreeView::CreateWnd() {
   for (TTreeNode* node = fItems->GetFirstNode(); node; node = node->GetNext()) {
     if (node->GetExpanded()) fTreePeer->NodeExpanded(node);
   }
+  if (fDropTarget) fTreePeer->NodeChanged(fDropTarget);
   fTreePeer->SelectionChanged();
   if (!fItems->IsUpdating()) fTreePeer->EndUpdate();
+  if (TTreeNode* const top = std::exchange(fTop, nullptr)) fTreePeer->SetTopNode(top);
 }
 
 void TCustomTreeView::DestroyWnd() {
-  fTreePeer = nullptr;
+  if (fTreePeer) {
+    if (!GetComponentState().Contains(csDestroying)) fTop = fTreePeer->GetTopNode();
+    fTreePeer = nullptr;
+    if (TTreeNode* const edited = std::exchange(fEdited, nullptr)) {
+      const TLifeGuard guard = GetLifeGuard();
+      if (!GetComponentState().Contains(csDestroying)) CancelEdit(edited);
+      if (!guard.IsAlive()) return;
+    }
+  }
   TWinControl::DestroyWnd();
 }
 
@@ -127,6 +137,7 @@ void TCustomTreeView::ExpandParents(TTreeNode* node) {
 
 void TCustomTreeView::SetDropTargetNode(TTreeNode* value) {
   if (value == fDropTarget) return;
+  if (value && (value->GetDeleting() || value->GetOwner() != fItems.get())) return;
   TTreeNode* before = std::exchange(fDropTarget, value);
   if (before) before->Update();
   if (value) value->Update();
@@ -151,6 +162,21 @@ void TCustomTreeView::ForgetBranch(TTreeNode* node) {
   if (watch.Exists() && inBranch(fSelected)) fSelected = nullptr;  // the change was refused
 }
 
+// Ends the editing of what is about to be hidden. False if the node is gone afterwards.
+bool TCustomTreeView::EndEditBelow(TTreeNode* node) {
+  const TTreeNodeWatch watch(*this, node);
+  if (fEdited && fEdited->HasAsParent(node) && fTreePeer) fTreePeer->EndEdit(true);
+  return watch.Exists();
+}
+
+// What is hidden can't stay selected: a node that closes takes the selection.
+void TCustomTreeView::SelectVisible() {
+  TTreeNode* visible = fSelected;
+  for (TTreeNode* node = fSelected; node; node = node->GetParent())
+    if (node->GetParent() && !node->GetParent()->GetExpanded()) visible = node->GetParent();
+  SetSelected(visible);
+}
+
 void TCustomTreeView::EndNode(TTreeNode* node) {
   for (TTreeNodeWatch* watch = fWatches; watch; watch = watch->fOuter) {
     if (watch->fNode == node) watch->fNode = nullptr;
@@ -158,6 +184,7 @@ void TCustomTreeView::EndNode(TTreeNode* node) {
   if (fSelected == node) fSelected = nullptr;
   if (fDropTarget == node) fDropTarget = nullptr;
   if (fEdited == node) fEdited = nullptr;
+  if (fTop == node) fTop = nullptr;
   Delete(node);
 }
 

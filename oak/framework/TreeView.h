@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -79,9 +80,14 @@ class TTreeNode : public TPersistent {
   bool GetEnabled() const noexcept { return (fFlags & FlagDisabled) == 0; }
   void SetEnabled(bool value);
 
-  /// Removes and destroys the node with all its children.
+  /// Removes and destroys the node with all its children. The whole branch is out of the tree
+  /// before the first node is told; the children are told first. What a handler throws comes out at
+  /// the end.
   void Delete();
   void DeleteChildren();
+  /// With all its children. Raises EInvalidOperation for a place in its own branch or in another
+  /// tree; nothing if the node or `destination` is being deleted. What is edited
+  /// is cancelled; a selected node that gets hidden gives the selection to a parent.
   void MoveTo(TTreeNode* destination, TNodeAttachMode mode);
   /// Stable sort of the direct children, or of the whole branch. Without a function by text, in the
   /// logical order. The function may contradict itself; when it changes the tree, sorting ends.
@@ -168,7 +174,8 @@ class TTreeNodes : public TPersistent {
   void SortBranch(TTreeNode* parent, const TTVCompare& compare, LPARAM data, bool recursive);
   static TTreeNode* NextInBranch(const TTreeNode* root, TTreeNode* node);
   static int MarkBranch(TTreeNode* root);
-  static void DestroyBranch(TTreeNode* root, TCustomTreeView* view);
+  static void DestroyBranch(TTreeNode* root, TCustomTreeView* view, const TLifeGuard& guard,
+                            std::exception_ptr& failure);
 
   TCustomTreeView* fOwner;
   TTreeNode* fFirst = nullptr;
@@ -209,6 +216,7 @@ class TCustomTreeView : public TWinControl {
   TTreeNode* GetSelected() const noexcept { return fSelected; }
   /// Asks CanChange; a refusal leaves the selection.
   void SetSelected(TTreeNode* value);
+  /// Marked as the place of a drop.
   TTreeNode* GetDropTargetNode() const noexcept { return fDropTarget; }
   void SetDropTargetNode(TTreeNode* value);
   TTreeNode* GetTopItem() const;
@@ -326,6 +334,8 @@ class TCustomTreeView : public TWinControl {
   friend class TTreeNodes;
   friend class TTreeNodeWatch;
   void ForgetBranch(TTreeNode* node);
+  bool EndEditBelow(TTreeNode* node);
+  void SelectVisible();
   void EndNode(TTreeNode* node);
   void ExpandParents(TTreeNode* node);
   void SelectionHasChanged();
@@ -338,6 +348,7 @@ class TCustomTreeView : public TWinControl {
   TTreeNode* fSelected = nullptr;
   TTreeNode* fDropTarget = nullptr;
   TTreeNode* fEdited = nullptr;
+  TTreeNode* fTop = nullptr;  // while there is no window
   TImageList* fImages = nullptr;
   TImageList* fStateImages = nullptr;
   TChangeLink fImagesLink;

@@ -47,6 +47,8 @@ class IControlPeer {
   virtual TRect GetClientRect() const = 0;
   virtual TPoint ClientToScreen(TPoint point) const = 0;
   virtual TPoint ScreenToClient(TPoint point) const = 0;
+  /// Density of the monitor that the window is on, or what the process is told of it.
+  virtual int GetPixelsPerInch() const = 0;
   virtual void SetVisible(bool visible) = 0;
   virtual void SetEnabled(bool enabled) = 0;
   virtual void SetText(const TString& text) = 0;
@@ -234,7 +236,6 @@ class IFormPeer : public virtual IControlPeer {
   virtual void SetMenu(TMenu* menu) = 0;
   /// Disables the other windows of the program until `until` gives true, pumping messages.
   virtual void RunModal(const std::function<bool()>& until) = 0;
-  virtual int GetPixelsPerInch() const = 0;
 };
 
 /// A timer of the widget set. Ticks stop when it is destroyed, even those that are already queued.
@@ -306,6 +307,10 @@ class TWidgetSet {
   /// Shows a menu at a screen point until the user has chosen; 0 if nothing was chosen. `owner`
   /// gets the messages of owner-drawn and shell entries through HandleMessage.
   virtual UINT TrackMenu(HMENU menu, TPoint screen, TWinControl* owner, HWND ownerWindow) = 0;
+  /// A window that is never shown; see AllocateHWnd.
+  virtual HWND CreateHiddenWindow(std::function<void(TMessage&)> procedure) = 0;
+  virtual void DestroyHiddenWindow(HWND window) = 0;
+  virtual LRESULT DefaultProc(HWND window, const TMessage& message) = 0;
   virtual int ShowDialog(const TMessageDialog& dialog) = 0;  ///< Result: TModalResult.
 
   virtual bool GetClipboardText(TString* text) = 0;

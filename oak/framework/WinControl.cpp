@@ -81,6 +81,7 @@ void TWinControl::HandleNeeded() {
   });
   const TLifeGuard guard = GetLifeGuard();
   CreateWnd();
+  if (guard.IsAlive()) TakeHostDensity();
   // The window's frame may leave the children less room than was thought.
   if (guard.IsAlive() && fPeer && GetClientSize() != fAlignedSize) Realign();
 }
@@ -159,12 +160,19 @@ void TWinControl::SetParentWindow(HWND value) {
   fParentWindow = value;
   fStyleWatch = value ? TStyleManager::OnChange([this] { StyleChanged(); }) : nullptr;
   if (GetParent()) return;
-  if (!value)
+  if (!value) {
     DestroyHandle();
-  else if (fPeer)
+  } else if (fPeer) {
     fPeer->SetParent(value);
-  else
+    TakeHostDensity();
+  } else {
     UpdateShowing();
+  }
+}
+
+// Forms look for themselves, and other controls follow their parents.
+void TWinControl::TakeHostDensity() {
+  if (fPeer && IsPlacedByHost()) HandlePixelsPerInch(fPeer->GetPixelsPerInch());
 }
 
 void TWinControl::SetDropTarget(IDropTarget* target) {

@@ -198,6 +198,7 @@ class TWinControl : public TControl {
   void RestackWindow();
   void MarkRecreating(bool value);
   void PresetDensity(int value);
+  void TakeHostDensity();
 
   bool IsRoot() const;
   void AlignOne(TControl& control, TRect& rest);

@@ -53,6 +53,37 @@ TEST(HeadlessForm, AFormFollowsTheDensityOfItsMonitor) {
   EXPECT_EQ(probe.GetBoundsRect(), TRect(10, 20, 110, 120));
 }
 
+TEST(HeadlessForm, AGuestHasTheDensityOfTheWindowThatItLivesIn) {
+  THeadlessScreen screen(FailWith);
+  screen->SetMonitors({{{0, 0, 1920, 1080}, {0, 0, 1920, 1040}, 96, true},
+                       {{1920, 0, 5760, 2160}, {1920, 0, 5760, 2100}, 192, false}});
+  TProbeForm host, other;
+  host.Show();
+  other.Show();
+  screen->MoveToMonitor(host, 1);
+  TPanel guest;
+  guest.SetBounds(10, 10, 100, 50);
+  TEdit edit;
+  edit.SetParent(&guest);
+  edit.SetBounds(5, 6, 40, 20);
+  const auto expect = [&](int ppi) {
+    SCOPED_TRACE(ppi);
+    EXPECT_EQ(guest.GetCurrentPPI(), ppi);
+    EXPECT_EQ(edit.GetFont().GetPixelsPerInch(), ppi);
+    EXPECT_EQ(edit.GetBoundsRect().Size(), (TSize{MulDiv(40, ppi, 96), MulDiv(20, ppi, 96)}));
+    EXPECT_EQ(guest.GetBoundsRect(), TRect(10, 10, 110, 60));  // its host places it
+  };
+  guest.SetParentWindow(host.GetHandle());
+  expect(192);
+  screen->MoveToMonitor(host, 0);
+  expect(96);
+  screen->SetPixelsPerInch(0, 144);
+  expect(144);
+  screen->MoveToMonitor(host, 1);
+  guest.SetParentWindow(other.GetHandle());
+  expect(144);
+}
+
 TEST(HeadlessForm, AModalFormKeepsTheUserFromTheOthers) {
   THeadlessScreen screen(FailWith);
   TProbeForm main(u"Main"), dialog(u"Dialog");

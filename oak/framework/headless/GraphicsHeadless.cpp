@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <utility>
 
 #include "oak/framework/Bitmap.h"
 #include "oak/framework/BitmapCanvas.h"
@@ -47,11 +46,6 @@ constexpr TColor LightColors[] = {
     RgbColor(240, 240, 240),  // menu bar
 };
 
-TImageSourceFactory& ImageSourceFactory() {
-  static TImageSourceFactory factory;
-  return factory;
-}
-
 }  // namespace
 
 TColor TGraphicsHeadless::GetSystemColor(int index) const {
@@ -88,10 +82,8 @@ void TGraphicsHeadless::DrawCheckBox(TBitmap& bitmap, const TRect& rect, TCheckB
   DrawPlainCheckBox(bitmap, rect, image, enabled, pixelsPerInch);
 }
 
-std::shared_ptr<const IImageSource> TGraphicsHeadless::GetImageSource(HIMAGELIST handle,
-                                                                      bool share) const {
-  const TImageSourceFactory& factory = ImageSourceFactory();
-  return handle && factory ? factory(handle, share) : nullptr;
+std::shared_ptr<const IImageSource> TGraphicsHeadless::GetImageSource(HIMAGELIST, bool) const {
+  return nullptr;
 }
 
 std::unique_ptr<TNativeImageList> TGraphicsHeadless::CreateImageList(int, int, int) const {
@@ -99,10 +91,6 @@ std::unique_ptr<TNativeImageList> TGraphicsHeadless::CreateImageList(int, int, i
 }
 
 TBitmap TGraphicsHeadless::GetIconBitmap(HICON) const { return {}; }
-
-void SetImageSourceFactory(TImageSourceFactory factory) {
-  ImageSourceFactory() = std::move(factory);
-}
 
 TGraphicsSystem& HeadlessGraphicsSystem() noexcept {
   static TGraphicsHeadless system;

@@ -1,8 +1,6 @@
 // The graphics system of the headless widget set.
 #pragma once
 
-#include <functional>
-
 #include "oak/framework/GraphicsSystem.h"
 
 namespace oak {
@@ -25,11 +23,5 @@ class TGraphicsHeadless : public TGraphicsSystem {
   std::unique_ptr<TNativeImageList> CreateImageList(int width, int height, int bits) const override;
   TBitmap GetIconBitmap(HICON icon) const override;
 };
-
-/// Makes sources of the image lists of a shell that has some of its own kind. To be set at
-/// start-up, before the first list is shown; empty: there are none.
-using TImageSourceFactory =
-    std::function<std::shared_ptr<const IImageSource>(HIMAGELIST handle, bool share)>;
-void SetImageSourceFactory(TImageSourceFactory factory);
 
 }  // namespace oak

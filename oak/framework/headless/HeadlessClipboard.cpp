@@ -27,9 +27,9 @@ bool TextOfData(IDataObject& data, TString* text) {
 
 bool THeadlessDesktop::GetClipboardText(TString* text) {
   TString found;
-  const Ref<IDataObject> other = ProcessClipboard();
-  if (other && other.Get() != fFormerClipboard.Get()) {  // copied later than our text
-    if (!TextOfData(*other, &found)) return false;
+  if (HasProcessClipboard()) {
+    const Ref<IDataObject> data = ProcessClipboard();
+    if (!data || !TextOfData(*data, &found)) return false;
   } else {
     if (!fHasClipboard) return false;
     found = fClipboard;
@@ -39,7 +39,10 @@ bool THeadlessDesktop::GetClipboardText(TString* text) {
 }
 
 bool THeadlessDesktop::SetClipboardText(const TString& text) {
-  fFormerClipboard = ProcessClipboard();
+  if (HasProcessClipboard()) {
+    fClipboardData = SetProcessClipboardText(text);
+    return static_cast<bool>(fClipboardData);
+  }
   fClipboard = text;
   fHasClipboard = true;
   return true;

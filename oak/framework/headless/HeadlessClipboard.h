@@ -1,4 +1,4 @@
-// The clipboard that a shell fills, beside the text of the headless desktop.
+// The clipboard of the headless desktop.
 #pragma once
 
 #include "oak/base/Ref.h"
@@ -7,9 +7,16 @@
 
 namespace oak {
 
-/// What lies on the clipboard of the process, where it has one of its own: the portable shell's.
-/// Nil on Windows, where it would be that of the user, and a test the slave of what he copied last.
+/// Whether the process has a clipboard of its own, which the desktop then uses: that of the
+/// portable shell. Not on Windows, where it would be the user's, and a test the slave of what he
+/// copied last.
+bool HasProcessClipboard();
+/// What lies on it; nil if nothing does.
 Ref<IDataObject> ProcessClipboard();
+/// Puts a text there and gives the object that carries it; nil if that failed.
+Ref<IDataObject> SetProcessClipboardText(const TString& text);
+/// Empties it if the object still lies there.
+void ClearProcessClipboard(const Ref<IDataObject>& data);
 
 /// The text that data carries; false if it has none.
 bool TextOfData(IDataObject& data, TString* text);

@@ -7,6 +7,7 @@
 #include "oak/framework/Forms.h"
 #include "oak/framework/GraphicsSystem.h"
 #include "oak/framework/TextMetrics.h"
+#include "oak/framework/headless/HeadlessClipboard.h"
 #include "oak/framework/headless/HeadlessCombo.h"
 #include "oak/framework/headless/HeadlessEdit.h"
 #include "oak/framework/headless/HeadlessForm.h"
@@ -63,6 +64,7 @@ THeadlessDesktop::THeadlessDesktop()
       fFormerPost(SetWindowPost(this)) {}
 
 THeadlessDesktop::~THeadlessDesktop() {
+  if (fClipboardData) ClearProcessClipboard(fClipboardData);
   SetWindowPost(fFormerPost);
   fHint.reset();
   SetGraphicsSystem(fFormerGraphics);

@@ -70,6 +70,9 @@ class THeadlessDesktop : public TWidgetSet, private IWindowPost {
   HMENU CreateMenu(const TMenuItem& root) override;
   void DestroyMenu(HMENU menu) override;
   UINT TrackMenu(HMENU menu, TPoint screen, TWinControl* owner, HWND ownerWindow) override;
+  HWND CreateHiddenWindow(std::function<void(TMessage&)> procedure) override;
+  void DestroyHiddenWindow(HWND window) override;
+  LRESULT DefaultProc(HWND window, const TMessage& message) override;
   int ShowDialog(const TMessageDialog& dialog) override;
   bool GetClipboardText(TString* text) override;
   bool SetClipboardText(const TString& text) override;
@@ -292,9 +295,9 @@ class THeadlessDesktop : public TWidgetSet, private IWindowPost {
   std::deque<int> fDialogAnswers;
   std::vector<TShownDialog> fDialogs;
   std::vector<TString> fComplaints;
-  TString fClipboard;
+  TString fClipboard;  // where the process has none
   bool fHasClipboard = false;
-  Ref<IDataObject> fFormerClipboard;  // what lay there when the text came
+  Ref<IDataObject> fClipboardData;  // our text on the clipboard of the process
   TGraphicsSystem* fFormerGraphics;
   IWindowPost* fFormerPost;
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "oak/framework/Canvas.h"
+#include "oak/framework/RichText.h"
 #include "oak/framework/TextMetrics.h"
 #include "oak/framework/headless/HeadlessDesktop.h"
 

@@ -70,7 +70,4 @@ class THeadlessEditBox final : public THeadlessWindow {
   bool fFinished = false;
 };
 
-/// The plain text of a text in the rich text format; false if it isn't one.
-bool PlainTextOfRtf(const std::vector<std::uint8_t>& data, TString* text);
-
 }  // namespace oak

@@ -22,6 +22,20 @@ THeadlessKind HeadlessKindOf(const TCustomForm& form) {
                                                     : THeadlessKind::TopLevel;
 }
 
+/// Tells controls that live in a window by its handle alone; others have followed their form.
+void TellGuests(THeadlessWindow& window, int pixelsPerInch) {
+  THeadlessDesktop& desktop = window.GetDesktop();
+  std::vector<HWND> children;
+  for (const THeadlessWindow* child : window.GetChildWindows())
+    children.push_back(child->GetHandle());
+  for (const HWND handle : children) {
+    THeadlessWindow* const child = desktop.FindWindow(handle);
+    TWinControl* const control = child ? child->GetControlOrNil() : nullptr;
+    if (control) control->HandlePixelsPerInch(pixelsPerInch);
+    if (THeadlessWindow* const left = desktop.FindWindow(handle)) TellGuests(*left, pixelsPerInch);
+  }
+}
+
 /// Keeps the other windows of the program from the user for the span of a block.
 class THeadlessModalScope {
  public:
@@ -125,6 +139,8 @@ void THeadlessForm::CheckDensity() {
   const TLifeGuard guard = Guard();
   const TRect bounds = GetBounds();
   fForm.HandlePixelsPerInch(ppi);
+  if (!guard.IsAlive()) return;
+  TellGuests(*this, ppi);
   if (!guard.IsAlive()) return;
   if (GetBounds() == bounds && fForm.GetScaled() && fState == wsNormal)
     SetBounds({bounds.TopLeft(),

@@ -227,9 +227,6 @@ bool THeadlessListPeer::KeyDown(const TKeyEvent& event) {
     case vkSpace:
       if (!IsSearching()) PressSpace(event.Shift);
       return true;
-    case vkF2:
-      if (!fEdit && GetFocusIndex() >= 0) BeginEdit(GetFocusIndex());
-      return true;
     case vkAdd:
       if (!event.Shift.Contains(ssCtrl)) return false;
       fView.SizeColumnsToFit();

@@ -198,7 +198,9 @@ int THeadlessListPeer::HeaderHitTest(TPoint point) const {
 bool THeadlessListPeer::BeginEdit(int index) {
   const TLifeGuard guard = Guard();
   EndEdit(true);
-  if (!guard.IsAlive() || !fView.HandleBeginEdit(index) || !guard.IsAlive()) return false;
+  // As in the system's list, what is edited is selected.
+  if (!guard.IsAlive() || !SelectTo(index, {}) || index >= fView.Items().GetCount()) return false;
+  if (!fView.HandleBeginEdit(index) || !guard.IsAlive()) return false;
   const TListItem* const item = fView.GetEditedItem();
   if (!item) return false;
   const int place = item->GetIndex();

@@ -3,25 +3,14 @@
 #include <algorithm>
 
 #include "oak/base/Exceptions.h"
-#include "oak/framework/Canvas.h"
 #include "oak/framework/Menus.h"
-#include "oak/framework/TextMetrics.h"
 #include "oak/framework/WinControl.h"
 #include "oak/framework/headless/HeadlessDesktop.h"
 #include "oak/framework/headless/HeadlessForm.h"
+#include "oak/framework/headless/HeadlessMenuLevel.h"
 
 namespace oak {
 namespace {
-
-constexpr UINT MessageInitMenuPopup = 0x0117;  // WM_INITMENUPOPUP
-constexpr int EntryHeight = 20;                // pixels at 96 per inch
-constexpr int CheckWidth = 28;
-constexpr int EntryMargin = 14;
-
-TStringView ShortCutOf(TStringView text) {
-  const std::size_t tab = text.find(u'\t');
-  return tab == TStringView::npos ? TStringView() : text.substr(tab + 1);
-}
 
 /// The letter behind the mark, in lower case; 0 without one.
 char16_t MenuMnemonic(TStringView text) {
@@ -76,98 +65,6 @@ void FillLate(const TMenuEntry& entry) {
 
 }  // namespace
 
-TString MenuCaption(TStringView text) {
-  TString caption;
-  for (std::size_t i = 0; i < text.size() && text[i] != u'\t'; ++i) {
-    if (text[i] == u'&' && i + 1 < text.size()) ++i;
-    caption += text[i];
-  }
-  return caption;
-}
-
-// --- one menu on the screen --------------------------------------------------
-
-/// The window of one open menu.
-class THeadlessMenuSession::TLevel final : public THeadlessWindow {
- public:
-  TLevel(THeadlessDesktop& desktop, HMENU menu, TPoint screen)
-      : THeadlessWindow(desktop, THeadlessKind::Popup, nullptr, {screen, TSize{1, 1}}), Menu(menu) {
-    const int monitor = desktop.MonitorAt(screen);
-    fPixelsPerInch = desktop.GetMonitors()[static_cast<std::size_t>(monitor)].PixelsPerInch;
-    TFont font = desktop.GetSystemFont(fPixelsPerInch);
-    font.SetColor(clMenuText);
-    THeadlessWindow::SetFont(font);
-    int width = 0;
-    const std::vector<TMenuEntry> entries = TMenuTable::Instance().GetEntries(menu);
-    for (const TMenuEntry& entry : entries)
-      width = std::max(width, TextWidth(font, MenuCaption(entry.Text) + u"    " +
-                                                  TString(ShortCutOf(entry.Text))));
-    const TSize size{Scaled(CheckWidth) + width + 2 * Scaled(EntryMargin) + 2,
-                     Scaled(EntryHeight) * static_cast<int>(entries.size()) + 2};
-    const TRect area = desktop.GetMonitors()[static_cast<std::size_t>(monitor)].WorkArea;
-    const TPoint corner(std::max(std::min(screen.X, area.Right - size.Width), area.Left),
-                        std::max(std::min(screen.Y, area.Bottom - size.Height), area.Top));
-    THeadlessWindow::SetBounds({corner, size});
-    THeadlessWindow::SetVisible(true);
-  }
-
-  TRect GetFrame() const override { return {1, 1, 1, 1}; }
-  int GetWindowPPI() const override { return fPixelsPerInch; }
-
-  TRect EntryRect(int index) const {
-    const int height = Scaled(EntryHeight);
-    return {0, height * index, GetClientRect().Right, height * (index + 1)};
-  }
-  int EntryAt(TPoint screen) const {
-    const TPoint point = ScreenToClient(screen);
-    if (!GetClientRect().Contains(point)) return -1;
-    return point.Y / Scaled(EntryHeight);
-  }
-
-  void Paint(TCanvas& canvas, const TRect& clip) override {
-    canvas.GetBrush().SetColor(clMenu);
-    canvas.FillRect(clip);
-    int index = 0;
-    for (const TMenuEntry& entry : TMenuTable::Instance().GetEntries(Menu))
-      PaintEntry(canvas, entry, index++);
-  }
-
-  HMENU Menu;
-  int Hot = -1;
-
- private:
-  void PaintEntry(TCanvas& canvas, const TMenuEntry& entry, int index) {
-    const TRect rect = EntryRect(index);
-    if (entry.IsSeparator) {
-      canvas.GetPen().SetColor(clBtnShadow);
-      canvas.MoveTo(rect.Left, rect.Center().Y);
-      canvas.LineTo(rect.Right, rect.Center().Y);
-      return;
-    }
-    const bool hot = index == Hot;
-    if (hot) {
-      canvas.GetBrush().SetColor(clHighlight);
-      canvas.FillRect(rect);
-    }
-    canvas.GetBrush().SetStyle(bsClear);
-    TFont font = GetFont();
-    font.SetColor(!entry.IsEnabled ? clGrayText : hot ? clHighlightText : clMenuText);
-    if (entry.IsDefault) font.SetStyle({fsBold});
-    canvas.SetFont(font);
-    TRect text = rect;
-    text.Left += Scaled(CheckWidth);
-    text.Right -= Scaled(EntryMargin);
-    constexpr TTextFormat format{tfSingleLine, tfVerticalCenter, tfNoPrefix};
-    const TRect mark(rect.Left + Scaled(7), rect.Top, text.Left, rect.Bottom);
-    if (entry.IsChecked) canvas.DrawText(mark, entry.IsRadio ? u"\u2022" : u"\u221A", format);
-    canvas.DrawText(text, MenuCaption(entry.Text), format);
-    const TStringView key = entry.SubMenu ? TStringView(u">") : ShortCutOf(entry.Text);
-    if (!key.empty()) canvas.DrawText(text, key, format + tfRight);
-  }
-
-  int fPixelsPerInch = 96;
-};
-
 // --- the session -------------------------------------------------------------
 
 THeadlessMenuSession::THeadlessMenuSession(THeadlessDesktop& desktop, HMENU menu, TPoint screen,
@@ -190,8 +87,9 @@ THeadlessMenuSession::~THeadlessMenuSession() {
 void THeadlessMenuSession::Open(HMENU menu, int index, TPoint screen) {
   // The owner may be gone, and what it does may be anything.
   if (THeadlessWindow* const owner = fDesktop.FindWindow(fOwner))
-    owner->Send(MessageInitMenuPopup, reinterpret_cast<WPARAM>(menu), index);
-  if (!fFinished) fLevels.push_back(std::make_unique<TLevel>(fDesktop, menu, screen));
+    owner->Send(WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu), index);
+  if (!fFinished)
+    fLevels.push_back(std::make_unique<THeadlessMenuLevel>(fDesktop, menu, screen, fOwner));
 }
 
 void THeadlessMenuSession::CloseBelow(std::size_t levels) {
@@ -199,11 +97,10 @@ void THeadlessMenuSession::CloseBelow(std::size_t levels) {
 }
 
 void THeadlessMenuSession::OpenSub(int index) {
-  TLevel& level = *fLevels.back();
+  THeadlessMenuLevel& level = *fLevels.back();
   TMenuEntry entry;
   if (!TMenuTable::Instance().Get(level.Menu, index, &entry)) return;
-  level.Hot = index;
-  level.Invalidate(nullptr);
+  level.SetHot(index);
   if (!entry.SubMenu || !entry.IsEnabled) return;
   const TRect rect = level.EntryRect(index);
   const TPoint corner = level.ClientToScreen({rect.Right, rect.Top});
@@ -307,15 +204,14 @@ void THeadlessMenuSession::Activate(int index) {
 
 void THeadlessMenuSession::MoveHot(int step) {
   if (fLevels.empty()) return;
-  TLevel& level = *fLevels.back();
+  THeadlessMenuLevel& level = *fLevels.back();
   const std::vector<TMenuEntry> entries = TMenuTable::Instance().GetEntries(level.Menu);
   const int count = static_cast<int>(entries.size());
   int index = level.Hot < 0 && step < 0 ? 0 : level.Hot;
   for (int tries = 0; tries < count; ++tries) {
     index = (index + step + count) % count;
     if (entries[static_cast<std::size_t>(index)].IsSeparator) continue;
-    level.Hot = index;
-    level.Invalidate(nullptr);
+    level.SetHot(index);
     return;
   }
 }
@@ -330,7 +226,23 @@ void THeadlessMenuSession::Letter(char16_t character) {
   };
   auto found = std::find_if(entries.begin(), entries.end(), byMark);
   if (found == entries.end()) found = std::find_if(entries.begin(), entries.end(), byStart);
-  if (found != entries.end()) Activate(static_cast<int>(found - entries.begin()));
+  if (found != entries.end())
+    Activate(static_cast<int>(found - entries.begin()));
+  else
+    AskForLetter(character);
+}
+
+/// A menu that draws its own entries knows their letters.
+void THeadlessMenuSession::AskForLetter(char16_t character) {
+  const HMENU menu = fLevels.back()->Menu;
+  THeadlessWindow* const owner = fDesktop.FindWindow(fOwner);
+  if (!owner) return;
+  const auto answer = static_cast<DWORD>(owner->Send(
+      WM_MENUCHAR, character | (WPARAM{MF_POPUP} << 16), reinterpret_cast<LPARAM>(menu)));
+  if (fFinished || fLevels.empty() || fLevels.back()->Menu != menu) return;
+  const int index = static_cast<int>(answer & 0xFFFF);
+  if ((answer >> 16) == DWORD{MNC_EXECUTE}) Activate(index);
+  if ((answer >> 16) == DWORD{MNC_SELECT}) fLevels.back()->SetHot(index);
 }
 
 void THeadlessMenuSession::Key(const THeadlessInput& input) {

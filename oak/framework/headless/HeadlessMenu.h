@@ -11,11 +11,14 @@
 namespace oak {
 
 class THeadlessForm;
+class THeadlessMenuLevel;
 class TWinControl;
 
 /// An open menu with the submenus that are open too. A test walks it and chooses; a user does so
 /// with mouse and keys. Before a submenu opens, its owner gets WM_INITMENUPOPUP, so that it can be
-/// filled late. What its entries are is in TMenuTable, by handle.
+/// filled late. What its entries are is in TMenuTable, by handle. The owner is asked for the size
+/// and the looks of entries that draw themselves and are none of the program's, without a device
+/// context: WM_MEASUREITEM, WM_DRAWITEM; and for letters that no caption has: WM_MENUCHAR.
 ///
 ///     desktop.OnMenu = [](THeadlessMenuSession& menu) { menu.Choose(u"View|Details"); };
 class THeadlessMenuSession final : private IHeadlessInputFilter {
@@ -50,7 +53,6 @@ class THeadlessMenuSession final : private IHeadlessInputFilter {
   UINT Run();
 
  private:
-  class TLevel;
   void Mouse(const THeadlessInput& input) override;
   void Key(const THeadlessInput& input) override;
   void Finish(UINT result);
@@ -61,20 +63,18 @@ class THeadlessMenuSession final : private IHeadlessInputFilter {
   void Activate(int index);
   void MoveHot(int step);
   void Letter(char16_t character);
+  void AskForLetter(char16_t character);
   int IndexOf(HMENU menu, TStringView caption) const;
 
   THeadlessDesktop& fDesktop;
   HMENU fMenu;
   HWND fOwner;
-  std::vector<std::unique_ptr<TLevel>> fLevels;
+  std::vector<std::unique_ptr<THeadlessMenuLevel>> fLevels;
   IHeadlessInputFilter* fFormerFilter;
   THeadlessMenuSession* fFormerSession;
   UINT fResult = 0;
   bool fFinished = false;
 };
-
-/// A caption without "&" marks and without the shortcut's name.
-TString MenuCaption(TStringView text);
 
 /// Opens the submenu of an entry of a form's menu bar; an entry without one is the choice itself.
 UINT TrackMenuBar(THeadlessForm& form, int entry, TPoint screen);

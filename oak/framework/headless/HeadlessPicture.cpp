@@ -54,6 +54,7 @@ class TPicturePainter {
                    TStringView mark);
   void PlaceImage();
   void PlaceImageBefore(const TRect& words, int column);
+  int FreeColumnBefore(int words, int y) const;
   void NoteWords(int y, int right, int end);
   void AddLine(const TDrawOperation& operation, const TArea& area);
   void AddPolygon(const TDrawOperation& operation, const TArea& area);
@@ -313,12 +314,23 @@ void TPicturePainter::PlaceImage() {
     fGrid.Sign(image.Column, image.Rect.Center().Y, image.Sign);
 }
 
+/// The column of the last image before words, with a gap unless a check box leaves no room for it.
+int TPicturePainter::FreeColumnBefore(int words, int y) const {
+  const int width = static_cast<int>(CellsOfText(fImage.Sign).size());
+  const int wanted = words - 1 - width;
+  const bool taken = std::any_of(fCheckBoxes.begin(), fCheckBoxes.end(), [&](const auto& entry) {
+    const auto& [box, column] = entry;
+    return box.Top <= y && y < box.Bottom && wanted < column + 3 && column < wanted + width;
+  });
+  return taken ? words - width : wanted;
+}
+
 /// An image close before words stands close before them in every row, however it is rounded.
 void TPicturePainter::PlaceImageBefore(const TRect& words, int column) {
   const int gap = words.Left - fImage.Rect.Right;
   if (gap >= 0 && gap <= fGrid.Pixels(ImageGap) &&
       fImage.Rect.Contains({fImage.Rect.Left, words.Center().Y}))
-    fImage.Column = column - 1 - static_cast<int>(CellsOfText(fImage.Sign).size());
+    fImage.Column = FreeColumnBefore(column, words.Center().Y);
   PlaceImage();
 }
 

@@ -30,10 +30,11 @@ void THeadlessTreePeer::OnFocusChanged(bool focused) {
 bool THeadlessTreePeer::Select(TTreeNode* node) {
   if (node == fView.GetSelected()) return true;
   const TLifeGuard guard = Guard();
-  const TTreeNodeWatch watch(fView, node);
-  if (!fView.HandleSelecting(node) || !watch.Exists()) return false;
-  Invalidate(nullptr);
-  fView.HandleSelected(node);
+  TCustomTreeView& view = fView;  // which may get another window meanwhile
+  const TTreeNodeWatch watch(view, node);
+  if (!view.HandleSelecting(node) || !watch.Exists()) return false;
+  if (guard.IsAlive()) Invalidate(nullptr);
+  view.HandleSelected(node);
   if (!guard.IsAlive() || !watch.Exists() || fView.GetSelected() != node) return false;
   MakeVisible(node);
   return guard.IsAlive() && watch.Exists();
@@ -41,13 +42,14 @@ bool THeadlessTreePeer::Select(TTreeNode* node) {
 
 void THeadlessTreePeer::Toggle(TTreeNode* node, bool expand) {
   const TLifeGuard guard = Guard();
-  const TTreeNodeWatch watch(fView, node);
-  if (expand ? !fView.HandleCanExpand(node) : !fView.HandleCanCollapse(node)) return;
+  TCustomTreeView& view = fView;
+  const TTreeNodeWatch watch(view, node);
+  if (expand ? !view.HandleCanExpand(node) : !view.HandleCanCollapse(node)) return;
   if (!watch.Exists()) return;
   if (expand)
-    fView.HandleExpanded(node);
+    view.HandleExpanded(node);
   else
-    fView.HandleCollapsed(node);
+    view.HandleCollapsed(node);
   if (guard.IsAlive()) RowsChanged();
 }
 

@@ -57,6 +57,7 @@ class THeadlessWindow : public virtual IControlPeer {
   TRect GetClientRect() const override;
   TPoint ClientToScreen(TPoint point) const override;
   TPoint ScreenToClient(TPoint point) const override;
+  int GetPixelsPerInch() const override { return GetWindowPPI(); }
   void SetVisible(bool visible) override;
   void SetEnabled(bool enabled) override;
   void SetText(const TString& text) override;

@@ -145,6 +145,7 @@ void TComboPeer::HandleCommand(WORD code) {
   if (fChanging || IsCreating()) return;
   switch (code) {
     case CBN_EDITCHANGE:
+      if (fSelecting) return;
       return fCombo.HandleTextChanged(GetText());
     case CBN_SELCHANGE:
       return fCombo.HandleSelected(static_cast<int>(Send(CB_GETCURSEL, 0, 0)));
@@ -161,6 +162,14 @@ void TComboPeer::HandleCommand(WORD code) {
 bool TComboPeer::MovesInList(HWND window, UINT message, WPARAM key) const {
   if (message != WM_KEYDOWN || window != GetEditHandle()) return false;
   return key == VK_UP || key == VK_DOWN || key == VK_PRIOR || key == VK_NEXT;
+}
+
+// The window puts the caption of a selected entry into its edit field: nobody has typed it.
+LRESULT TComboPeer::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message != WM_COMMAND || HIWORD(wParam) != CBN_SELCHANGE)
+    return TWindowPeer::WindowProc(message, wParam, lParam);
+  const TPeerFlag selecting(fSelecting, *this);
+  return TWindowPeer::WindowProc(message, wParam, lParam);
 }
 
 LRESULT TComboPeer::InnerProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {

@@ -29,6 +29,7 @@ class TComboPeer final : public TWindowPeer, public IComboPeer {
 
  protected:
   void Initialize() override;
+  LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
   LRESULT InnerProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) override;
   bool HasSystemContextMenu() const override { return true; }
   LPCWSTR GetThemeName(bool dark) const override;
@@ -41,6 +42,7 @@ class TComboPeer final : public TWindowPeer, public IComboPeer {
 
   TCustomComboBoxEx& fCombo;
   bool fChanging = false;    // the control changes the window, not the user
+  bool fSelecting = false;   // an entry is being selected
   bool fForwarding = false;  // a key that was reported already goes to the list
 };
 

@@ -21,7 +21,6 @@ class TFormPeer final : public TWindowPeer, public IFormPeer {
   void Activate() override;
   void SetMenu(TMenu* menu) override;
   void RunModal(const std::function<bool()>& until) override;
-  int GetPixelsPerInch() const override { return GetDensity(); }
 
  protected:
   LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;

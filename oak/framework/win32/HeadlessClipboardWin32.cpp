@@ -2,6 +2,9 @@
 
 namespace oak {
 
+bool HasProcessClipboard() { return false; }
 Ref<IDataObject> ProcessClipboard() { return nullptr; }
+Ref<IDataObject> SetProcessClipboardText(const TString&) { return nullptr; }
+void ClearProcessClipboard(const Ref<IDataObject>&) {}
 
 }  // namespace oak

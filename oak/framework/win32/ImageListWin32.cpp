@@ -165,4 +165,8 @@ std::unique_ptr<TNativeImageList> MakeNativeImageList(int width, int height, int
   return handle ? std::make_unique<TNativeImages>(handle) : nullptr;
 }
 
+void AddLateImages(const TImageList* images) {
+  if (images && images->HandleAllocated()) images->GetHandle();
+}
+
 }  // namespace oak

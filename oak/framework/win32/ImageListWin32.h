@@ -8,6 +8,7 @@
 namespace oak {
 
 class IImageSource;
+class TImageList;
 
 /// The functions for image lists, all of one version of the common controls: version 6 where
 /// windows get that. A list of one version means nothing to the functions of another, and those
@@ -35,5 +36,10 @@ std::shared_ptr<const IImageSource> MakeImageSource(HIMAGELIST handle, bool shar
 
 /// An empty list of the system; nil if it makes none.
 std::unique_ptr<TNativeImageList> MakeNativeImageList(int width, int height, int bits);
+
+/// To be called before a control draws with the handle that it has: images that came to the list's
+/// source since are added in place. Cheap if there are none; nil and lists without a handle are
+/// left alone.
+void AddLateImages(const TImageList* images);
 
 }  // namespace oak

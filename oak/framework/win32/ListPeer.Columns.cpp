@@ -209,10 +209,26 @@ LRESULT TListPeer::InnerProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
 }
 
 LRESULT TListPeer::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+  const TPeerGuard guard(*this);
+  LRESULT result = 0;
+  {
+    const TPeerCount running(fProcedures, *this);
+    result = ListProc(message, wParam, lParam);
+  }
+  if (guard.IsAlive() && fProcedures == 0 && fCountDue) PushDueCount();
+  return result;
+}
+
+LRESULT TListPeer::ListProc(UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == ColumnDroppedMessage) {
     const int from = static_cast<int>(wParam);
     const int to = static_cast<int>(lParam);
     if (std::max(from, to) < fView.Columns().GetCount()) fView.HandleColumnDragged(from, to);
+    return 0;
+  }
+  if (message == WM_KEYDOWN && wParam == VK_ADD && ::GetKeyState(VK_CONTROL) < 0) {
+    // The native list would show hidden columns.
+    if (!ReportKey(message, wParam)) fView.SizeColumnsToFit();
     return 0;
   }
   if ((message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK) && HasOwnChecks()) {

@@ -3,12 +3,20 @@
 
 #include "oak/framework/Bitmap.h"
 #include "oak/framework/ImageList.h"
+#include "oak/framework/win32/ImageListWin32.h"
 #include "oak/framework/win32/Input.h"
 #include "oak/framework/win32/ListPeer.h"
+#include "oak/framework/win32/PeerScopes.h"
+#include "oak/framework/win32/System.h"
 
 namespace oak {
 
 bool TListPeer::HandleNotify(NMHDR& notification, LRESULT& result) {
+  const TPeerCount running(fNotifications, *this);
+  return Notified(notification, result);
+}
+
+bool TListPeer::Notified(NMHDR& notification, LRESULT& result) {
   result = 0;
   switch (notification.code) {
     case LVN_GETDISPINFOW:
@@ -97,7 +105,7 @@ void TListPeer::StateReported(int first, int last, UINT was, UINT is) {
 
 void TListPeer::EndLabelEdit(const NMLVDISPINFOW& info) {
   std::optional<TString> text;
-  if (info.item.pszText) text = FromW(info.item.pszText);
+  if (info.item.pszText && !fCancelling) text = FromW(info.item.pszText);
   const TPeerGuard guard(*this);
   fView.HandleEndEdit(std::move(text));
   if (guard.IsAlive()) Invalidate(nullptr);
@@ -140,6 +148,9 @@ void TListPeer::GiveDisplayInfo(NMLVDISPINFOW& info) {
     if (!guard.IsAlive()) return;
     wanted.iImage = image;
   }
+  // The shell's lists grow as its icons and overlays are asked for.
+  if (wanted.mask & (LVIF_IMAGE | LVIF_STATE))
+    AddLateImages(fView.GetViewStyle() == vsIcon ? fView.GetLargeImages() : fView.GetSmallImages());
   const TListItem* row = item();
   if (!row) return;
   if (wanted.mask & LVIF_STATE) wanted.state = StateOf(*row);
@@ -179,7 +190,7 @@ void TListPeer::DrawBackground(TCanvas& canvas) const {
 
 LRESULT TListPeer::DrawControl(NMLVCUSTOMDRAW& draw) {
   const bool before = draw.nmcd.dwDrawStage == CDDS_PREPAINT;
-  TCanvasWin32 canvas(draw.nmcd.hdc, GetDensity());
+  TCanvasWin32 canvas(draw.nmcd.hdc, fView.GetCurrentPPI());
   canvas.SetFont(fView.GetFont());
   if (before) DrawBackground(canvas);
   const bool standard =
@@ -208,6 +219,16 @@ void TListPeer::TakeLook(const TCanvas& canvas, NMLVCUSTOMDRAW& draw) {
   fItemFont = FontHandleOf(canvas.GetFont());
 }
 
+// Wine marks no more than the text of a row whose background is left to the window.
+void TListPeer::FillMark(NMLVCUSTOMDRAW& draw) const {
+  if (draw.clrTextBk != CLR_NONE || !fView.GetRowSelect() || !win32::IsWine()) return;
+  const TItemStates states = fView.HandleGetStates(static_cast<int>(draw.nmcd.dwItemSpec));
+  if (!states.Contains(isSelected) || (fView.GetHideSelection() && !HasFocus())) return;
+  draw.clrTextBk = ColorToRGB(HasFocus() ? clHighlight : clBtnFace);
+  // Else the system's colours are taken, which may not be those of the style.
+  if (!HasFocus()) draw.nmcd.uItemState &= ~static_cast<UINT>(CDIS_SELECTED);
+}
+
 LRESULT TListPeer::DrawItem(NMLVCUSTOMDRAW& draw) {
   const auto index = static_cast<int>(draw.nmcd.dwItemSpec);
   if (index >= fView.Items().GetCount()) return CDRF_DODEFAULT;
@@ -215,7 +236,7 @@ LRESULT TListPeer::DrawItem(NMLVCUSTOMDRAW& draw) {
   const TPeerGuard guard(*this);
   bool standard = true;
   {
-    TCanvasWin32 canvas(draw.nmcd.hdc, GetDensity());
+    TCanvasWin32 canvas(draw.nmcd.hdc, fView.GetCurrentPPI());
     canvas.SetFont(fView.GetFont());
     canvas.GetBrush().SetStyle(bsClear);
     canvas.GetFont().SetColor(fView.HandleTextColor(index, GetTextColor()));
@@ -223,6 +244,7 @@ LRESULT TListPeer::DrawItem(NMLVCUSTOMDRAW& draw) {
                                                              before ? cdPrePaint : cdPostPaint);
     if (!guard.IsAlive()) return CDRF_SKIPDEFAULT;
     if (before) TakeLook(canvas, draw);
+    if (before) FillMark(draw);
   }
   if (!standard) return CDRF_SKIPDEFAULT;
   if (!before) return CDRF_DODEFAULT;
@@ -236,12 +258,13 @@ LRESULT TListPeer::DrawSubItem(NMLVCUSTOMDRAW& draw) {
   if (draw.iSubItem == 0 || column < 0 || index >= fView.Items().GetCount()) return CDRF_DODEFAULT;
   const bool before = (draw.nmcd.dwDrawStage & CDDS_ITEMPREPAINT) == CDDS_ITEMPREPAINT;
   const TPeerGuard guard(*this);
-  TCanvasWin32 canvas(draw.nmcd.hdc, GetDensity());
+  TCanvasWin32 canvas(draw.nmcd.hdc, fView.GetCurrentPPI());
   canvas.SetFont(fView.GetFont());
   canvas.GetBrush().SetStyle(bsClear);
   const bool standard = fView.HandleCustomDrawSubItem(canvas, index, column, DrawStateOf(draw),
                                                       before ? cdPrePaint : cdPostPaint);
   if (!guard.IsAlive() || !standard) return CDRF_SKIPDEFAULT;
+  if (before) FillMark(draw);
   return before ? CDRF_NOTIFYPOSTPAINT : CDRF_DODEFAULT;
 }
 

@@ -1,6 +1,7 @@
 #include "oak/framework/win32/ListPeer.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "oak/framework/ImageList.h"
 #include "oak/framework/win32/PeerScopes.h"
@@ -91,10 +92,25 @@ DWORD TListPeer::ExtendedStyleBits() const {
   return style;
 }
 
+TListPeer::~TListPeer() {
+  if (GetHandle() && fChecks) Send(LVM_SETIMAGELIST, LVSIL_STATE, 0);
+  if (fChecks) ::ImageList_Destroy(fChecks);
+}
+
+// Lists of pictures are shared with the native list; so it leaves its check boxes to us as well.
+void TListPeer::PushExtendedStyle() {
+  Send(LVM_SETEXTENDEDLISTVIEWSTYLE, 0, static_cast<LPARAM>(ExtendedStyleBits()));
+  if (HasOwnChecks() == (fChecks != nullptr)) return;
+  if (fChecks)
+    ::ImageList_Destroy(std::exchange(fChecks, nullptr));
+  else
+    fChecks = reinterpret_cast<HIMAGELIST>(Send(LVM_GETIMAGELIST, LVSIL_STATE, 0));
+}
+
 void TListPeer::Initialize() {
   Send(LVM_SETCALLBACKMASK, LVIS_CUT | LVIS_DROPHILITED | LVIS_OVERLAYMASK | LVIS_STATEIMAGEMASK,
        0);
-  Send(LVM_SETEXTENDEDLISTVIEWSTYLE, 0, static_cast<LPARAM>(ExtendedStyleBits()));
+  PushExtendedStyle();
   AttachInner(GetHeaderHandle());
   ColorsChanged();
 }
@@ -112,7 +128,7 @@ void TListPeer::ColorsChanged() {
 void TListPeer::SetViewStyle() {
   EndEdit(true);
   ChangeStyle(ChangingListStyles, StyleBits());
-  Send(LVM_SETEXTENDEDLISTVIEWSTYLE, 0, static_cast<LPARAM>(ExtendedStyleBits()));
+  PushExtendedStyle();
   AttachInner(GetHeaderHandle());  // made with the first vsReport
   Invalidate(nullptr);
 }
@@ -128,7 +144,7 @@ void TListPeer::ImagesChanged(TListImages which) {
     kind = LVSIL_SMALL;
   } else {
     images = fView.GetStateImages();
-    Send(LVM_SETEXTENDEDLISTVIEWSTYLE, 0, static_cast<LPARAM>(ExtendedStyleBits()));
+    PushExtendedStyle();
     if (!images && HasOwnChecks()) return;  // the native list has just made its own
   }
   Send(LVM_SETIMAGELIST, kind, reinterpret_cast<LPARAM>(images ? images->GetHandle() : nullptr));
@@ -147,10 +163,21 @@ void TListPeer::Arrange() { Send(LVM_ARRANGE, LVA_DEFAULT, 0); }
 
 // --- rows ---------------------------------------------------------------------------------------
 
+// The native list does not survive the loss of rows in the middle of a notification of its own:
+// they go when the window's procedure returns, and have no content until then.
 void TListPeer::PushCount(bool keepView) {
+  const auto shown = static_cast<int>(::SendMessageW(GetHandle(), LVM_GETITEMCOUNT, 0, 0));
+  fCountDue = fNotifications > 0 && fView.Items().GetCount() < shown;
+  if (fCountDue) return;
   const TPeerFlag pushing(fPushing, *this);
   const LPARAM flags = keepView ? LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL : LVSICF_NOSCROLL;
   Send(LVM_SETITEMCOUNT, static_cast<WPARAM>(fView.Items().GetCount()), flags);
+}
+
+void TListPeer::PushDueCount() {
+  PushCount(false);
+  PushAllStates();
+  Invalidate(nullptr);
 }
 
 void TListPeer::ItemsInserted(int index, int count) {
@@ -172,22 +199,14 @@ void TListPeer::ItemsReset() {
 }
 
 void TListPeer::ItemsChanged(int first, int last) {
+  constexpr int many = 200;  // more than fit a window; the list invalidates each by itself
+  if (last - first >= many) return Invalidate(nullptr);
   Send(LVM_REDRAWITEMS, static_cast<WPARAM>(first), last);
 }
 
 void TListPeer::ItemStatesChanged(int first, int last) {
   PushStates(first, last);
   ItemsChanged(first, last);
-}
-
-void TListPeer::BeginUpdate() {
-  if (fUpdateCount++ == 0) Send(WM_SETREDRAW, FALSE, 0);
-}
-
-void TListPeer::EndUpdate() {
-  if (fUpdateCount == 0 || --fUpdateCount > 0) return;
-  Send(WM_SETREDRAW, TRUE, 0);
-  ::RedrawWindow(GetHandle(), nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_ALLCHILDREN);
 }
 
 // --- selection ----------------------------------------------------------------------------------
@@ -234,6 +253,7 @@ void TListPeer::PushAllStates() {
   const TPeerFlag pushing(fPushing, *this);
   const int count = fView.Items().GetCount();
   const bool most = fView.GetSelCount() > count / 2;
+  PausePainting();  // each changed row would ask for its paint
   PushState(-1, most ? LVIS_SELECTED : 0, LVIS_SELECTED);
   int others = most ? count - fView.GetSelCount() : fView.GetSelCount();
   for (int index = 0; index < count && others > 0; ++index) {
@@ -241,6 +261,7 @@ void TListPeer::PushAllStates() {
     PushState(index, most ? 0 : LVIS_SELECTED, LVIS_SELECTED);
     --others;
   }
+  ResumePainting();
   PushFocus();
 }
 
@@ -285,6 +306,8 @@ TListHitTest TListPeer::HitTest(TPoint point) const {
       ::SendMessageW(GetHandle(), LVM_SUBITEMHITTEST, 0, reinterpret_cast<LPARAM>(&info)));
   hit.Flags = HitsOf(info.flags);
   hit.SubItem = hit.Index < 0 ? 0 : std::max(0, ModelColumn(info.iSubItem));
+  // The row's own parts are meant: the text of another cell is one of them with row select only.
+  if (hit.Index >= 0 && info.iSubItem != 0 && !fView.GetRowSelect()) hit.Flags = htNowhere;
   return hit;
 }
 
@@ -320,10 +343,13 @@ bool TListPeer::BeginEdit(int index) {
 void TListPeer::EndEdit(bool cancel) {
   const HWND edit = GetEditHandle();
   if (!edit) return;
-  if (cancel)
-    Send(LVM_CANCELEDITLABEL, 0, 0);
-  else
+  if (!cancel) {
     ::SendMessageW(edit, WM_KEYDOWN, VK_RETURN, 0);
+    return;
+  }
+  // Wine's list reports the text all the same.
+  const TPeerFlag cancelling(fCancelling, *this);
+  Send(LVM_CANCELEDITLABEL, 0, 0);
 }
 
 HWND TListPeer::GetEditHandle() const {

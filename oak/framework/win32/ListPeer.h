@@ -17,6 +17,7 @@ namespace oak {
 class TListPeer final : public TWindowPeer, public IListViewPeer {
  public:
   explicit TListPeer(TCustomListView& view);
+  ~TListPeer() override;
   void Create();
 
   // --- IListViewPeer -------------------------------------------------------------------------
@@ -25,8 +26,8 @@ class TListPeer final : public TWindowPeer, public IListViewPeer {
   void ItemsReset() override;
   void ItemsChanged(int first, int last) override;
   void ItemStatesChanged(int first, int last) override;
-  void BeginUpdate() override;
-  void EndUpdate() override;
+  void BeginUpdate() override { PausePainting(); }
+  void EndUpdate() override { ResumePainting(); }
   void ColumnsChanged() override;
   void ColumnWidthChanged(int column) override;
   void SetViewStyle() override;
@@ -67,6 +68,7 @@ class TListPeer final : public TWindowPeer, public IListViewPeer {
  private:
   DWORD StyleBits() const;
   DWORD ExtendedStyleBits() const;
+  void PushExtendedStyle();
   bool HasOwnChecks() const { return fView.GetCheckboxes() && !fView.GetStateImages(); }
 
   // Columns: the native list draws icon and label in its column 0, ours may have them anywhere.
@@ -81,6 +83,7 @@ class TListPeer final : public TWindowPeer, public IListViewPeer {
 
   // Selection.
   void PushCount(bool keepView);
+  void PushDueCount();
   void PushState(int index, UINT state, UINT mask);
   UINT ShownState(int index, UINT mask) const;
   int NextWithState(int index, UINT state) const;
@@ -98,8 +101,11 @@ class TListPeer final : public TWindowPeer, public IListViewPeer {
   LRESULT DrawSubItem(NMLVCUSTOMDRAW& draw);
   void DrawBackground(TCanvas& canvas) const;
   void TakeLook(const TCanvas& canvas, NMLVCUSTOMDRAW& draw);
+  void FillMark(NMLVCUSTOMDRAW& draw) const;
   TCustomDrawState DrawStateOf(const NMLVCUSTOMDRAW& draw) const;
 
+  LRESULT ListProc(UINT message, WPARAM wParam, LPARAM lParam);
+  bool Notified(NMHDR& notification, LRESULT& result);
   void FinishClick(TMouseButton button);
   void EndLabelEdit(const NMLVDISPINFOW& info);
 
@@ -108,10 +114,14 @@ class TListPeer final : public TWindowPeer, public IListViewPeer {
   std::vector<int> fModelOf;      // by column of the native list
   std::array<TString, 4> fTexts;  // given to the native list, which reads them a little later
   unsigned fNextText = 0;
-  TSharedFont fItemFont;  // of the row being drawn
-  int fUpdateCount = 0;
-  bool fRowFocused = false;  // the window may show a focused row: it has to be searched for
-  bool fPushing = false;     // the model changes the window, not the user
+  HIMAGELIST fChecks = nullptr;  // check boxes that the native list made
+  TSharedFont fItemFont;         // of the row being drawn
+  int fProcedures = 0;           // of the window, that run
+  int fNotifications = 0;        // that are being handled
+  bool fRowFocused = false;      // the window may show a focused row: it has to be searched for
+  bool fPushing = false;         // the model changes the window, not the user
+  bool fCountDue = false;        // rows are to go when the procedure returns
+  bool fCancelling = false;      // the text of the editor is unwanted
 };
 
 }  // namespace oak

@@ -1,6 +1,9 @@
-#include "oak/framework/win32/System.h"
+#include "oak/platform/windows/WindowsHeaders.h"
+// The system's header leans on others.
+#include <uxtheme.h>
 
 #include "oak/base/Exceptions.h"
+#include "oak/framework/win32/System.h"
 #include "oak/platform/Api.h"
 
 namespace oak::win32 {
@@ -9,6 +12,9 @@ namespace {
 constexpr int StandardDensity = 96;
 constexpr DWORD FirstDarkTitleBuild = 17763;
 constexpr DWORD FirstNamedDarkTitleBuild = 18985;
+constexpr DWORD FirstDarkMenuBuild = 18362;
+constexpr WORD NumberOfAppMode = 135;
+constexpr WORD NumberOfMenuFlush = 136;
 
 HMODULE SystemLibrary(LPCWSTR name) {
   const HMODULE module = ::LoadLibraryExW(name, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
@@ -27,6 +33,15 @@ void BindNameOrNumber(T& function, HMODULE library, const char* name, WORD numbe
   if (!Bind(function, library, name)) Bind(function, library, MAKEINTRESOURCEA(number));
 }
 
+DWORD SystemBuild() {
+  static const DWORD build = [] {
+    OSVERSIONINFOW version{};
+    version.dwOSVersionInfoSize = sizeof version;
+    return Api().RtlGetVersion && Api().RtlGetVersion(&version) == 0 ? version.dwBuildNumber : 0;
+  }();
+  return build;
+}
+
 TLateFunctions BindFunctions() {
   TLateFunctions late;
   const HMODULE user = SystemLibrary(L"user32.dll");
@@ -36,6 +51,11 @@ TLateFunctions BindFunctions() {
   Bind(late.SetProcessDpiAwarenessContext, user, "SetProcessDpiAwarenessContext");
   Bind(late.GetDpiForMonitor, SystemLibrary(L"shcore.dll"), "GetDpiForMonitor");
   Bind(late.DwmSetWindowAttribute, SystemLibrary(L"dwmapi.dll"), "DwmSetWindowAttribute");
+  if (SystemBuild() >= FirstDarkMenuBuild && !IsWine()) {
+    const HMODULE themes = SystemLibrary(L"uxtheme.dll");
+    Bind(late.SetPreferredAppMode, themes, MAKEINTRESOURCEA(NumberOfAppMode));
+    Bind(late.FlushMenuThemes, themes, MAKEINTRESOURCEA(NumberOfMenuFlush));
+  }
 
   const TCommonControlsScope version6;
   const HMODULE controls = ::LoadLibraryW(L"comctl32.dll");
@@ -105,15 +125,6 @@ HANDLE MakeContext() {
 HANDLE CommonControlsContext() {
   static const HANDLE context = ProcessHasVersion6() ? INVALID_HANDLE_VALUE : MakeContext();
   return context;
-}
-
-DWORD SystemBuild() {
-  static const DWORD build = [] {
-    OSVERSIONINFOW version{};
-    version.dwOSVersionInfoSize = sizeof version;
-    return Api().RtlGetVersion && Api().RtlGetVersion(&version) == 0 ? version.dwBuildNumber : 0;
-  }();
-  return build;
 }
 
 bool HighContrastIsOn() {
@@ -233,6 +244,8 @@ bool IsDarkColor(TColor rgb) {
   return 299 * RedOf(rgb) + 587 * GreenOf(rgb) + 114 * BlueOf(rgb) < 128 * 1000;
 }
 
+bool HasDarkThemes() { return SystemBuild() >= FirstDarkTitleBuild && !IsWine(); }
+
 void SetDarkTitleBar(HWND window, bool dark) {
   if (!Late().DwmSetWindowAttribute || SystemBuild() < FirstDarkTitleBuild) return;
   const DWORD attribute = SystemBuild() >= FirstNamedDarkTitleBuild ? 20 : 19;
@@ -243,6 +256,16 @@ void SetDarkTitleBar(HWND window, bool dark) {
 void AllowDarkWindow(HWND window, bool dark) {
   if (Api().AllowDarkModeForWindow && !IsWine()) Api().AllowDarkModeForWindow(window, dark);
 }
+
+void SetDarkMenus(bool dark) {
+  constexpr int ofSystem = 0;
+  constexpr int alwaysDark = 2;
+  if (!Late().SetPreferredAppMode || !Late().FlushMenuThemes) return;
+  Late().SetPreferredAppMode(dark ? alwaysDark : ofSystem);
+  Late().FlushMenuThemes();
+}
+
+bool ThemeIsActive() { return HasCommonControls6() && ::IsAppThemed() && ::IsThemeActive(); }
 
 TString TextOfWindow(HWND window) {
   const int length = ::GetWindowTextLengthW(window);

@@ -20,6 +20,9 @@ struct TLateFunctions {
   BOOL(WINAPI* SetProcessDpiAwarenessContext)(HANDLE) = nullptr;
   HRESULT(WINAPI* GetDpiForMonitor)(HMONITOR, int, UINT*, UINT*) = nullptr;
   HRESULT(WINAPI* DwmSetWindowAttribute)(HWND, DWORD, LPCVOID, DWORD) = nullptr;
+  /// Exported by number only, bound where its meaning is known: which menus the process has.
+  int(WINAPI* SetPreferredAppMode)(int) = nullptr;
+  void(WINAPI* FlushMenuThemes)() = nullptr;
   /// Of version 6 only.
   HRESULT(WINAPI* TaskDialogIndirect)(const _TASKDIALOGCONFIG*, int*, int*, BOOL*) = nullptr;
   // Exported by number in older versions.
@@ -59,10 +62,16 @@ int SystemMetric(int index, int pixelsPerInch);
 bool SystemIsDark();
 /// Whether light text stands well on the colour.
 bool IsDarkColor(TColor rgb);
+/// Whether common controls have dark themes, with marks that stand well on them.
+bool HasDarkThemes();
 /// Dark or light title bar, where the system has dark ones.
 void SetDarkTitleBar(HWND window, bool dark);
 /// Lets the parts that the system draws in a window be dark, where it can.
 void AllowDarkWindow(HWND window, bool dark);
+/// Dark menus for the whole process, or those of the system's choice; where it has dark ones.
+void SetDarkMenus(bool dark);
+/// Whether the system draws common controls by a theme.
+bool ThemeIsActive();
 
 /// The program or library that this code is a part of.
 HINSTANCE OwnModule();

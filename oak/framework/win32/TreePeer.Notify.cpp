@@ -1,7 +1,12 @@
 // What the system's tree control asks and reports.
 #include "oak/framework/win32/TreePeer.h"
+
+#include <utility>
+
+#include "oak/framework/win32/ImageListWin32.h"
 #include "oak/framework/win32/Input.h"
 #include "oak/framework/win32/PeerScopes.h"
+#include "oak/framework/win32/System.h"
 
 namespace oak {
 
@@ -49,6 +54,12 @@ bool TTreePeer::Notified(NMHDR& notification, LRESULT& result) {
       return true;
     case NM_CLICK:
       FinishClick();
+      return true;
+    case NM_RCLICK:
+      // The native tree has kept the release of the button; Wine's asks for no menu then.
+      ::SendMessageW(GetHandle(), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(GetHandle()),
+                     static_cast<LPARAM>(::GetMessagePos()));
+      result = TRUE;
       return true;
     default:
       return TWindowPeer::HandleNotify(notification, result);
@@ -100,7 +111,12 @@ bool TTreePeer::HandleExpanding(const NMTREEVIEWW& change) {
   if (fPushing) return true;
   TTreeNode* node = NodeOf(change.itemNew.hItem);
   if (!node) return false;
-  if ((change.action & TVE_EXPAND) == 0) return fView.HandleCanCollapse(node);
+  if ((change.action & TVE_EXPAND) == 0) {
+    const TPeerGuard guard(*this);
+    const bool allowed = fView.HandleCanCollapse(node);
+    if (guard.IsAlive()) fKeptOpen = allowed ? nullptr : change.itemNew.hItem;
+    return allowed;
+  }
   const TPeerGuard guard(*this);
   const TTreeNodeWatch watch(fView, node);
   if (node->GetExpanded()) {
@@ -120,6 +136,8 @@ void TTreePeer::HandleExpanded(const NMTREEVIEWW& change) {
   if (!node) return;
   if (change.action & TVE_EXPAND)
     fView.HandleExpanded(node);
+  else if (change.itemNew.hItem == std::exchange(fKeptOpen, nullptr))
+    PushExpansion(node);  // Wine's tree closes what it was asked to keep open
   else
     fView.HandleCollapsed(node);
 }
@@ -142,6 +160,9 @@ void TTreePeer::GiveDisplayInfo(NMTVDISPINFOW& info) {
     info.item.iImage = fView.HandleGetImage(node, false);
   if ((info.item.mask & TVIF_SELECTEDIMAGE) && watch.Exists())
     info.item.iSelectedImage = fView.HandleGetImage(node, true);
+  // The shell's lists grow as its icons are asked for.
+  if ((info.item.mask & (TVIF_IMAGE | TVIF_SELECTEDIMAGE)) && guard.IsAlive())
+    AddLateImages(fView.GetImages());
 }
 
 void TTreePeer::EndLabelEdit(const NMTVDISPINFOW& info) {
@@ -178,7 +199,7 @@ LRESULT TTreePeer::DrawNode(NMTVCUSTOMDRAW& draw) {
   const TPeerGuard guard(*this);
   bool standard = true;
   {
-    TCanvasWin32 canvas(draw.nmcd.hdc, GetDensity());
+    TCanvasWin32 canvas(draw.nmcd.hdc, fView.GetCurrentPPI());
     canvas.SetFont(fView.GetFont());
     const TColor usual = node->GetEnabled() ? GetTextColor() : ColorToRGB(clGrayText);
     const bool marked = (draw.nmcd.uItemState & CDIS_SELECTED) != 0 || node->GetDropTarget();
@@ -188,6 +209,11 @@ LRESULT TTreePeer::DrawNode(NMTVCUSTOMDRAW& draw) {
                fView.HandleCustomDrawItem(canvas, node, state, before ? cdPrePaint : cdPostPaint);
     if (!guard.IsAlive()) return CDRF_SKIPDEFAULT;
     if (before && !marked) draw.clrText = ColorToRGB(canvas.GetFont().GetColor());
+    // Without a theme the mark of a tree without the keyboard is as bright as the text on it.
+    if (before && marked && !HasFocus() && !node->GetDropTarget() && !win32::HasDarkThemes()) {
+      draw.clrText = GetTextColor();
+      draw.clrTextBk = ColorToRGB(clBtnFace);
+    }
     if (before && canvas.GetBrush().GetStyle() == bsSolid)
       draw.clrTextBk = ColorToRGB(canvas.GetBrush().GetColor());
     fNodeFont = FontHandleOf(canvas.GetFont());

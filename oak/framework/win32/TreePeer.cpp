@@ -89,6 +89,9 @@ void TTreePeer::ColorsChanged() {
 }
 
 void TTreePeer::StyleChanged() {
+  const TPeerGuard guard(*this);
+  if (fView.GetReadOnly()) EndEdit(true);
+  if (!guard.IsAlive()) return;
   ChangeStyle(ChangingTreeStyles, StyleBits());
   Invalidate(nullptr);
 }
@@ -98,6 +101,7 @@ void TTreePeer::ImagesChanged(TListImages which) {
   const TImageList* images = states ? fView.GetStateImages() : fView.GetImages();
   Send(TVM_SETIMAGELIST, states ? TVSIL_STATE : TVSIL_NORMAL,
        reinterpret_cast<LPARAM>(images ? images->GetHandle() : nullptr));
+  SetIndent(fView.GetIndent());  // the native tree may take the width of a picture for it
   Invalidate(nullptr);
 }
 
@@ -187,14 +191,24 @@ void TTreePeer::DeleteDoomed() {
   const TPeerFlag pushing(fPushing, *this);
   for (const HTREEITEM entry : std::exchange(fDoomed, {}))
     Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(entry));
+  CorrectSelection();
 }
 
 void TTreePeer::NodeDeleting(TTreeNode* node) {
   DeleteEntry(EntryOf(node));
   node->PeerData = 0;
+  CorrectSelection();
+}
+
+// The native tree picks another node by itself when the selected one goes.
+void TTreePeer::CorrectSelection() {
+  if (NodeOf(NextEntry(TVGN_CARET, nullptr)) != fView.GetSelected()) SelectionChanged();
 }
 
 void TTreePeer::NodesCleared() {
+  const TPeerGuard guard(*this);
+  EndEdit(true);
+  if (!guard.IsAlive()) return;
   const TPeerFlag pushing(fPushing, *this);
   BeginUpdate();
   if (fNotifications == 0) {
@@ -265,17 +279,10 @@ void TTreePeer::NodeExpanded(TTreeNode* node) { PushExpansion(node); }
 
 void TTreePeer::SelectionChanged() {
   const TPeerFlag pushing(fPushing, *this);
-  Send(TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(EntryOf(fView.GetSelected())));
-}
-
-void TTreePeer::BeginUpdate() {
-  if (fUpdateCount++ == 0) Send(WM_SETREDRAW, FALSE, 0);
-}
-
-void TTreePeer::EndUpdate() {
-  if (fUpdateCount == 0 || --fUpdateCount > 0) return;
-  Send(WM_SETREDRAW, TRUE, 0);
-  ::RedrawWindow(GetHandle(), nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME);
+  // The native tree would open the parents of a node that is hidden.
+  const TTreeNode* const node = fView.GetSelected();
+  const HTREEITEM entry = node && node->IsNodeVisible() ? EntryOf(node) : nullptr;
+  Send(TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(entry));
 }
 
 // --- geometry -----------------------------------------------------------------------------------

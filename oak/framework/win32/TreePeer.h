@@ -27,8 +27,8 @@ class TTreePeer final : public TWindowPeer, public ITreeViewPeer {
   void NodeChanged(TTreeNode* node) override;
   void NodeExpanded(TTreeNode* node) override;
   void SelectionChanged() override;
-  void BeginUpdate() override;
-  void EndUpdate() override;
+  void BeginUpdate() override { PausePainting(); }
+  void EndUpdate() override { ResumePainting(); }
   void StyleChanged() override;
   void ImagesChanged(TListImages which) override;
   void SetIndent(int pixels) override;
@@ -64,6 +64,7 @@ class TTreePeer final : public TWindowPeer, public ITreeViewPeer {
   void DeleteEntry(HTREEITEM entry);
   void ForgetNodes(HTREEITEM entry);
   void DeleteDoomed();
+  void CorrectSelection();
   void PushExpansion(TTreeNode* node);
   void PushDropTarget();
   UINT StateOf(const TTreeNode& node) const;
@@ -83,10 +84,10 @@ class TTreePeer final : public TWindowPeer, public ITreeViewPeer {
   unsigned fNextText = 0;
   TSharedFont fNodeFont;           // of the node being drawn
   std::vector<HTREEITEM> fDoomed;  // to be deleted when the procedure returns
-  int fUpdateCount = 0;
-  int fProcedures = 0;     // of the window, that run
-  int fNotifications = 0;  // that are being handled
-  bool fPushing = false;   // the model changes the window, not the user
+  HTREEITEM fKeptOpen = nullptr;   // the last entry whose collapse was refused
+  int fProcedures = 0;             // of the window, that run
+  int fNotifications = 0;          // that are being handled
+  bool fPushing = false;           // the model changes the window, not the user
 };
 
 }  // namespace oak

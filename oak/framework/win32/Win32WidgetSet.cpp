@@ -2,8 +2,10 @@
 
 #include "oak/framework/Application.h"
 #include "oak/framework/GraphicsSystem.h"
+#include "oak/framework/Styles.h"
 #include "oak/framework/WinControl.h"
 #include "oak/framework/win32/GraphicsWin32.h"
+#include "oak/framework/win32/HiddenWindow.h"
 #include "oak/framework/win32/HintWindow.h"
 #include "oak/framework/win32/Input.h"
 #include "oak/framework/win32/MenusWin32.h"
@@ -38,7 +40,11 @@ void InitCommonControls() {
 
 TWin32WidgetSet::TWin32WidgetSet() {
   // A library leaves the program that it is loaded into as it is.
-  if (!Application().GetIsLibrary()) win32::MakeDensityAware();
+  if (!Application().GetIsLibrary()) {
+    win32::MakeDensityAware();
+    fStyleWatch = TStyleManager::OnChange(
+        [] { win32::SetDarkMenus(win32::IsDarkColor(ColorToRGB(clMenu))); });
+  }
   InitCommonControls();
   fOle = SUCCEEDED(Api().OleInitialize(nullptr));
 }
@@ -138,6 +144,8 @@ TColor TWin32WidgetSet::GetSysColor(TColor systemColor) const {
 
 bool TWin32WidgetSet::IsDarkMode() const { return win32::SystemIsDark(); }
 
+bool TWin32WidgetSet::IsThemed() const { return win32::ThemeIsActive(); }
+
 TFont TWin32WidgetSet::GetSystemFont(int pixelsPerInch) const {
   TFont font;
   Win32GraphicsSystem().GetSystemFont(TSystemFont::IconTitle, pixelsPerInch, font);
@@ -168,6 +176,16 @@ void TWin32WidgetSet::DestroyMenu(HMENU menu) { win32::DestroyMenu(menu); }
 UINT TWin32WidgetSet::TrackMenu(HMENU menu, TPoint screen, TWinControl* owner, HWND ownerWindow) {
   win32::THints::Instance().Cancel();
   return win32::TrackMenu(menu, screen, owner, ownerWindow);
+}
+
+HWND TWin32WidgetSet::CreateHiddenWindow(std::function<void(TMessage&)> procedure) {
+  return win32::CreateHiddenWindow(std::move(procedure));
+}
+
+void TWin32WidgetSet::DestroyHiddenWindow(HWND window) { win32::DestroyHiddenWindow(window); }
+
+LRESULT TWin32WidgetSet::DefaultProc(HWND window, const TMessage& message) {
+  return ::DefWindowProcW(window, message.Msg, message.WParam, message.LParam);
 }
 
 int TWin32WidgetSet::ShowDialog(const TMessageDialog& dialog) {

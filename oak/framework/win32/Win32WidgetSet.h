@@ -37,6 +37,7 @@ class TWin32WidgetSet final : public TWidgetSet {
   int GetSystemMetric(int index, int pixelsPerInch) const override;
   TColor GetSysColor(TColor systemColor) const override;
   bool IsDarkMode() const override;
+  bool IsThemed() const override;
   TFont GetSystemFont(int pixelsPerInch) const override;
   TSize MeasureText(const TFont& font, int pixelsPerInch, TStringView text) const override;
   TWinControl* ControlOf(HWND window) const override;
@@ -46,6 +47,9 @@ class TWin32WidgetSet final : public TWidgetSet {
   HMENU CreateMenu(const TMenuItem& root) override;
   void DestroyMenu(HMENU menu) override;
   UINT TrackMenu(HMENU menu, TPoint screen, TWinControl* owner, HWND ownerWindow) override;
+  HWND CreateHiddenWindow(std::function<void(TMessage&)> procedure) override;
+  void DestroyHiddenWindow(HWND window) override;
+  LRESULT DefaultProc(HWND window, const TMessage& message) override;
   int ShowDialog(const TMessageDialog& dialog) override;
 
   bool GetClipboardText(TString* text) override;
@@ -57,6 +61,7 @@ class TWin32WidgetSet final : public TWidgetSet {
  private:
   win32::TServiceWindow fServices;
   bool fOle = false;
+  std::shared_ptr<void> fStyleWatch;
 };
 
 }  // namespace oak

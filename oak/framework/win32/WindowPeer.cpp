@@ -163,7 +163,24 @@ TRect TWindowPeer::GetWindowBounds() const {
   return TRect(rect);
 }
 
-void TWindowPeer::SetVisible(bool visible) { ::ShowWindow(fHandle, visible ? SW_SHOWNA : SW_HIDE); }
+void TWindowPeer::SetVisible(bool visible) {
+  fIsShown = visible;
+  ::ShowWindow(fHandle, visible ? SW_SHOWNA : SW_HIDE);
+}
+
+void TWindowPeer::PausePainting() {
+  if (fPaintPauses++ > 0) return;
+  fIsShown = (::GetWindowLongPtrW(fHandle, GWL_STYLE) & WS_VISIBLE) != 0;
+  Send(WM_SETREDRAW, FALSE, 0);
+}
+
+void TWindowPeer::ResumePainting() {
+  if (fPaintPauses == 0 || --fPaintPauses > 0) return;
+  Send(WM_SETREDRAW, TRUE, 0);
+  // The system does both by the same bit: what may paint is visible.
+  if (!fIsShown) ::ShowWindow(fHandle, SW_HIDE);
+  ::RedrawWindow(fHandle, nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_ALLCHILDREN);
+}
 
 void TWindowPeer::SetEnabled(bool enabled) { ::EnableWindow(fHandle, enabled); }
 
@@ -325,10 +342,10 @@ bool TWindowPeer::ReportBounds() {
 void TWindowPeer::HandleDensity() {
   // Windows of a parent of ours are told by their form.
   if (fControl.GetParent()) return;
-  fControl.HandlePixelsPerInch(GetDensity());
+  fControl.HandlePixelsPerInch(GetPixelsPerInch());
 }
 
-int TWindowPeer::GetDensity() const { return win32::DensityOfWindow(fHandle); }
+int TWindowPeer::GetPixelsPerInch() const { return win32::DensityOfWindow(fHandle); }
 
 LRESULT TWindowPeer::DefaultProc(UINT message, WPARAM wParam, LPARAM lParam) {
   return TWindowProcs::DefaultProc(fHandle, message, wParam, lParam);

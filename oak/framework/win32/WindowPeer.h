@@ -76,6 +76,7 @@ class TWindowPeer : public virtual IControlPeer {
   TRect GetClientRect() const override;
   TPoint ClientToScreen(TPoint point) const override;
   TPoint ScreenToClient(TPoint point) const override;
+  int GetPixelsPerInch() const override;
   void SetVisible(bool visible) override;
   void SetEnabled(bool enabled) override;
   void SetText(const TString& text) override;
@@ -124,6 +125,9 @@ class TWindowPeer : public virtual IControlPeer {
   virtual void Initialize() {}
   /// Lets messages of an inner window (made by the common control) pass through InnerProc.
   void AttachInner(HWND window);
+  /// Nothing is painted until as many calls of ResumePainting; the last one asks for a whole paint.
+  void PausePainting();
+  void ResumePainting();
 
   /// All messages of the window. An override handles its own and gives the others to its ancestor.
   virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
@@ -173,8 +177,6 @@ class TWindowPeer : public virtual IControlPeer {
   /// 0x00BBGGRR of the control's text and background as they are now.
   TColor GetTextColor() const;
   TColor GetBackColor() const;
-  /// Pixels per inch of the window's monitor.
-  int GetDensity() const;
   /// The window in its parent's client area, or on the screen.
   TRect GetWindowBounds() const;
   /// What the system's theme is called that suits the colours: null is the plain one.
@@ -216,6 +218,8 @@ class TWindowPeer : public virtual IControlPeer {
   bool fSettingBounds = false;
   bool fTracksLeave = false;
   bool fDarkTheme = false;
+  bool fIsShown = false;  // while painting pauses
+  int fPaintPauses = 0;
   std::shared_ptr<const bool> fLife = std::make_shared<const bool>(true);
 };
 

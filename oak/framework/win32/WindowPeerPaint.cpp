@@ -108,6 +108,8 @@ void TWindowPeer::ApplyTheme() {
   fDarkTheme = dark;
   win32::AllowDarkWindow(fHandle, dark);
   if (fSubclassed) ::SetWindowTheme(fHandle, GetThemeName(dark), nullptr);
+  // The edge is drawn by us where the system has no dark one.
+  if (!fCreating) ::RedrawWindow(fHandle, nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME);
 }
 
 }  // namespace oak

@@ -44,6 +44,10 @@ TEST(HeadlessClipboard, WhatWasCopiedLastIsThere) {
   EXPECT_FALSE(Clipboard().HasText());
   Clipboard().SetAsText(u"ours");
   EXPECT_EQ(Clipboard().GetAsText(), u"ours");
+  TString seen;
+  ASSERT_TRUE(PortableClipboard());
+  EXPECT_TRUE(TextOfData(*PortableClipboard(), &seen));  // the shell has it too
+  EXPECT_EQ(seen, u"ours");
   copy(u"the shell's");
   EXPECT_EQ(Clipboard().GetAsText(), u"the shell's");  // without an end of its own
   copy(TString(u"cut\0here", 8));
@@ -52,6 +56,20 @@ TEST(HeadlessClipboard, WhatWasCopiedLastIsThere) {
   EXPECT_EQ(Clipboard().GetAsText(), u"again ours");
   copy(u"", false);  // files
   EXPECT_FALSE(Clipboard().HasText());
+  SetPortableClipboard(nullptr);
+  EXPECT_FALSE(Clipboard().HasText());
+}
+
+// A desktop takes its own text along, and nobody else's.
+TEST(HeadlessClipboard, TheEndOfADesktop) {
+  for (const bool shell : {false, true}) {
+    {
+      testkit::THeadlessScreen screen([](const std::string& text) { ADD_FAILURE() << text; });
+      Clipboard().SetAsText(u"ours");
+      if (shell) SetPortableClipboard(MakeTextData(u"the shell's"));
+    }
+    EXPECT_EQ(static_cast<bool>(PortableClipboard()), shell);
+  }
   SetPortableClipboard(nullptr);
 }
 

@@ -1,7 +1,7 @@
 // Menus of the system: what they show, and what is chosen from them.
 #include "oak/framework/ImageList.h"
 #include "oak/framework/Menus.h"
-#include "oak/framework/Timer.h"
+#include "tests/framework/win32/MenuKeys.h"
 #include "tests/framework/win32/Win32Fixture.h"
 
 namespace oak::tests {
@@ -72,27 +72,6 @@ TEST_F(MenuWindows, EntriesLookAsTheModelSays) {
   EXPECT_EQ(EntryOf(EntryOf(handle, 4).SubMenu, 0).Text, u"inner");
   EXPECT_TRUE(EntryOf(handle, 5).Type & MFT_OWNERDRAW);
 }
-
-/// Posts keys to the menu that is open, one after the other.
-class TKeySender {
- public:
-  explicit TKeySender(std::vector<WPARAM> keys) : fKeys(std::move(keys)) {
-    fTimer.SetInterval(20);
-    fTimer.OnTimer = [this](TObject*) {
-      GUITHREADINFO info{};
-      info.cbSize = sizeof info;
-      ::GetGUIThreadInfo(::GetCurrentThreadId(), &info);
-      if (!(info.flags & GUI_INMENUMODE) || fNext >= fKeys.size()) return;
-      ::PostMessageW(info.hwndMenuOwner ? info.hwndMenuOwner : info.hwndFocus, WM_KEYDOWN,
-                     fKeys[fNext++], 1);
-    };
-  }
-
- private:
-  std::vector<WPARAM> fKeys;
-  std::size_t fNext = 0;
-  TTimer fTimer;
-};
 
 /// Notes the menu messages that reach it, as the shell's menus need them.
 class TMenuOwner : public TPanel {

@@ -15,13 +15,16 @@
 #include "oak/framework/win32/Win32WidgetSet.h"
 #include "oak/platform/shell_api.h"
 #include "tests/framework/GeometryPrinting.h"
+#include "tests/framework/windows/OwnDesktop.h"
 
 namespace oak {
 namespace tests {
 
 class TWin32Test : public ::testing::Test {
  protected:
-  TWin32Test() : fFormer(SetWidgetSet(CreateSystemWidgetSet())) {
+  TWin32Test() {
+    EnterOwnDesktop();
+    fFormer = SetWidgetSet(CreateSystemWidgetSet());
     Application().OnException = [](TObject*, const std::exception_ptr& exception) {
       ADD_FAILURE() << ToUtf8(ExceptionText(exception));
     };

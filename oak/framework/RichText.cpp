@@ -1,7 +1,8 @@
-// The words of a text in the rich text format, without the formats.
-#include <cstdlib>
+#include "oak/framework/RichText.h"
 
-#include "oak/framework/headless/HeadlessEdit.h"
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
 
 namespace oak {
 namespace {
