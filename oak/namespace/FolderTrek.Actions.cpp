@@ -38,10 +38,13 @@ HWND TFolderTrek::GetWindowHandle(bool pForce) {
 
 Ref<IUnknown> TFolderTrek::GetUIObject(REFIID pInterfaceID) {
   if (!CheckIfValid(false)) RaiseNoObject();
-  if (FMultiObjects && FMultiObjects->Count() > 0) return FMultiObjects->GetUIObject(pInterfaceID);
+  // What the shell runs meanwhile may select something else, or end the cursor.
+  const Ref<IItemIdListCollection> objects = FMultiObjects;
+  if (objects && objects->Count() > 0) return objects->GetUIObject(pInterfaceID);
   const Ref<IShellFolder> folder = GetShellFolder();
   if (!folder || !HasObject()) RaiseNoObject();
-  PCUITEMID_CHILD child = FItemIDList->WindowsPointer();
+  const Ref<IItemIdList> item = FItemIDList;
+  PCUITEMID_CHILD child = item->WindowsPointer();
   Ref<IUnknown> object;
   THResultHelper::CheckForError(folder->GetUIObjectOf(GetWindowHandle(false), 1, &child,
                                                       pInterfaceID, nullptr, object.PutVoid()));

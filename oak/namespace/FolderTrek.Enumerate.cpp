@@ -79,8 +79,8 @@ bool TFolderTrek::UnlockDrive() {
   if (Api().GetLastError() != LockedVolume) return false;
   try {
     FFolderIdList->InvokeCommand(TShellCommand(saBdeUnlock));
-  } catch (const EInvalidOperation&) {
-    // A program without commands can't unlock; the listing then tells why not.
+  } catch (const EFolderTrekError&) {
+    // What can't be unlocked tells so when it is listed.
   }
   return true;
 }

@@ -5,6 +5,7 @@
 #include "oak/namespace/ErrorMode.h"
 #include "oak/namespace/Oak.Shell.ControlHelper.h"
 #include "oak/namespace/Oak.Shell.ShellColumns.h"
+#include "oak/namespace/Oak.Shell.SystemImageList.h"
 #include "oak/namespace/OakItemIdList.h"
 #include "oak/namespace/Shell_Win32.h"
 #include "oak/platform/Api.h"
@@ -164,16 +165,7 @@ TString TFolderTrek::GetInfoTip(bool pUseSlowInfoTip) {
 // --- images ----------------------------------------------------------------
 
 int TFolderTrek::GetImageIndex(bool pOpen) {
-  const Ref<IItemIdList> item = GetAbsoluteItemIdList();
-  if (!item || item->IsInvalid()) return -1;
-  const TErrorMode quiet;
-  SHFILEINFOW info{};
-  const UINT flags =
-      SHGFI_SYSICONINDEX | SHGFI_PIDL | SHGFI_SMALLICON | (pOpen ? SHGFI_OPENICON : 0u);
-  if (!Api().SHGetFileInfoW(reinterpret_cast<LPCWSTR>(item->WindowsPointer()), 0, &info,
-                            sizeof(info), flags))
-    return -1;
-  return info.iIcon;
+  return TOakSystemImageList::GetIndexFromItemIdList(GetAbsoluteItemIdList(), si_Small, pOpen);
 }
 
 int TFolderTrek::GetIconNumber() { return GetImageIndex(false); }

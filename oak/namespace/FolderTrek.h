@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 
@@ -17,8 +18,12 @@
 
 namespace oak {
 
+class TBeforeCommandEventArgs;
 class TFolderTrek;
+class TMenuItem;
+class TPopupMenu;
 struct TColumnInfo;
+struct TMessage;
 
 /// What fetching the next object led to.
 enum TEnumResult : std::uint8_t {
@@ -64,10 +69,10 @@ class IFolderTrekNotifier {
   ~IFolderTrekNotifier() = default;
 };
 
+/// Told first of a verb; false stops it.
 using TOnContextMenuSelectEvent = std::function<void(TStringView Command, bool& Execute)>;
 using TOnBeforeShellCommand =
     std::function<void(TObject* Sender, TStringView Command, bool& Execute, TCommandSource Source)>;
-class TBeforeCommandEventArgs;
 using TOnBeforeCommand = std::function<void(TObject* Sender, TBeforeCommandEventArgs& pEventArgs)>;
 
 /// The cursor. Used by one thread at a time; making one costs next to nothing.
@@ -104,6 +109,7 @@ class TFolderTrek : public TComponent {
   /// Lets the system show its error and logon dialogs. Default true.
   bool GetShowErrorMessages() const { return fShowErrorMessages; }
   void SetShowErrorMessages(bool pValue) { fShowErrorMessages = pValue; }
+  /// Puts the shell's entries before those of the application. Default false.
   bool GetShowContextMenuOnTop() const { return fShowContextMenuOnTop; }
   void SetShowContextMenuOnTop(bool pValue) { fShowContextMenuOnTop = pValue; }
   /// Asks for the objects that a navigation pane shows. Default false.
@@ -113,19 +119,23 @@ class TFolderTrek : public TComponent {
   TOakShellFolder GetSpecialFolder() const;
   void SetSpecialFolder(TOakShellFolder pValue);
   TString GetVersion() const;
+  /// Kept for the cursor's owner, who allows no changes then. Default false.
   bool GetReadOnly() const { return fReadOnly; }
   void SetReadOnly(bool pValue) { fReadOnly = pValue; }
   /// Lets the results of a search be entered. Default false.
   bool GetAcceptSearchFolderPaths() const { return fAcceptSearchFolderPaths; }
   void SetAcceptSearchFolderPaths(bool pValue) { fAcceptSearchFolderPaths = pValue; }
+  /// Lets the shell finish a long command of its menus on a thread of its own. Default true.
   bool GetAsyncContextMenuOperations() const { return fAsyncContextMenuOperations; }
   void SetAsyncContextMenuOperations(bool pValue) { fAsyncContextMenuOperations = pValue; }
 
   /// The user chose to rename the object; the receiver asks for the name.
   TNotifyEvent OnRename;
+  // Before a command, in this order. Sender is the cursor's owner, or the cursor without
+  // one. A handler may destroy the cursor; the command then ends.
   TOnContextMenuSelectEvent OnContextMenuSelect;
-  TOnBeforeCommand OnBeforeCommand;
   TOnBeforeShellCommand OnBeforeShellCommand;
+  TOnBeforeCommand OnBeforeCommand;  ///< Has the last word.
 
   // Items are taken by value: they may be the cursor's own.
   // --- the active folder ---------------------------------------------------
@@ -247,7 +257,63 @@ class TFolderTrek : public TComponent {
   /// EInvalidOperation in a program without thumbnails.
   static void SetThumbnailProvider(const Ref<IUnknown>& pProvider);
 
+  // --- commands ------------------------------------------------------------
+  // On the multi-objects if there are any, else on the current object. Main thread, but
+  // for commands without menu and message.
+  /// Asks the events, then has the command carried out; false if it was stopped or not
+  /// carried out. Raises what the items raise.
+  bool InvokeCommand(const TShellCommand& pCommand);
+  /// The same through the context menu, as the user does it by key. A command that the
+  /// shell refuses leaves its code as the thread's last error and raises nothing. Raises
+  /// EInvalidOperation without object and what GetUIObject raises.
+  bool InvokeContextMenuCommand(const TShellCommand& pCommand);
+  /// Carries out the default command for objects of the active folder. OnBeforeShellCommand
+  /// and OnBeforeCommand are asked by a cursor of its own, which is their sender. Raises as
+  /// SetObjectName and the items do.
+  void InvokeDefaultContextMenuCommand(const TStringArray& pPaths);
+  /// Invokes an entry (pId, counted from 1) or, for 0, a verb of a menu that was filled.
+  /// pMask adds CMIC_MASK_ bits.
+  HRESULT IContextMenuInvoke(IContextMenu* pContextMenu, TStringView pVerb, UINT pId = 0,
+                             DWORD pMask = 0);
+  /// Asks all events for a command; false if one stopped it.
+  bool DoBeforeShellCommand(const TShellCommand& pCommand,
+                            TCommandSource pSource = TCommandSource::Call);
+  /// Asks OnBeforeShellCommand and OnBeforeCommand; true unless the command ended up
+  /// cancelled.
+  bool BeforeInvokeCommand(TBeforeCommandEventArgs& pEventArgs);
+
+  // --- menus; main thread ----------------------------------------------------
+  /// Asked with the verb that was chosen, before the events; false stops it.
+  using TBeforeVerb = std::function<bool(const TString& pVerb)>;
+  /// Shows the shell's menu, waits for the choice and carries it out. pShellMenuAnchor is
+  /// an entry of a menu of the application, which is shown together with the shell's: its
+  /// entries stand before that one; at the end if it is the menu's root. May be nil.
+  /// Returns the verb that was carried out, empty for an entry without one, for one of the
+  /// application, and if nothing was chosen or it was stopped; "__ERROR__" on failure.
+  /// Raises as GetUIObject and what the items raise. The cursor may be destroyed meanwhile.
+  TString ShowContextMenu(TPoint pScreen, TMenuItem* pShellMenuAnchor,
+                          const TBeforeVerb& pBeforeCommand = nullptr);
+  /// Where the pointer is.
+  TString ShowContextMenu(TMenuItem* pShellMenuAnchor = nullptr,
+                          const TBeforeVerb& pBeforeCommand = nullptr);
+  /// The menu of the folder's background behind a copy of the application's (may be nil).
+  /// Verb is "refresh", "thumbnails", another verb or the entry's number; empty if nothing
+  /// was chosen, an entry of the application was, the folder has no such menu or the
+  /// invocation failed; "__ERROR__" if the shell could not fill the menu. Raises as
+  /// GetShellFolder. The cursor may be destroyed meanwhile.
+  void ShowBackgroundMenu(TPoint pScreen, TPopupMenu* pPopupMenu, TString& pVerb);
+  /// Lets the shell build that menu and throws it away; true if it could. Raises as
+  /// GetShellFolder.
+  bool QueryBackgroundMenu(TPoint pScreen);
+  /// Answers the messages of the menu that is open.
+  void HandlePopupMessages(TMessage& Message);
+  /// Identifier of the entry with that caption in a menu or its submenus, ignoring case,
+  /// "&" and the shortcut's name; 0 if there is none.
+  static UINT GetCommandIdForMenuCaption(HMENU pMenu, TStringView pCaption);
+
  private:
+  class TOpenMenu;
+
   enum THasSubFolders : std::uint8_t { hsfUnknown, hsfYes, hsfNo };
   /// Folders in which the filter has rules of its own.
   enum TFolderKind : std::uint8_t { fkUnknown, fkLinks, fkRecent, fkOther };
@@ -269,6 +335,23 @@ class TFolderTrek : public TComponent {
   std::optional<TString> DetailsText(int pColumnIndex, bool pHeader);
   TString GetColumnHeader(const TShellColumnId& pColumnID);
   bool ShowsColumnAtFirst(int pColumnIndex);
+  TObject* EventSender() noexcept;
+  std::weak_ptr<const bool> Life();
+  bool HasMultiObjects() const;
+  bool InvokeOnSelection(const TShellCommand& pCommand);
+  std::vector<Ref<IItemIdList>> SelectedItems(int pMost = std::numeric_limits<int>::max());
+  bool ExploreSelection();
+  bool OpenCommandPromptHere();
+  bool InvokeByShell(const TShellCommand& pCommand, const TString& pVerb);
+  TString WorkingDirectoryOfSelection();
+  void FireRename();
+  TString ShowContextMenu_Internal(TPoint pScreen, TMenuItem* pShellMenuAnchor,
+                                   const TBeforeVerb& pBeforeCommand);
+  Ref<IContextMenu> GetContextMenuOfSelection();
+  Ref<IContextMenu> GetBackgroundContextMenu(Ref<IShellView>& pView);
+  UINT ContextMenuFlags() const;
+  TString RunChosen(TOpenMenu& pMenu, UINT pId, const TBeforeVerb& pBeforeCommand);
+  bool InvokeVerb(IContextMenu* pMenu, const TString& pVerb, UINT pId);
 
   Ref<IItemIdList> FFolderIdList;
   Ref<IShellFolder> FShellFolder;
@@ -291,6 +374,8 @@ class TFolderTrek : public TComponent {
   bool fAsyncContextMenuOperations = true;
   bool fAcceptSearchFolderPaths = false;
   Ref<ITerminable> fShellFolderEnumeratorWorkItem;
+  std::shared_ptr<const bool> fLife;  ///< Made when first asked for.
+  TOpenMenu* fOpenMenu = nullptr;     ///< On the stack of whoever shows it.
 };
 
 }  // namespace oak

@@ -8,17 +8,29 @@
 #include <functional>
 
 #include "oak/namespace/Oak.Shell.Types.Interfaces.h"
+#include "oak/platform/shell_api.h"
 
 namespace oak {
 
+/// What is to be shared.
+struct TShareRequest {
+  TString Title;
+  TString DataType;       ///< "File" for one object, "Files" for a selection.
+  TStringArray Files;     ///< Paths.
+  Ref<IDataObject> Data;  ///< Of a selection; nil for one object.
+};
+
 struct TNamespaceHooks {
-  /// Carries out a command on one item; true if it was carried out. Unset: the
-  /// items' InvokeCommand raises EInvalidOperation.
-  std::function<bool(const Ref<IItemIdList>& item, const TShellCommand& command)> InvokeCommand;
+  /// Hands objects to the share dialog of the system; true if that took them. Unset: the
+  /// verb "Windows.ModernShare" raises EInvalidOperation. Main thread.
+  std::function<bool(const TShareRequest& request)> Share;
   /// Replaces the source of thumbnails. Unset: EInvalidOperation.
   std::function<void(const Ref<IUnknown>& provider)> SetThumbnailProvider;
 };
 
 TNamespaceHooks& NamespaceHooks();
+
+/// Shares through the hook. Raises EInvalidOperation in a program without one.
+bool ShareObjects(const TShareRequest& request);
 
 }  // namespace oak

@@ -1,9 +1,5 @@
 #include "oak/namespace/Oak.Shell.ControlHelper.h"
 
-#include <algorithm>
-
-#include "oak/framework/Geometry.h"
-#include "oak/framework/Host.h"
 #include "oak/namespace/FolderTrek.h"
 #include "oak/namespace/Oak.Shell.ShellColumns.h"
 #include "oak/namespace/Oak.Shell.Types.PropertyValue.h"
@@ -82,11 +78,6 @@ bool TShellControlHelper::ShouldEnumerateAsync(const Ref<IItemIdList>& pItemIdLi
   return true;
 }
 
-int TShellControlHelper::ScaledPixels(int pPixels) {
-  const int density = Host().PixelsPerInch ? Host().PixelsPerInch() : 96;
-  return std::max(pPixels, MulDiv(pPixels, density, 96));
-}
-
 TString TShellControlHelper::VariantToString(const TVariant& pValue,
                                              const TShellColumnId& pColumn) {
   if (pValue.IsEmpty() || pValue.IsNull()) return {};
@@ -109,11 +100,24 @@ bool TShellControlHelper::Authenticate(TStringView pPath, bool pShowErrors) {
   }
 }
 
-bool TShellControlHelper::GetShellShowExtensions() {
-  if (!Api().SHGetSetSettings) return true;
-  SHELLSTATEW state{};
-  Api().SHGetSetSettings(&state, SSF_SHOWEXTENSIONS, FALSE);
-  return state.fShowExtensions != 0;
+TString TShellControlHelper::AttributesToString(int pAttributes) {
+  constexpr struct {
+    DWORD Attribute;
+    char16_t Letter;
+  } letters[] = {{FILE_ATTRIBUTE_READONLY, u'R'},
+                 {FILE_ATTRIBUTE_HIDDEN, u'H'},
+                 {FILE_ATTRIBUTE_SYSTEM, u'S'},
+                 {FILE_ATTRIBUTE_DIRECTORY, u'D'},
+                 {FILE_ATTRIBUTE_ARCHIVE, u'A'},
+                 {FILE_ATTRIBUTE_COMPRESSED, u'C'},
+                 {FILE_ATTRIBUTE_REPARSE_POINT, u'L'},
+                 {FILE_ATTRIBUTE_OFFLINE, u'O'},
+                 {FILE_ATTRIBUTE_NOT_CONTENT_INDEXED, u'I'}};
+  TString text;
+  if (pAttributes == -1) return text;
+  for (const auto& row : letters)
+    if (static_cast<DWORD>(pAttributes) & row.Attribute) text += row.Letter;
+  return text;
 }
 
 }  // namespace oak

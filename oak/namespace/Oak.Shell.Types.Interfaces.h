@@ -10,12 +10,14 @@
 #include "oak/base/Pidl.h"
 #include "oak/namespace/Oak.Shell.Types.Enums.h"
 
+struct IDataObject;
 struct IShellItem;
 struct IShellItemArray;
 
 namespace oak {
 
 class TObject;
+class TStrings;
 class TShellCommand;
 class TShellColumnId;
 class TShellPropertyValue;
@@ -137,7 +139,8 @@ struct TInterfaceAncestors<IItemIdList> {
   using Types = TInterfaceList<ICommandInvokable>;
 };
 
-/// Several items treated as one selection. One thread at a time.
+/// Several items treated as one selection: absolute, or relative to the collection's folder.
+/// One thread at a time. Commands are carried out on the thread of the shell's user interface.
 struct IItemIdListCollection : ICommandInvokable {
   static constexpr GUID Iid{
       0xA326E410, 0x66A9, 0x4670, {0xB4, 0x8C, 0x5A, 0x4A, 0x9D, 0x86, 0xA2, 0xA3}};
@@ -145,15 +148,33 @@ struct IItemIdListCollection : ICommandInvokable {
   virtual void Add(TStringView pPath) = 0;
   virtual void Add(const Ref<IItemIdList>& pItemIdList) = 0;
   virtual void Add(const Ref<IItemIdListCollection>& pList) = 0;
+  /// A path or name each.
+  virtual void AddStrings(const TStrings& pStrings) = 0;
   virtual void Clear() = 0;
   virtual int Count() = 0;
+  /// Nil outside 0..Count-1.
   virtual Ref<IItemIdList> GetItem(int pIndex) = 0;
-  /// The items as the platform's array. Raises EFolderTrekError.
+  /// Appends the items to another collection, made absolute.
+  virtual void CopyTo(const Ref<IItemIdListCollection>& pList) = 0;
+  /// Gives the formats of the items' data object to another one. Raises EFolderTrekError.
+  virtual void CopyTo(IDataObject* pTarget) = 0;
+  /// Whether the items lie in one folder; true for fewer than two. Raises EFolderTrekError for
+  /// items without a parent.
+  virtual bool HaveSameParent() = 0;
+  /// Whether there is more than one file extension, in any case of letters. A folder has none.
+  virtual bool HasMultipleFileTypes() = 0;
+  /// The deepest item that all others lie in; the root of the namespace if they share no more, nil
+  /// for an empty collection. Of a single item it is the parent.
+  virtual Ref<IItemIdList> GetLongestCommonAncestor() = 0;
+  /// The valid items as the platform's array, nil without any. Raises EOleSysError.
   virtual Ref<IShellItemArray> GetShellItemArray() = 0;
-  /// An object of the shell for all items. Raises EFolderTrekError.
+  /// An object of the shell for all items; those of several folders have a data object and a
+  /// context menu. Raises EFolderTrekError.
   virtual Ref<IUnknown> GetUIObject(REFIID pInterfaceID) = 0;
-  /// The pidls, owned by the items.
+  /// The pidls of the valid items as they are, owned by the items.
   virtual std::vector<PItemIdList> ToPItemIdListArray() = 0;
+  /// The paths, one a line.
+  virtual TString ToString() = 0;
 };
 
 template <>

@@ -1,23 +1,9 @@
 #include "oak/namespace/Oak.Shell.Types.InvokeCommand.h"
 
 #include "oak/base/HResult.h"
-#include "oak/base/Handles.h"
-#include "oak/platform/Api.h"
+#include "oak/namespace/CommandParts.h"
 
 namespace oak {
-namespace {
-
-constexpr UINT FirstMenuId = 1;
-constexpr UINT LastMenuId = 32767;
-
-struct TMenuTraits {
-  using Type = HMENU;
-  static Type Invalid() noexcept { return nullptr; }
-  static void Close(Type menu) noexcept { Api().DestroyMenu(menu); }
-};
-using TMenuHandle = TUniqueHandle<TMenuTraits>;
-
-}  // namespace
 
 void TCMInvokeCommandInfoExHelper::Prepare(const TShellCommand& pCommand) {
   fInfo = {};
@@ -52,8 +38,8 @@ void TCMInvokeCommandInfoExHelper::Invoke(IContextMenu* pContextMenu) {
 void TCMInvokeCommandInfoExHelper::Invoke(IContextMenu* pContextMenu,
                                           const TShellCommand& pCommand) {
   const auto menu = TMenuHandle::Adopt(Api().CreatePopupMenu());
-  THResultHelper::CheckForError(pContextMenu->QueryContextMenu(menu.Get(), 0, FirstMenuId,
-                                                               LastMenuId, CMF_OPTIMIZEFORINVOKE));
+  THResultHelper::CheckForError(pContextMenu->QueryContextMenu(
+      menu.Get(), 0, FirstShellCommand, LastVerbCommand, CMF_OPTIMIZEFORINVOKE));
   Prepare(pCommand);
   if (pCommand.OperationOptions.Contains(soSilent)) fInfo.fMask |= CMIC_MASK_FLAG_NO_UI;
   if (!pCommand.Destination.empty() && pCommand.In({saDefault, saOpen}))

@@ -322,10 +322,4 @@ HRESULT TOakItemIdList::QueryDelegated(REFIID iid, void** out) {
   }
 }
 
-bool TOakItemIdList::InvokeCommand(const TShellCommand& pCommand) {
-  if (!NamespaceHooks().InvokeCommand)
-    throw EInvalidOperation(u"Commands on shell objects are not part of this program.");
-  return NamespaceHooks().InvokeCommand(Self(), pCommand);
-}
-
 }  // namespace oak

@@ -7,6 +7,7 @@
 
 #include "oak/namespace/Oak.Shell.Types.Interfaces.h"
 
+struct IContextMenu;
 struct IKnownFolderManager;
 struct IShellFolder;
 struct IShellItem;
@@ -109,6 +110,9 @@ class TOakItemIdList : public TInterfacedObject<IItemIdList, IMetaDataFormatter,
   static void ClearCaches();
 
   // --- IItemIdList ---------------------------------------------------------
+  /// Carries out a command without events. What the shell has no verb for is done
+  /// here, all else by the object's context menu. Raises EFolderTrekError. Owner
+  /// thread of the shell's user interface.
   bool InvokeCommand(const TShellCommand& pCommand) override;
   Ref<IItemIdList> Concat(const Ref<IItemIdList>& pItemIdList2) override;
   Ref<IItemIdList> GetStartItemIdList(int pFragments) override;
@@ -158,6 +162,10 @@ class TOakItemIdList : public TInterfacedObject<IItemIdList, IMetaDataFormatter,
   Ref<ISequentialStream> GetSequentialStream();
   /// Deletes the object for good. Raises EFolderTrekError.
   void RemoveStorage();
+  /// Opens the object in another way than the shell would; true if that was done. An
+  /// elevated process lets Explorer, which is not elevated, open documents of a viewer
+  /// that can't run elevated.
+  bool HandleCommand(const TShellCommand& pCommand);
   /// Which of the given special folders the item is (an empty set: which of
   /// all), SF_FILESYSTEMFOLDER or SF_UNKNOWN for none of them. Not remembered.
   TOakShellFolder TestForSpecialFolder(TOakShellFolders pFoldersToTest);
@@ -197,6 +205,14 @@ class TOakItemIdList : public TInterfacedObject<IItemIdList, IMetaDataFormatter,
   TString NameForExplorer();
   bool IsBrowsable();
   bool AreBothInQuickAccess(const Ref<IItemIdList>& pOther);
+  bool Explore(const TShellCommand& pCommand);
+  bool PinToHome();
+  bool OpenCommandPrompt();
+  bool UnlockDrive(const TShellCommand& pCommand);
+  bool Share();
+  bool InvokeByMenu(const TShellCommand& pCommand);
+  bool InvokeDefault(IContextMenu* pMenu, const TShellCommand& pCommand);
+  TString WorkingDirectory();
   bool SamePathDecides(const Ref<IItemIdList>& pOther, bool& pSame);
   TOakShellFolder FindKnownFolder(IKnownFolderManager& pManager, TOakShellFolders pFoldersToTest);
   TOakShellFolder FindByComparing(TOakShellFolders pFoldersToTest);

@@ -88,6 +88,11 @@ TString GetErrorMessageText(std::uint32_t pCode) {
   return text.empty() ? u"Error Code 0x" + IntToHex(pCode, 8) : text;
 }
 
+bool IsWindows8OrLater() {
+  const RTL_OSVERSIONINFOW version = SystemVersion();
+  return version.dwMajorVersion > 6 || (version.dwMajorVersion == 6 && version.dwMinorVersion >= 2);
+}
+
 bool IsWindows10OrLater() { return SystemVersion().dwMajorVersion >= 10; }
 
 DWORD GetWindowsBuildNumber() { return SystemVersion().dwBuildNumber; }

@@ -44,6 +44,7 @@ TString GetErrorMessageText(std::uint32_t pCode);
 // --- the system's version ---------------------------------------------------
 
 /// The true version, not the one that the program is told for compatibility.
+bool IsWindows8OrLater();
 bool IsWindows10OrLater();
 /// 0 if the system does not tell.
 DWORD GetWindowsBuildNumber();

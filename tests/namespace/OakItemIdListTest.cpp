@@ -452,9 +452,5 @@ TEST(OakItemIdList, SimpleListsNeedNoObject) {
   EXPECT_EQ(item->Name(), u"a.txt");
 }
 
-TEST(OakItemIdList, CommandsSayThatTheyAreMissing) {
-  EXPECT_THROW((void)NullItemIdList()->InvokeCommand(TShellCommand(saOpen)), EInvalidOperation);
-}
-
 }  // namespace
 }  // namespace oak::tests

@@ -1,0 +1,408 @@
+// Commands and menus of selections: what goes to whom. The shell is played by the test.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "oak/framework/Forms.h"
+#include "oak/namespace/NamespaceHooks.h"
+#include "oak/namespace/Oak.Shell.ItemIdListCollection.h"
+#include "oak/namespace/Oak.Shell.Types.h"
+#include "oak/namespace/OakItemIdList.h"
+#include "testkit/HeadlessForms.h"
+#include "testkit/ScopedApi.h"
+#include "tests/namespace/TestFolder.h"
+
+namespace oak {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using testkit::TScopedApi;
+using tests::TTestFolder;
+
+/// Writes down what it is asked to do.
+class TFakeMenu : public TInterfacedObject<IContextMenu> {
+ public:
+  std::vector<std::string> Calls;
+  HRESULT QueryResult = S_OK;
+  HRESULT InvokeResult = S_OK;
+
+  HRESULT STDMETHODCALLTYPE QueryContextMenu(HMENU, UINT index, UINT first, UINT last,
+                                             UINT flags) override {
+    Calls.push_back("query " + std::to_string(index) + " " + std::to_string(first) + ".." +
+                    std::to_string(last) + ((flags & CMF_OPTIMIZEFORINVOKE) != 0 ? " quick" : ""));
+    return QueryResult;
+  }
+  HRESULT STDMETHODCALLTYPE InvokeCommand(CMINVOKECOMMANDINFO* info) override {
+    const auto& full = *reinterpret_cast<CMINVOKECOMMANDINFOEX*>(info);
+    Calls.push_back("invoke " + ToUtf8(FromW(full.lpVerbW)) +
+                    ((full.fMask & CMIC_MASK_SHIFT_DOWN) != 0 ? " shift" : "") +
+                    ((full.fMask & CMIC_MASK_FLAG_NO_UI) != 0 ? " silent" : ""));
+    return InvokeResult;
+  }
+  HRESULT STDMETHODCALLTYPE GetCommandString(UINT_PTR id, UINT, UINT*, CHAR*, UINT) override {
+    Calls.push_back("name " + std::to_string(id));
+    return S_FALSE;
+  }
+};
+
+/// Data in memory: what was put in comes out again.
+class TFakeData : public TInterfacedObject<IDataObject> {
+ public:
+  std::vector<CLIPFORMAT> Formats;
+  std::vector<CLIPFORMAT> Broken;  ///< Told of, but not rendered.
+  HRESULT SetResult = S_OK;
+
+  HRESULT STDMETHODCALLTYPE GetData(FORMATETC* format, STGMEDIUM* medium) override {
+    *medium = {};
+    for (CLIPFORMAT broken : Broken)
+      if (broken == format->cfFormat) return DV_E_FORMATETC;
+    medium->tymed = TYMED_HGLOBAL;
+    medium->hGlobal = Api().GlobalAlloc(0, 16);
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE SetData(FORMATETC* format, STGMEDIUM* medium, BOOL release) override {
+    if (FAILED(SetResult)) return SetResult;
+    Formats.push_back(format->cfFormat);
+    if (release) Api().ReleaseStgMedium(medium);
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE EnumFormatEtc(DWORD, IEnumFORMATETC** formats) override;
+  HRESULT STDMETHODCALLTYPE GetDataHere(FORMATETC*, STGMEDIUM*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE QueryGetData(FORMATETC*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetCanonicalFormatEtc(FORMATETC*, FORMATETC*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE DAdvise(FORMATETC*, DWORD, IAdviseSink*, DWORD*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE DUnadvise(DWORD) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE EnumDAdvise(IEnumSTATDATA**) override { return E_NOTIMPL; }
+};
+
+class TFakeFormats : public TInterfacedObject<IEnumFORMATETC> {
+ public:
+  explicit TFakeFormats(std::vector<CLIPFORMAT> formats) : fFormats(std::move(formats)) {}
+  HRESULT STDMETHODCALLTYPE Next(ULONG, FORMATETC* format, ULONG*) override {
+    if (fNext == fFormats.size()) return S_FALSE;
+    *format = {fFormats[fNext++], nullptr, DVASPECT_CONTENT, -1, TYMED_HGLOBAL};
+    // A device that the format is for; whoever asks frees it.
+    format->ptd = static_cast<DVTARGETDEVICE*>(CoTaskMemAlloc(64));
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE Skip(ULONG) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Reset() override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Clone(IEnumFORMATETC**) override { return E_NOTIMPL; }
+
+ private:
+  std::vector<CLIPFORMAT> fFormats;
+  std::size_t fNext = 0;
+};
+
+HRESULT STDMETHODCALLTYPE TFakeData::EnumFormatEtc(DWORD, IEnumFORMATETC** formats) {
+  std::vector<CLIPFORMAT> all = Broken;
+  all.insert(all.end(), Formats.begin(), Formats.end());
+  *formats = MakeRef<TFakeFormats>(all).Detach();
+  return S_OK;
+}
+
+/// A folder that has a menu and data for its objects, and nothing else.
+class TFakeFolder : public TInterfacedObject<IShellFolder> {
+ public:
+  Ref<TFakeMenu> Menu = MakeRef<TFakeMenu>();
+  Ref<TFakeData> Data = MakeRef<TFakeData>();
+  HRESULT Result = S_OK;
+  UINT SeenCount = 0;
+
+  HRESULT STDMETHODCALLTYPE GetUIObjectOf(HWND, UINT count, PCUITEMID_CHILD_ARRAY, REFIID iid,
+                                          UINT*, void** out) override {
+    *out = nullptr;
+    SeenCount = count;
+    if (FAILED(Result)) return Result;
+    return iid == IidOf<IContextMenu>() ? Menu->QueryInterface(iid, out)
+                                        : Data->QueryInterface(iid, out);
+  }
+  HRESULT STDMETHODCALLTYPE ParseDisplayName(HWND, IBindCtx*, LPWSTR, ULONG*, PIDLIST_RELATIVE*,
+                                             ULONG*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE EnumObjects(HWND, SHCONTF, IEnumIDList**) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE BindToObject(PCUIDLIST_RELATIVE, IBindCtx*, REFIID, void**) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE BindToStorage(PCUIDLIST_RELATIVE, IBindCtx*, REFIID, void**) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE CompareIDs(LPARAM, PCUIDLIST_RELATIVE, PCUIDLIST_RELATIVE) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE CreateViewObject(HWND, REFIID, void**) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetAttributesOf(UINT, PCUITEMID_CHILD_ARRAY, SFGAOF*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE GetDisplayNameOf(PCUITEMID_CHILD, SHGDNF, STRRET*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE SetNameOf(HWND, PCUITEMID_CHILD, LPCWSTR, SHGDNF,
+                                      PITEMID_CHILD*) override {
+    return E_NOTIMPL;
+  }
+};
+
+class CollectionCommands : public ::testing::Test {
+ protected:
+  CollectionCommands() {
+    for (const char16_t* name : {u"one", u"two", u"three", u"four"}) {
+      folder.MakeFolder(name);
+      folder.MakeFile(TString(name) + u"\\file.txt");
+    }
+  }
+
+  Ref<IItemIdList> Item(TStringView name) { return TOakItemIdList::Create(folder.Path(name)); }
+  Ref<TItemIdListCollection> Absolute(std::initializer_list<TStringView> names) {
+    const auto list = MakeRef<TItemIdListCollection>();
+    for (TStringView name : names) list->Add(Item(name));
+    return list;
+  }
+  /// Items relative to the fake folder.
+  Ref<TItemIdListCollection> Faked(std::initializer_list<TStringView> names) {
+    const auto list = MakeRef<TItemIdListCollection>(Ref<IShellFolder>(shell));
+    for (TStringView name : names) list->Add(Item(name)->GetLastPart());
+    return list;
+  }
+
+  TTestFolder folder;
+  Ref<TFakeFolder> shell = MakeRef<TFakeFolder>();
+};
+
+TShellCommand WithoutUi(TShellCommand command) {
+  command.OperationOptions.Include(soSilent);
+  return command;
+}
+
+TEST_F(CollectionCommands, ManyItemsShareOneMenu) {
+  struct TCase {
+    TShellCommand Command;
+    const char* Invoked;
+  };
+  const TCase cases[] = {
+      {saOpen, "invoke OPEN"},
+      {saCut, "invoke CUT"},
+      {saDelete, "invoke DELETE"},
+      {saDeleteNoUndo, "invoke DELETE shift"},
+      {WithoutUi(saDeleteNoUndo), "invoke DELETE shift silent"},
+      {u"DELETE", "invoke DELETE"},
+      {u"extension.verb", "invoke extension.verb"},
+  };
+  for (const TCase& c : cases) {
+    shell->Menu->Calls.clear();
+    EXPECT_TRUE(Faked({u"one", u"two"})->InvokeCommand(c.Command));
+    EXPECT_THAT(shell->Menu->Calls, ElementsAre("query 0 1..32767 quick", c.Invoked));
+    EXPECT_EQ(shell->SeenCount, 2u);
+  }
+}
+
+TEST_F(CollectionCommands, AnEmptySelectionDoesNothing) {
+  EXPECT_FALSE(Faked({})->InvokeCommand(saDelete));
+  EXPECT_FALSE(Faked({})->InvokeCommand(saDefault));
+  EXPECT_FALSE(Faked({})->InvokeCommandOnAll(saCopyPath));
+  EXPECT_THAT(shell->Menu->Calls, IsEmpty());
+}
+
+TEST_F(CollectionCommands, FailuresComeThrough) {
+  const auto list = Faked({u"one", u"two"});
+  shell->Menu->QueryResult = E_ACCESSDENIED;
+  EXPECT_THROW(list->InvokeCommand(saCut), EFolderTrekError);
+  EXPECT_THAT(shell->Menu->Calls, ElementsAre("query 0 1..32767 quick")) << "not carried out";
+  shell->Menu->QueryResult = S_OK;
+  shell->Menu->InvokeResult = HRESULT_FROM_WIN32(ERROR_CANCELLED);
+  try {
+    list->InvokeCommand(saDelete);
+    FAIL() << "nothing was raised";
+  } catch (const EFolderTrekError& error) {
+    EXPECT_EQ(error.GetErrorCode(), static_cast<std::uint32_t>(ERROR_CANCELLED));
+  }
+  shell->Result = E_NOINTERFACE;
+  for (TShellAction action : {saCut, saCopy, saProperties})
+    EXPECT_THROW(list->InvokeCommand(action), EFolderTrekError) << action;
+}
+
+TEST_F(CollectionCommands, DataGoesToTheClipboardAndToTheProperties) {
+  Ref<IDataObject> copied, shown;
+  const TScopedApi clipboard(Api().OleSetClipboard, [&](IDataObject* data) {
+    copied = Ref<IDataObject>::Share(data);
+    return S_OK;
+  });
+  const TScopedApi properties(Api().SHMultiFileProperties, [&](IDataObject* data, DWORD) {
+    shown = Ref<IDataObject>::Share(data);
+    return S_OK;
+  });
+  EXPECT_TRUE(Faked({u"one", u"two"})->InvokeCommand(saCopy));
+  EXPECT_EQ(copied, Ref<IDataObject>(shell->Data));
+  EXPECT_TRUE(Faked({u"one"})->InvokeCommand(saProperties)) << "of one item, too";
+  EXPECT_EQ(shown, Ref<IDataObject>(shell->Data));
+  EXPECT_THAT(shell->Menu->Calls, IsEmpty());
+}
+
+TEST_F(CollectionCommands, PathsGoToTheClipboardAsText) {
+  testkit::THeadlessScreen screen([](const std::string& text) { ADD_FAILURE() << text; });
+  EXPECT_TRUE(Absolute({u"one", u"two\\file.txt"})->InvokeCommand(saCopyPath));
+  EXPECT_EQ(Clipboard().GetAsText(), folder.Path(u"one") + u"\r\n" + folder.Path(u"two\\file.txt"));
+}
+
+TEST_F(CollectionCommands, ItemByItemUntilOneFails) {
+  std::vector<TString> folders;
+  const TScopedApi execute(Api().ShellExecuteW,
+                           [&](HWND, LPCWSTR, LPCWSTR, LPCWSTR, LPCWSTR directory, int) {
+                             folders.push_back(FromW(directory));
+                             return reinterpret_cast<HINSTANCE>(std::intptr_t{33});
+                           });
+  EXPECT_TRUE(Absolute({u"one", u"two"})->InvokeCommand(saOpenCommandPrompt));
+  EXPECT_THAT(folders, ElementsAre(folder.Path(u"one"), folder.Path(u"two")));
+
+  folders.clear();
+  const auto list = Absolute({u"one", u"missing", u"two"});
+  try {
+    list->InvokeCommand(saOpenCommandPrompt);
+    FAIL() << "nothing was raised";
+  } catch (const EFolderTrekError& error) {
+    EXPECT_THAT(ToUtf8(error.GetMessage()), HasSubstr("TItemIdListCollection"));
+    EXPECT_THAT(ToUtf8(error.GetMessage()), HasSubstr(".InvokeCommandOnEach(cmd)"));
+    EXPECT_THAT(ToUtf8(error.GetMessage()), HasSubstr("missing")) << "and the item's own text";
+  }
+  EXPECT_THAT(folders, ElementsAre(folder.Path(u"one"))) << "the first failure ends it";
+}
+
+TEST_F(CollectionCommands, TheTitleOfWhatIsSharedNamesTheFirstTwo) {
+  std::vector<TShareRequest> requests;
+  NamespaceHooks().Share = [&](const TShareRequest& request) {
+    requests.push_back(request);
+    return true;
+  };
+  EXPECT_TRUE(Absolute({u"one", u"two"})->InvokeCommand(u"windows.modernshare"));
+  EXPECT_TRUE(Absolute({u"one", u"two", u"three", u"four"})->InvokeCommand(u"Windows.ModernShare"));
+  NamespaceHooks().Share = nullptr;
+  ASSERT_EQ(requests.size(), 2u);
+  EXPECT_EQ(requests[0].Title, u"one & two");
+  EXPECT_EQ(requests[1].Title, u"one & two & 2 elements");
+  EXPECT_EQ(requests[1].DataType, u"Files");
+  EXPECT_EQ(requests[1].Files.size(), 4u);
+  EXPECT_TRUE(requests[1].Data);
+  EXPECT_THROW(Absolute({u"one", u"two"})->InvokeCommand(u"Windows.ModernShare"),
+               EInvalidOperation);
+}
+
+TEST_F(CollectionCommands, FormatsAreCopiedOneByOne) {
+  shell->Data->Formats = {CF_HDROP, 77};
+  shell->Data->Broken = {5};
+  const auto list = Faked({u"one"});
+  const auto target = MakeRef<TFakeData>();
+  list->CopyTo(target.Get());
+  EXPECT_THAT(target->Formats, ElementsAre(CF_HDROP, 77));
+  target->SetResult = E_OUTOFMEMORY;
+  EXPECT_THROW(list->CopyTo(target.Get()), EFolderTrekError);
+  EXPECT_THROW(list->CopyTo(static_cast<IDataObject*>(nullptr)), EArgumentException);
+  shell->Data->Formats.clear();
+  target->SetResult = S_OK;
+  EXPECT_THROW(list->CopyTo(target.Get()), EFolderTrekError) << "nothing was copied";
+}
+
+// --- items of several folders ------------------------------------------------------
+
+/// Plays the function that makes menus out of parts.
+struct TMenuMaker {
+  Ref<TFakeMenu> Menu = MakeRef<TFakeMenu>();
+  int Calls = 0;
+  UINT Count = 0;
+  UINT KeyCount = 0;
+  bool HasDataObject = false;
+  std::vector<HRESULT> CallbackResults;
+
+  HRESULT Make(UINT count, PCUITEMID_CHILD_ARRAY pidls, IShellFolder* folder,
+               LPFNDFMCALLBACK callback, UINT keyCount, IContextMenu** menu) {
+    ++Calls;
+    Count = count;
+    KeyCount = keyCount;
+    Ref<IDataObject> data;
+    HasDataObject = SUCCEEDED(folder->GetUIObjectOf(nullptr, count, pidls, IidOf<IDataObject>(),
+                                                    nullptr, data.PutVoid()));
+    for (UINT message : {1u, 2u, 3u})
+      CallbackResults.push_back(callback(folder, nullptr, nullptr, message, 0, 0));
+    *menu = Ref<IContextMenu>(Menu).Detach();
+    return S_OK;
+  }
+};
+
+TEST_F(CollectionCommands, ItemsOfSeveralFoldersGetAMenuOfTheirOwn) {
+  TMenuMaker maker;
+  const TScopedApi create(Api().CDefFolderMenu_Create2,
+                          [&](PCIDLIST_ABSOLUTE root, HWND, UINT count, PCUITEMID_CHILD_ARRAY pidls,
+                              IShellFolder* desktop, LPFNDFMCALLBACK callback, UINT keyCount,
+                              const HKEY*, IContextMenu** menu) {
+                            EXPECT_EQ(PidlDepth(root), 0);
+                            return maker.Make(count, pidls, desktop, callback, keyCount, menu);
+                          });
+  int opened = 0, closed = 0;
+  const HKEY key = reinterpret_cast<HKEY>(std::intptr_t{4711});
+  const TScopedApi open(Api().RegOpenKeyExW,
+                        [&](HKEY root, LPCWSTR name, DWORD, REGSAM, HKEY* result) -> LSTATUS {
+                          EXPECT_EQ(root, HKEY_CLASSES_ROOT);
+                          EXPECT_EQ(FromW(name), u"AllFilesystemObjects");
+                          *result = key;
+                          return ++opened == 1 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+                        });
+  const TScopedApi close(Api().RegCloseKey, [&](HKEY closing) -> LSTATUS {
+    EXPECT_EQ(closing, key);
+    ++closed;
+    return ERROR_SUCCESS;
+  });
+
+  const auto list = Absolute({u"one\\file.txt", u"two\\file.txt"});
+  EXPECT_TRUE(list->InvokeCommand(saCut));
+  EXPECT_THAT(maker.Menu->Calls, ElementsAre("query 0 1..32767 quick", "invoke CUT"));
+  EXPECT_EQ(maker.Count, 2u);
+  EXPECT_EQ(maker.KeyCount, 1u);
+  EXPECT_TRUE(maker.HasDataObject);
+  EXPECT_THAT(maker.CallbackResults, ElementsAre(S_OK, S_FALSE, E_NOTIMPL));
+  EXPECT_EQ(closed, 1);
+
+  EXPECT_TRUE(list->GetContextMenuMultiple());
+  EXPECT_EQ(maker.KeyCount, 0u) << "a menu without the extensions is better than none";
+  EXPECT_EQ(closed, 1) << "what was not opened is not closed";
+}
+
+TEST_F(CollectionCommands, IsAContextMenuItself) {
+  TMenuMaker maker;
+  const TScopedApi create(
+      Api().CDefFolderMenu_Create2,
+      [&](PCIDLIST_ABSOLUTE, HWND, UINT count, PCUITEMID_CHILD_ARRAY pidls, IShellFolder* desktop,
+          LPFNDFMCALLBACK callback, UINT keyCount, const HKEY*, IContextMenu** menu) {
+        return maker.Make(count, pidls, desktop, callback, keyCount, menu);
+      });
+  const auto list = Absolute({u"one", u"two\\file.txt"});
+  const Ref<IContextMenu> menu = list.As<IContextMenu>();
+  ASSERT_TRUE(menu);
+  EXPECT_EQ(menu->QueryContextMenu(nullptr, 2, 10, 20, 0), S_OK);
+  EXPECT_EQ(menu->GetCommandString(3, 0, nullptr, nullptr, 0), S_FALSE);
+  CMINVOKECOMMANDINFOEX info{};
+  info.lpVerbW = W(u"verb");
+  maker.Menu->InvokeResult = E_ACCESSDENIED;
+  EXPECT_EQ(menu->InvokeCommand(reinterpret_cast<CMINVOKECOMMANDINFO*>(&info)), E_ACCESSDENIED);
+  EXPECT_THAT(maker.Menu->Calls, ElementsAre("query 2 10..20", "name 3", "invoke verb"));
+  EXPECT_EQ(maker.Calls, 1) << "one menu for a conversation";
+  list->Add(Item(u"three"));
+  EXPECT_EQ(menu->QueryContextMenu(nullptr, 0, 1, 2, 0), S_OK);
+  EXPECT_EQ(maker.Count, 3u) << "another one for another selection";
+  list->Clear();
+  EXPECT_TRUE(FAILED(menu->QueryContextMenu(nullptr, 0, 1, 2, 0))) << "no exception leaves";
+}
+
+TEST_F(CollectionCommands, ASystemWithoutSuchMenusSaysSo) {
+  const TScopedApi missing(Api().CDefFolderMenu_Create2, nullptr);
+  const auto list = Absolute({u"one", u"two\\file.txt"});
+  EXPECT_THROW(list->InvokeCommand(saCut), EFolderTrekError);
+  EXPECT_EQ(list.As<IContextMenu>()->QueryContextMenu(nullptr, 0, 1, 2, 0), E_NOTIMPL);
+}
+
+}  // namespace
+}  // namespace oak
