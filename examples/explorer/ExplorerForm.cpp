@@ -1,43 +1,18 @@
 #include "ExplorerForm.h"
 
-#include "Pictures.h"
 #include "oak/framework/Application.h"
 #include "oak/namespace/OakItemIdList.h"
 #include "oak/platform/Console.h"
 
 using namespace oak;
 
-namespace {
-
-TString Number(int value) {
-  const std::string digits = std::to_string(value);
-  return TString(digits.begin(), digits.end());
-}
-
-}  // namespace
-
 TExplorerForm::TExplorerForm(TComponent* owner) : TForm(owner) {
   SetCaption(u"Explorer");
   SetBounds(0, 0, 900, 560);
   SetPosition(poScreenCenter);
   SetKeyPreview(true);
-  FillPictures(fPictures, 16);
   LayOut();
-
-  fTree.SetImages(&fPictures);
-  fList.SetSmallImages(&fPictures);
-  fUp.OnClick = [this](TObject*) { GoUp(); };
-  fPath.OnKeyDown = [this](TObject*, std::uint16_t& key, TShiftState) {
-    if (key != vkReturn) return;
-    key = 0;
-    GoToText(fPath.GetText());
-  };
-  fTree.OnGoTo = [this](const Ref<IItemIdList>& item) { GoTo(item); };
-  fList.OnOpen = [this](const TFolderRow& row) {
-    if (row.IsFolder()) return GoTo(fList.AbsoluteOf(row));
-    fStatus.SetCaption(u"\u201C" + row.GetStoredCaption() + u"\u201D is a file.");
-  };
-  fList.OnSelectItem = [this](TObject*, TListItem*, bool) { ShowStatus(); };
+  WireUp();
   fTree.AddRoot(TOakItemIdList::CreateForSpecialFolder(SF_DESKTOP, true));
   fTree.Items().GetFirstNode()->Expand(false);
 }
@@ -46,11 +21,17 @@ void TExplorerForm::LayOut() {
   fTop.SetParent(this);
   fTop.SetBounds(0, 0, 100, 32);
   fTop.SetAlign(alTop);
-  fUp.SetParent(&fTop);
-  fUp.SetCaption(u"Up");
-  fUp.SetBounds(4, 4, 48, 24);
+  int left = 4;
+  const std::pair<TButton*, const char16_t*> buttons[] = {
+      {&fBack, u"\u2190"}, {&fForward, u"\u2192"}, {&fUp, u"\u2191"}};
+  for (const auto& [button, caption] : buttons) {
+    button->SetParent(&fTop);
+    button->SetCaption(caption);
+    button->SetBounds(left, 4, 28, 24);
+    left += 30;
+  }
   fPath.SetParent(&fTop);
-  fPath.SetBounds(56, 4, fTop.GetClientSize().Width - 60, 24);
+  fPath.SetBounds(left + 2, 4, fTop.GetClientSize().Width - left - 6, 24);
   fPath.SetAnchors({akLeft, akTop, akRight});
   fStatus.SetParent(this);
   fStatus.SetBounds(0, 0, 100, 22);
@@ -66,18 +47,49 @@ void TExplorerForm::LayOut() {
   SetActiveControl(&fList);
 }
 
-void TExplorerForm::GoTo(const Ref<IItemIdList>& folder) {
-  const Ref<IItemIdList> before = fList.GetFolder();
+/// Whichever control the user moves, the hub takes the others along; the form only listens.
+void TExplorerForm::WireUp() {
+  fTree.SetImages(&fIcons);
+  fList.SetSmallImages(&fIcons);
+  fTree.setShellLink(&fLink);
+  fList.setShellLink(&fLink);
+  fLink.OnNavigating = [this](TObject*, const Ref<IItemIdList>& folder, bool& cancel) {
+    CheckFolder(folder, cancel);
+  };
+  fLink.OnChange = [this](TObject*, const Ref<IItemIdList>& folder) { FolderChanged(folder); };
+  fBack.OnClick = [this](TObject*) { fLink.MoveBack(1); };
+  fForward.OnClick = [this](TObject*) { fLink.MoveForward(1); };
+  fUp.OnClick = [this](TObject*) { fLink.GoUp(); };
+  fPath.OnKeyDown = [this](TObject*, std::uint16_t& key, TShiftState) {
+    if (key != vkReturn) return;
+    key = 0;
+    GoToText(fPath.GetText());
+  };
+  fTree.OnProblem = fList.OnProblem = [this](const TString& text) { fStatus.SetCaption(text); };
+  fList.OnSelectItem = [this](TObject*, TListItem*, bool) { ShowStatus(); };
+}
+
+/// What can't be opened must not empty the controls: they stay where they are.
+void TExplorerForm::CheckFolder(const Ref<IItemIdList>& folder, bool& cancel) {
+  TFolderTrek probe;
+  probe.SetShowErrorMessages(false);
   try {
-    fList.ShowFolder(folder);
+    probe.SetFolderIdList(folder);
+    probe.GetShellFolder();
+    probe.Next();
   } catch (const Exception& error) {
+    cancel = true;
     fStatus.SetCaption(error.GetMessage());
-    return;
   }
-  fTree.SelectPlace(folder);
+}
+
+void TExplorerForm::FolderChanged(const Ref<IItemIdList>& folder) {
+  if (!folder) return;
   fPath.SetText(folder->DisplayPath());
   SetCaption(folder->DisplayName(dnfInFolder) + u" - Explorer");
-  if (before && folder->IsParentOf(before, false, ilcDisplay)) fList.SelectObject(before);
+  fBack.SetEnabled(fLink.IsMovePossible(-1));
+  fForward.SetEnabled(fLink.IsMovePossible(1));
+  fUp.SetEnabled(folder->Depth() > 0);
   ShowStatus();
 }
 
@@ -90,14 +102,10 @@ void TExplorerForm::GoToText(const TString& text) {
     GoTo(place);
 }
 
-void TExplorerForm::GoUp() {
-  const Ref<IItemIdList> folder = fList.GetFolder();
-  if (folder && folder->Depth() > 0) GoTo(folder->GetParent());
-}
-
 void TExplorerForm::ShowStatus() {
-  TString text = Number(fList.Items().GetCount()) + u" objects";
-  if (fList.GetSelCount() > 0) text += u", " + Number(fList.GetSelCount()) + u" selected";
+  const int count = fList.Items().GetCount();
+  TString text = IntToStr(count) + (count == 1 ? u" object" : u" objects");
+  if (fList.GetSelCount() > 0) text += u", " + IntToStr(fList.GetSelCount()) + u" selected";
   fStatus.SetCaption(text);
 }
 
@@ -108,16 +116,20 @@ void TExplorerForm::DoShow() {
 
 void TExplorerForm::ChangeScale(int m, int d) {
   TForm::ChangeScale(m, d);
-  FillPictures(fPictures, ScaledPixels(16));
+  fIcons.ChangeScale(m, d);
 }
 
 void TExplorerForm::KeyDown(std::uint16_t& key, TShiftState shift) {
-  const bool up = (key == vkUp && shift == TShiftState(ssAlt)) ||
-                  (key == vkBack && shift.IsEmpty() && GetActiveControl() == &fList);
-  if (up)
-    GoUp();
-  else if (key == vkF5 && fList.GetFolder())
-    GoTo(fList.GetFolder());
+  const bool alt = shift == TShiftState(ssAlt);
+  const bool inList = GetActiveControl() == &fList && !fList.IsEditing();
+  if ((key == vkUp && alt) || (key == vkBack && shift.IsEmpty() && inList))
+    fLink.GoUp();
+  else if (key == vkLeft && alt)
+    fLink.MoveBack(1);
+  else if (key == vkRight && alt)
+    fLink.MoveForward(1);
+  else if (key == vkF5)
+    fLink.Refresh(rfFull);
   else
     return TForm::KeyDown(key, shift);
   key = 0;

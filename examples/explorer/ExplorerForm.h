@@ -4,8 +4,8 @@
 #include "FolderList.h"
 #include "PlaceTree.h"
 #include "oak/framework/Forms.h"
-#include "oak/framework/ImageList.h"
 #include "oak/framework/StdCtrls.h"
+#include "oak/namespace/Oak.Shell.SystemImageList.h"
 
 class TExplorerForm : public oak::TForm {
  public:
@@ -13,11 +13,11 @@ class TExplorerForm : public oak::TForm {
 
   /// Shows a folder in all parts. A folder that can't be opened leaves all as it was; the status
   /// line tells why.
-  void GoTo(const oak::Ref<oak::IItemIdList>& folder);
+  void GoTo(const oak::Ref<oak::IItemIdList>& folder) { fLink.PathChanged(nullptr, folder); }
   /// Goes to what the user typed.
   void GoToText(const oak::TString& text);
-  void GoUp();
 
+  oak::TOakShellLink& GetLink() { return fLink; }
   TPlaceTree& GetTree() { return fTree; }
   TFolderList& GetList() { return fList; }
   oak::TEdit& GetPathEdit() { return fPath; }
@@ -30,10 +30,16 @@ class TExplorerForm : public oak::TForm {
 
  private:
   void LayOut();
+  void WireUp();
+  void CheckFolder(const oak::Ref<oak::IItemIdList>& folder, bool& cancel);
+  void FolderChanged(const oak::Ref<oak::IItemIdList>& folder);
   void ShowStatus();
 
-  oak::TImageList fPictures;
+  oak::TOakSystemImageList fIcons{nullptr, oak::si_Small, 96};
+  oak::TOakShellLink fLink{this};
   oak::TPanel fTop{this};
+  oak::TButton fBack{this};
+  oak::TButton fForward{this};
   oak::TButton fUp{this};
   oak::TEdit fPath{this};
   oak::TLabel fStatus{this};

@@ -1,21 +1,13 @@
 #include "FolderList.h"
 
 #include <unordered_map>
+#include <unordered_set>
 
-#include "Pictures.h"
 #include "oak/base/LogicalOrder.h"
 #include "oak/namespace/Oak.Shell.Types.ColumnInfo.h"
 #include "oak/namespace/OakItemIdList.h"
 
 using namespace oak;
-
-namespace {
-
-/// Opens the focused row after the handler of the double click has returned: until then the list
-/// still deals with the row under the mouse, which must not be one of another folder.
-constexpr UINT OpenMessage = FirstPrivateMessage;
-
-}  // namespace
 
 TListSubItems& TFolderRow::GetSubItems() {
   TListSubItems& texts = GetExistingSubItems();
@@ -30,27 +22,75 @@ TListSubItems& TFolderRow::GetSubItems() {
 TFolderList::TFolderList(TComponent* owner) : TCustomListView(owner) {
   SetViewStyle(vsReport);
   SetRowSelect(true);
-  SetReadOnly(true);
+  SetMultiSelect(true);
   fCursor.SetShowErrorMessages(false);
+  fCursor.SetAsyncContextMenuOperations(false);  // the list reads the folder again when they end
+  fCursor.OnRename = [this](TObject*) { EditFocused(); };
 }
 
-void TFolderList::ShowFolder(const Ref<IItemIdList>& folder) {
-  TFolderTrek probe;  // what can't be read must not empty the list
-  probe.SetShowErrorMessages(false);
-  probe.SetFolderIdList(folder);
-  probe.GetShellFolder();
-  fCursor.SetFolderIdList(folder);
-  fSortColumn = 0;
-  fDescending = false;
-  MakeColumns();
+// --- navigation --------------------------------------------------------------------
+
+void TFolderList::Open(const Ref<IItemIdList>& folder) {
+  if (!fLink || !fLink->CanNavigate(this, folder)) return;
+  const TLifeGuard guard = GetLifeGuard();
+  PathChanged(folder);
+  if (guard.IsAlive() && fLink) fLink->PathChanged(this, folder);
+}
+
+void TFolderList::PathChanged(const Ref<IItemIdList>& folder) {
+  const Ref<IItemIdList> before = GetFolder();
+  try {
+    fCursor.SetFolderIdList(folder);
+    fSortColumn = 0;
+    fDescending = false;
+    MakeColumns();
+    ReadRows();
+  } catch (const Exception& error) {
+    return Report(error);
+  }
+  // Up: the folder that was left is where the user goes on.
+  if (before && folder && folder->IsParentOf(before, false, ilcDisplay)) SelectObject(before);
+}
+
+bool TFolderList::GoUp() {
+  const Ref<IItemIdList> folder = GetFolder();
+  if (!folder || folder->Depth() == 0) return false;
+  Open(folder->GetParent());
+  return true;
+}
+
+void TFolderList::Refresh(TRefreshLevel level, const Ref<IItemIdList>&) {
+  if (level == rfCheckboxes || !GetFolder()) return;
+  std::unordered_set<TString> selected;
+  for (TListItem* const row : Items())
+    if (row->GetSelected()) selected.insert(row->GetStoredCaption());
+  try {
+    fCursor.SetFolderIdList(GetFolder());  // starts over
+    ReadRows();
+  } catch (const Exception& error) {
+    return Report(error);
+  }
+  for (TListItem* const row : Items())
+    if (selected.count(row->GetStoredCaption()) > 0) row->SetSelected(true);
+}
+
+void TFolderList::OpenFocused() {
+  const auto* row = static_cast<const TFolderRow*>(GetSelected());
+  if (!row) return;
+  if (row->IsFolder()) return Open(AbsoluteOf(*row));
+  Run(saDefault);
+}
+
+// --- rows --------------------------------------------------------------------------
+
+void TFolderList::ReadRows() {
   Items().BeginUpdate();
   Items().Clear();
   const TOakShellShowOptions shown{soShowFiles, soShowNethood, soShowRecycleBin};
-  while (fCursor.Next()) {
+  while (GetFolder() && fCursor.Next()) {
     if (!fCursor.ShowObjectAccordingShowOptions(shown)) continue;
     auto row = std::make_unique<TFolderRow>(&Items(), fCursor.GetItemIdList(), fCursor.IsFolder());
     row->SetCaption(fCursor.GetShellObjectName(true));
-    row->SetImageIndex(!row->IsFolder() ? pcFile : fCursor.IsDrive() ? pcDrive : pcFolder);
     Items().AddItem(std::move(row));
   }
   Sort();
@@ -62,7 +102,7 @@ void TFolderList::MakeColumns() {
   Columns().Clear();
   fNumbers.clear();
   constexpr int mostColumns = 40;
-  for (int number = 0; number < mostColumns; ++number) {
+  for (int number = 0; GetFolder() && number < mostColumns; ++number) {
     if (!fCursor.GetShColumnIdFromColumnNumber(number).IsValid()) break;
     TColumnInfo info;
     fCursor.GetColumnInfo(number, info);
@@ -81,6 +121,37 @@ void TFolderList::FillSubItems(const TFolderRow& row, TListSubItems& texts) {
   for (std::size_t column = 1; column < fNumbers.size(); ++column)
     texts.Add(fCursor.GetColumnText(fNumbers[column], false));
 }
+
+void TFolderList::GetImageIndex(TListItem* item) {
+  auto& row = static_cast<TFolderRow&>(*item);
+  if (row.fHasIcon) return;
+  row.fHasIcon = true;
+  fCursor.SetItemIdList(row.GetItem());
+  row.SetImageIndex(fCursor.GetIconNumber());
+  row.SetOverlayIndex(fCursor.GetOverlayIndex());
+}
+
+Ref<IItemIdList> TFolderList::AbsoluteOf(const TFolderRow& row) const {
+  return GetFolder()->Concat(row.GetItem());
+}
+
+TListItem* TFolderList::SelectObject(const Ref<IItemIdList>& item) {
+  for (TListItem* const row : Items()) {
+    if (!AbsoluteOf(static_cast<const TFolderRow&>(*row))->Equals(item, ilcDisplay)) continue;
+    SetSelected(row);
+    SetItemFocused(row);
+    row->MakeVisible(false);
+    return row;
+  }
+  return nullptr;
+}
+
+Ref<IItemIdListCollection> TFolderList::GetSelectedElements() {
+  TakeSelection();
+  return fCursor.GetMultiObjects();
+}
+
+// --- order -------------------------------------------------------------------------
 
 void TFolderList::SortBy(int column) {
   fDescending = column == fSortColumn && !fDescending;
@@ -114,41 +185,4 @@ void TFolderList::Sort() {
     Columns()[column]->SetSortMark(column != fSortColumn ? TListSortMark::None
                                    : fDescending         ? TListSortMark::Down
                                                          : TListSortMark::Up);
-}
-
-Ref<IItemIdList> TFolderList::AbsoluteOf(const TFolderRow& row) const {
-  return GetFolder()->Concat(row.GetItem());
-}
-
-void TFolderList::SelectObject(const Ref<IItemIdList>& item) {
-  for (TListItem* const row : Items()) {
-    if (!AbsoluteOf(static_cast<const TFolderRow&>(*row))->Equals(item, ilcDisplay)) continue;
-    SetSelected(row);
-    row->MakeVisible(false);
-    return;
-  }
-}
-
-void TFolderList::OpenFocused() {
-  const auto* row = static_cast<const TFolderRow*>(GetSelected());
-  if (row && OnOpen) OnOpen(*row);
-}
-
-void TFolderList::DblClick() {
-  const TLifeGuard guard = GetLifeGuard();
-  TCustomListView::DblClick();
-  if (guard.IsAlive()) PostMessage(OpenMessage);
-}
-
-void TFolderList::WndProc(TMessage& message) {
-  if (message.Msg == OpenMessage) return OpenFocused();
-  TCustomListView::WndProc(message);
-}
-
-void TFolderList::KeyDown(std::uint16_t& key, TShiftState shift) {
-  if (key == vkReturn && shift.IsEmpty()) {
-    key = 0;
-    return OpenFocused();
-  }
-  TCustomListView::KeyDown(key, shift);
 }

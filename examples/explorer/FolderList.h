@@ -1,13 +1,16 @@
 // The rows of one folder.
 #pragma once
 
-#include <functional>
+#include <optional>
+#include <vector>
 
+#include "Linked.h"
 #include "oak/framework/ListView.h"
 #include "oak/namespace/FolderTrek.h"
+#include "oak/namespace/Oak.Shell.Types.Commands.h"
 
-/// An object of the folder. Its name is there from the start, the other texts are fetched when the
-/// row is first drawn.
+/// An object of the folder. Its name is there from the start, the other texts and the icon are
+/// fetched when the row is first drawn.
 class TFolderRow : public oak::TListItem {
  public:
   TFolderRow(oak::TListItems* owner, oak::Ref<oak::IItemIdList> item, bool isFolder)
@@ -19,41 +22,62 @@ class TFolderRow : public oak::TListItem {
   oak::TListSubItems& GetSubItems() override;
 
  private:
+  friend class TFolderList;
+
   oak::Ref<oak::IItemIdList> fItem;
   bool fIsFolder;
   bool fIsFilled = false;
+  bool fHasIcon = false;
 };
 
-/// Shows a folder with the columns that it has by default.
-class TFolderList : public oak::TCustomListView {
+/// Shows a folder with the columns that it has by default, and acts on its objects. Its
+/// image lists are to be of the system.
+class TFolderList : public oak::TCustomListView, public TLinkedControl {
  public:
   explicit TFolderList(oak::TComponent* owner);
+  ~TFolderList() override { BeginDestroy(); }
 
-  /// Reads the folder. Raises EFolderTrekError and keeps what was shown.
-  void ShowFolder(const oak::Ref<oak::IItemIdList>& folder);
-  oak::Ref<oak::IItemIdList> GetFolder() const { return fCursor.GetFolderIdList(); }
   /// The object of a row, from the root of the namespace on.
   oak::Ref<oak::IItemIdList> AbsoluteOf(const TFolderRow& row) const;
+  oak::Ref<oak::IItemIdList> GetFolder() const { return fCursor.GetFolderIdList(); }
   /// Sorts by a column, folders first; the other way round if it is sorted so already.
   void SortBy(int column);
-  /// Selects the row of an object of this folder and shows it.
-  void SelectObject(const oak::Ref<oak::IItemIdList>& item);
+  /// Selects the row of an object of this folder and shows it; nil if it has none.
+  oak::TListItem* SelectObject(const oak::Ref<oak::IItemIdList>& item);
+  /// Carries out a command on the selected objects; paste, and properties without a selection, are
+  /// for the folder.
+  void Run(oak::TShellAction action);
+  /// Makes a folder and lets the user name it.
+  void MakeNewFolder();
 
-  /// A row was opened by double click or return key.
-  std::function<void(const TFolderRow& row)> OnOpen;
+  // --- the hub's calls -----------------------------------------------------------
+  void PathChanged(const oak::Ref<oak::IItemIdList>& folder) override;
+  void SelectAll() override { TCustomListView::SelectAll(); }
+  void Refresh(oak::TRefreshLevel level, const oak::Ref<oak::IItemIdList>& item) override;
+  bool GoUp() override;
+  oak::Ref<oak::IItemIdListCollection> GetSelectedElements() override;
 
  protected:
   void DblClick() override;
   void WndProc(oak::TMessage& message) override;
   void KeyDown(std::uint16_t& key, oak::TShiftState shift) override;
+  void DoContextPopup(oak::TPoint point, bool& handled) override;
   void ColClick(oak::TListColumn* column) override { SortBy(column->GetIndex()); }
+  void GetImageIndex(oak::TListItem* item) override;
+  bool CanEdit(oak::TListItem* item) override;
+  void Edit(oak::TListItem* item, const oak::TString& text) override;
 
  private:
   friend class TFolderRow;
-  void FillSubItems(const TFolderRow& row, oak::TListSubItems& texts);
+  void Open(const oak::Ref<oak::IItemIdList>& folder);
+  void OpenFocused();
+  void ReadRows();
   void MakeColumns();
   void Sort();
-  void OpenFocused();
+  void FillSubItems(const TFolderRow& row, oak::TListSubItems& texts);
+  void TakeSelection();
+  void EditFocused();
+  bool RunKey(std::uint16_t key, oak::TShiftState shift);
 
   oak::TFolderTrek fCursor;
   std::vector<int> fNumbers;  // the folder's column number by our column

@@ -1,7 +1,7 @@
 #include "PlaceTree.h"
 
-#include "Pictures.h"
-#include "oak/base/LogicalOrder.h"
+#include "oak/namespace/Oak.Shell.ItemIdListCollection.h"
+#include "oak/namespace/Oak.Shell.SystemImageList.h"
 #include "oak/namespace/OakItemIdList.h"
 
 using namespace oak;
@@ -12,10 +12,11 @@ TPlaceTree::TPlaceTree(TComponent* owner) : TCustomTreeView(owner) {
   SetShowLines(false);
 }
 
+// --- nodes -------------------------------------------------------------------------
+
 void TPlaceTree::AddRoot(const Ref<IItemIdList>& item) {
   auto node = std::make_unique<TPlaceNode>(&Items(), item);
   node->SetText(item->DisplayName(dnfInFolder));
-  node->SetImageIndex(pcPlace);
   node->SetHasChildren(true);
   Items().AddNode(std::move(node), nullptr, naAdd);
 }
@@ -23,7 +24,6 @@ void TPlaceTree::AddRoot(const Ref<IItemIdList>& item) {
 void TPlaceTree::AddPlace(TTreeNode* parent, TFolderTrek& cursor) {
   auto node = std::make_unique<TPlaceNode>(&Items(), cursor.GetAbsoluteItemIdList());
   node->SetText(cursor.GetShellObjectName(true));
-  node->SetImageIndex(cursor.IsDrive() ? pcDrive : pcFolder);
   node->SetHasChildren(cursor.HasSubFolders());
   Items().AddNode(std::move(node), parent, naAddChild);
 }
@@ -48,12 +48,32 @@ bool TPlaceTree::CanExpand(TTreeNode* node) {
   return node->GetFirstChild() != nullptr;
 }
 
+void TPlaceTree::GetImageIndex(TTreeNode* node) {
+  if (node->GetImageIndex() >= 0) return;
+  const Ref<IItemIdList>& item = static_cast<TPlaceNode*>(node)->GetItem();
+  node->SetImageIndex(TOakSystemImageList::GetIndexFromItemIdList(item, si_Small, false));
+  node->SetSelectedIndex(TOakSystemImageList::GetIndexFromItemIdList(item, si_Small, true));
+}
+
+// --- navigation --------------------------------------------------------------------
+
 void TPlaceTree::Change(TTreeNode* node) {
+  const TLifeGuard guard = GetLifeGuard();
   TCustomTreeView::Change(node);
-  if (node && !fFollowing && OnGoTo) OnGoTo(static_cast<TPlaceNode*>(node)->GetItem());
+  if (!guard.IsAlive() || !node || fFollowing || !fLink) return;
+  const Ref<IItemIdList> place = static_cast<TPlaceNode*>(node)->GetItem();
+  fLink->PathChanged(this, place);
+  // Refused: back to where all others stand.
+  if (guard.IsAlive() && CurrentFolder() && !CurrentFolder()->Equals(place, ilcDisplay))
+    SelectPlace(CurrentFolder());
+}
+
+void TPlaceTree::PathChanged(const Ref<IItemIdList>& folder) {
+  if (folder) SelectPlace(folder);
 }
 
 void TPlaceTree::SelectPlace(const Ref<IItemIdList>& item) {
+  const bool before = std::exchange(fFollowing, true);
   TTreeNode* found = nullptr;
   for (TTreeNode* node = Items().GetFirstNode(); node;) {
     const Ref<IItemIdList> place = static_cast<TPlaceNode*>(node)->GetItem();
@@ -66,7 +86,45 @@ void TPlaceTree::SelectPlace(const Ref<IItemIdList>& item) {
     node->Expand(false);
     node = node->GetFirstChild();
   }
-  fFollowing = true;
   SetSelected(found);
-  fFollowing = false;
+  if (found) found->MakeVisible();
+  fFollowing = before;
+}
+
+void TPlaceTree::Refresh(TRefreshLevel level, const Ref<IItemIdList>&) {
+  TTreeNode* const node = GetSelected();
+  if (level == rfCheckboxes || !node) return;
+  const bool before = std::exchange(fFollowing, true);
+  const bool wasExpanded = node->GetExpanded();
+  Items().BeginUpdate();
+  node->DeleteChildren();
+  node->SetHasChildren(true);
+  if (wasExpanded || !static_cast<TPlaceNode*>(node)->GetItem()->HasAttributes(SFGAO_HASSUBFOLDER))
+    node->Expand(false);
+  Items().EndUpdate();
+  fFollowing = before;
+}
+
+// --- commands ----------------------------------------------------------------------
+
+Ref<IItemIdListCollection> TPlaceTree::GetSelectedElements() {
+  auto objects = MakeRef<TItemIdListCollection>();
+  if (GetSelected()) objects->Add(static_cast<TPlaceNode*>(GetSelected())->GetItem());
+  return objects;
+}
+
+void TPlaceTree::DoContextPopup(TPoint point, bool& handled) {
+  handled = true;
+  const bool byKey = point == TPoint(-1, -1);
+  TTreeNode* const node = byKey ? GetSelected() : GetNodeAt(point.X, point.Y);
+  if (!node) return;
+  if (byKey) point = node->DisplayRect(true).Center();
+  const TLifeGuard guard = GetLifeGuard();
+  try {
+    TFolderTrek cursor(static_cast<TPlaceNode*>(node)->GetItem());
+    cursor.ShowContextMenu(ClientToScreen(point), nullptr);
+  } catch (const Exception& error) {
+    if (guard.IsAlive()) Report(error);
+  }
+  if (guard.IsAlive() && fLink) fLink->Refresh(rfSmart);
 }

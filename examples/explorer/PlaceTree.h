@@ -1,6 +1,7 @@
 // The namespace as a tree of folders.
 #pragma once
 
+#include "Linked.h"
 #include "oak/framework/TreeView.h"
 #include "oak/namespace/FolderTrek.h"
 
@@ -16,22 +17,28 @@ class TPlaceNode : public oak::TTreeNode {
 };
 
 /// Folders only; children are read when a node is first expanded.
-class TPlaceTree : public oak::TCustomTreeView {
+class TPlaceTree : public oak::TCustomTreeView, public TLinkedControl {
  public:
   explicit TPlaceTree(oak::TComponent* owner);
+  ~TPlaceTree() override { BeginDestroy(); }
 
   void AddRoot(const oak::Ref<oak::IItemIdList>& item);
-  /// Expands the way to a place and selects it; the nearest folder above if the place isn't there.
-  void SelectPlace(const oak::Ref<oak::IItemIdList>& item);
 
-  /// The user went to a place.
-  std::function<void(const oak::Ref<oak::IItemIdList>& item)> OnGoTo;
+  // --- the hub's calls -----------------------------------------------------------
+  void PathChanged(const oak::Ref<oak::IItemIdList>& folder) override;
+  /// Reads the children of the selected place again.
+  void Refresh(oak::TRefreshLevel level, const oak::Ref<oak::IItemIdList>& item) override;
+  oak::Ref<oak::IItemIdListCollection> GetSelectedElements() override;
 
  protected:
   bool CanExpand(oak::TTreeNode* node) override;
   void Change(oak::TTreeNode* node) override;
+  void GetImageIndex(oak::TTreeNode* node) override;
+  void DoContextPopup(oak::TPoint point, bool& handled) override;
 
  private:
   void AddPlace(oak::TTreeNode* parent, oak::TFolderTrek& cursor);
-  bool fFollowing = false;  // the selection follows the list, not the user
+  /// Expands the way to a place and selects it; the nearest folder above if the place isn't there.
+  void SelectPlace(const oak::Ref<oak::IItemIdList>& item);
+  bool fFollowing = false;  // the selection follows the others, not the user
 };

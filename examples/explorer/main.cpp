@@ -1,9 +1,11 @@
 // explorer: a window with the namespace as a tree and the chosen folder as rows.
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 
 #include "Show.h"
 #include "oak/framework/Application.h"
+#include "oak/framework/Styles.h"
 #include "oak/namespace/OakItemIdList.h"
 #include "oak/platform/Console.h"
 
@@ -12,11 +14,14 @@ using namespace oak;
 namespace {
 
 constexpr char Usage[] =
-    "usage: explorer [--tour] [--screenshot FILE.png] [PLACE]\n"
-    "  --tour             open, expand, select, sort, go up, and print the window after each "
-    "step;\n"
-    "                     what a system without a screen does anyway\n"
+    "usage: explorer [--tour] [--screenshot FILE.png] [--density N] [--style NAME] [PLACE]\n"
+    "  --tour             open, expand, select, sort, go up; after each step the window is "
+    "printed,\n"
+    "                     on Windows saved as explorer-1.png and so on. What a system without a\n"
+    "                     screen does anyway\n"
     "  --screenshot FILE  save a picture of the window and end (Windows)\n"
+    "  --density N        tour or picture as on a monitor of N pixels per inch (Windows)\n"
+    "  --style NAME       Light or Dark instead of the system's colours\n"
     "PLACE is a path or a name such as \"This PC\"; default: your home folder.\n";
 
 /// False if the arguments make no sense.
@@ -27,6 +32,10 @@ bool ReadOptions(const std::vector<std::string>& arguments, TShowOptions& option
       options.Tour = true;
     else if (arguments[i] == "--screenshot" && i + 1 < arguments.size())
       options.Screenshot = arguments[++i];
+    else if (arguments[i] == "--density" && i + 1 < arguments.size())
+      options.Density = std::atoi(arguments[++i].c_str());
+    else if (arguments[i] == "--style" && i + 1 < arguments.size())
+      options.Style = arguments[++i];
     else if (arguments[i].starts_with("--") || !place.empty())
       return false;
     else
@@ -56,6 +65,10 @@ int main(int argc, char** argv) try {
   const Ref<IItemIdList> folder = PlaceOf(place);
   if (folder->IsInvalid() || !folder->IsFolder()) {
     std::fprintf(stderr, "explorer: \"%s\" is no folder\n", place.c_str());
+    return 1;
+  }
+  if (!options.Style.empty() && !TStyleManager::TrySetStyle(FromUtf8(options.Style))) {
+    std::fprintf(stderr, "explorer: there is no style \"%s\"\n", options.Style.c_str());
     return 1;
   }
   Application().SetTitle(u"Explorer");

@@ -3,72 +3,68 @@
 
 #include <cstdio>
 
-#include "examples/explorer/Pictures.h"
+#include "examples/explorer/Tour.h"
 #include "oak/framework/headless/HeadlessDesktop.h"
 #include "oak/framework/headless/HeadlessPicture.h"
+#include "oak/platform/portable/ShellHooks.h"
+#include "oak/platform/portable/ShellIcons.h"
 
 using namespace oak;
 
 namespace {
 
-/// Does what a user would do with mouse and keys.
-class TTour {
- public:
-  explicit TTour(TExplorerForm& form)
-      : fForm(form), fDesktop(static_cast<THeadlessDesktop&>(WidgetSet())) {
-    fLook.ImageSign = [](const TDrawOperation& image) -> TString {
-      constexpr const char16_t* signs[] = {u"\u25A0", u"\u00B7", u"\u25AC", u"\u25C6"};
-      return image.ImageIndex >= 0 && image.ImageIndex < 4 ? signs[image.ImageIndex] : u"";
-    };
+/// Folders, drives, other places, files.
+TString SignOf(int icon) {
+  switch (icon) {
+    case iconFolder:
+    case iconFolderOpen:
+      return u"\u25A0";
+    case iconDrive:
+    case iconRemovable:
+    case iconNetDrive:
+    case iconCdRom:
+      return u"\u25AC";
+    default:
+      return icon > iconFolderOpen && icon < iconText ? u"\u25C6" : u"\u00B7";
   }
+}
 
-  int Run() {
+/// The portable shell shows nothing by itself: what it has to tell goes to the status line.
+void ListenToShell(TExplorerForm& form) {
+  TShellHooks hooks;
+  hooks.OnFailure = [&form](const TShellFailure& failure) {
+    TString text = u"Not done: " + failure.Verb;
+    for (const TString& place : failure.Places) text += u" " + place;
+    form.GetStatus().SetCaption(text);
+  };
+  hooks.OnProperties = [&form](const TString& title, const TString& report) {
+    form.GetStatus().SetCaption(title + u": " + report.substr(0, report.find_first_of(u"\r\n")));
+  };
+  SetShellHooks(std::move(hooks));
+}
+
+class THeadlessGuide final : public ITourGuide {
+ public:
+  explicit THeadlessGuide(TExplorerForm& form)
+      : fForm(form), fDesktop(static_cast<THeadlessDesktop&>(WidgetSet())) {
+    fLook.ImageSign = [](const TDrawOperation& image) { return SignOf(image.ImageIndex); };
     fForm.SetBounds(0, 0, 840, 420);
     fForm.Show();
     fDesktop.Run();
-    Step("The window opens on a folder; tree and path follow.");
-    OpenLastFolder();
-    SelectRows();
-    SortBySize();
-    fDesktop.KeyPress(vkUp, ssAlt);
-    Step("Alt and the up arrow: one folder up, with the one that was left selected.");
-    return 0;
   }
 
- private:
-  void Step(const char* words) {
+  void Click(TWinControl& control, TPoint point) override { fDesktop.Click(control, point); }
+  void DoubleClick(TWinControl& control, TPoint point) override {
+    fDesktop.DoubleClick(control, point);
+  }
+  void Key(TWinControl&, std::uint16_t key, TShiftState shift) override {
+    fDesktop.KeyPress(key, shift);
+  }
+  void Show(const char* words) override {
     std::printf("\n# %s\n%s", words, ToUtf8(TextPicture(fForm, fLook)).c_str());
   }
 
-  void OpenLastFolder() {
-    TFolderList& list = fForm.GetList();
-    TListItem* row = nullptr;
-    for (TListItem* const item : list.Items())
-      if (static_cast<const TFolderRow&>(*item).IsFolder()) row = item;
-    if (!row) return;
-    row->MakeVisible(false);
-    fDesktop.DoubleClick(list, row->DisplayRect(drLabel).Center());
-    Step("A double click opens a folder.");
-  }
-
-  void SelectRows() {
-    TFolderList& list = fForm.GetList();
-    if (list.Items().GetCount() == 0) return;
-    fDesktop.Click(list, list.Items()[0]->DisplayRect(drLabel).Center());
-    fDesktop.KeyPress(vkDown, ssShift);
-    fDesktop.KeyPress(vkDown, ssShift);
-    Step("Shift and arrows select rows; the status line counts them.");
-  }
-
-  void SortBySize() {
-    TFolderList& list = fForm.GetList();
-    if (list.Columns().GetCount() < 2) return;
-    const TRect header = list.GetHeaderRect();
-    const int x = list.Columns()[0]->GetWidth() + list.Columns()[1]->GetWidth() / 2;
-    fDesktop.Click(list, {x, header.Center().Y});
-    Step("A click on a column sorts by it; selected rows stay selected.");
-  }
-
+ private:
   TExplorerForm& fForm;
   THeadlessDesktop& fDesktop;
   THeadlessPictureOptions fLook;
@@ -82,5 +78,9 @@ int ShowForm(TExplorerForm& form, const TShowOptions& options) {
                stderr);
     return 1;
   }
-  return TTour(form).Run();
+  ListenToShell(form);
+  THeadlessGuide guide(form);
+  RunTour(form, guide);
+  SetShellHooks({});
+  return 0;
 }

@@ -1,0 +1,85 @@
+// The column texts of a folder as a list asks for them: page by page, what is visible first.
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "bench/common/BenchData.h"
+#include "oak/namespace/FolderTrek.h"
+#include "oak/namespace/Oak.Shell.Types.ColumnInfo.h"
+#include "oak/namespace/OakItemIdList.h"
+#include "oak/platform/Console.h"
+
+namespace {
+
+using namespace oak;
+
+constexpr std::size_t PageRows = 40;
+
+/// A folder's objects, read once, and the numbers of the columns that it shows by default.
+struct TListing {
+  TListing() {
+    Cursor.SetShowErrorMessages(false);
+    Cursor.SetFolderIdList(TOakItemIdList::Create(PathFromArgument(bench::Folder())));
+    while (Cursor.Next()) Items.push_back(Cursor.GetItemIdList());
+    for (int number = 0; Cursor.GetShColumnIdFromColumnNumber(number).IsValid(); ++number) {
+      TColumnInfo info;
+      Cursor.GetColumnInfo(number, info);
+      if (info.fVisibleByDefault) Columns.push_back(number);
+    }
+  }
+  /// Characters of all texts of some rows.
+  std::size_t ReadTexts(std::size_t first, std::size_t count) {
+    std::size_t length = 0;
+    const std::size_t end = std::min(first + count, Items.size());
+    for (std::size_t row = first; row < end; ++row) {
+      Cursor.SetItemIdList(Items[row]);
+      for (const int number : Columns) length += Cursor.GetColumnText(number, false).size();
+    }
+    return length;
+  }
+
+  TFolderTrek Cursor;
+  std::vector<Ref<IItemIdList>> Items;
+  std::vector<int> Columns;
+};
+
+/// Each page is another part of the folder, so that nothing is warm but the directory itself.
+void OnePage(benchmark::State& state) {
+  TListing listing;
+  std::size_t first = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(listing.ReadTexts(first, PageRows));
+    first = first + PageRows < listing.Items.size() ? first + PageRows : 0;
+  }
+  state.counters["columns"] = static_cast<double>(listing.Columns.size());
+  state.counters["row_us"] = benchmark::Counter(
+      static_cast<double>(PageRows),
+      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(OnePage)->Unit(benchmark::kMicrosecond);
+
+/// All rows; the yardstick looks each file up once, as no program can do without.
+void AllPages(benchmark::State& state) {
+  TListing listing;
+  const std::string folder = bench::Folder();
+  bench::Compare(
+      state,
+      [&] {
+        std::size_t length = 0;
+        for (std::size_t first = 0; first < listing.Items.size(); first += PageRows)
+          length += listing.ReadTexts(first, PageRows);
+        benchmark::DoNotOptimize(length);
+      },
+      [&] {
+        std::int64_t total = 0;
+        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+          struct stat info {};
+          if (::stat(entry.path().c_str(), &info) == 0) total += info.st_size;
+        }
+        benchmark::DoNotOptimize(total);
+      });
+  state.counters["objects"] = static_cast<double>(listing.Items.size());
+}
+BENCHMARK(AllPages)->Unit(benchmark::kMillisecond)->Iterations(1);
+
+}  // namespace

@@ -1,0 +1,44 @@
+#include "Tour.h"
+
+using namespace oak;
+
+namespace {
+
+void OpenLastFolder(TFolderList& list, ITourGuide& guide) {
+  TListItem* row = nullptr;
+  for (TListItem* const item : list.Items())
+    if (static_cast<const TFolderRow&>(*item).IsFolder()) row = item;
+  if (!row) return;
+  row->MakeVisible(false);
+  guide.DoubleClick(list, row->DisplayRect(drLabel).Center());
+  guide.Show("A double click opens a folder.");
+}
+
+void SelectRows(TFolderList& list, ITourGuide& guide) {
+  if (list.Items().GetCount() == 0) return;
+  guide.Click(list, list.Items()[0]->DisplayRect(drLabel).Center());
+  guide.Key(list, vkDown, ssShift);
+  guide.Key(list, vkDown, ssShift);
+  guide.Show("Shift and arrows select rows; the status line counts them.");
+}
+
+void SortBySize(TFolderList& list, ITourGuide& guide) {
+  if (list.Columns().GetCount() < 2) return;
+  const int x = list.Columns()[0]->GetWidth() + list.Columns()[1]->GetWidth() / 2;
+  guide.Click(list, {x, list.GetHeaderRect().Center().Y});
+  guide.Show("A click on a column sorts by it; selected rows stay selected.");
+}
+
+}  // namespace
+
+void RunTour(TExplorerForm& form, ITourGuide& guide) {
+  TFolderList& list = form.GetList();
+  guide.Show("The window opens on a folder; tree and path follow.");
+  OpenLastFolder(list, guide);
+  SelectRows(list, guide);
+  SortBySize(list, guide);
+  guide.Key(list, vkUp, ssAlt);
+  guide.Show("Alt and the up arrow: one folder up, with the one that was left selected.");
+  guide.Key(list, vkLeft, ssAlt);
+  guide.Show("Alt and the left arrow: back to where the user came from.");
+}

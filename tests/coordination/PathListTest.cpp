@@ -1,0 +1,155 @@
+// Lists of paths and tests of path texts.
+#include "oak/coordination/OakPathList.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "oak/platform/Api.h"
+#include "testkit/ScopedApi.h"
+#include "tests/framework/TempFolder.h"
+
+namespace oak {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+TEST(PathList, KeepsOneFormOfEachPath) {
+  TOakPathList list;
+  EXPECT_EQ(list.Add(u"C:\\a\\"), 0);
+  EXPECT_EQ(list.Add(u""), -1) << "nothing to add";
+  EXPECT_EQ(list.Add(u"C:\\"), 1);
+  list.AddStrings({u"C:\\b\\*", u""});
+  list.Insert(0, u"\\\\server\\share\\");
+  list.SetText(list.GetText() + u"D:\\x\\\r\n\r\n");
+  EXPECT_THAT(list.ToArray(),
+              ElementsAre(u"\\\\server\\share\\", u"C:\\a", u"C:\\", u"C:\\b\\*", u"D:\\x"));
+  EXPECT_EQ(list.IndexOfPath(u"c:\\A\\"), 1);
+  EXPECT_EQ(list.IndexOfPath(u"C:"), 2);
+  EXPECT_FALSE(list.ContainsPath(u"C:\\ab"));
+  EXPECT_TRUE(list.Remove(u"c:\\a\\"));
+  EXPECT_FALSE(list.Remove(u"C:\\a"));
+  EXPECT_EQ(list.Remove(TStringList{u"D:\\X\\", u"E:\\", u"\\\\server\\share"}), 2);
+  EXPECT_THAT(list.ToArray(), ElementsAre(u"C:\\", u"C:\\b\\*"));
+
+  TOakPathList other;
+  other.AddRange(TStringList{u"C:\\1", u"C:\\2", u"C:\\3", u"C:\\4"}, 1, 2);
+  other.AddRange(TStringList{u"C:\\5"}, -3, 9);
+  EXPECT_THAT(other.ToArray(), ElementsAre(u"C:\\2", u"C:\\3", u"C:\\5"));
+  other.AddRange(other, 0, 2);
+  EXPECT_EQ(other.GetCount(), 6);
+}
+
+TEST(PathList, TellsOfEveryPathThatComesAndGoes) {
+  TOakPathList list;
+  std::vector<std::string> log;
+  list.OnAdd = [&](TStringView path, int index) {
+    log.push_back("+" + ToUtf8(path) + "@" + std::to_string(index));
+  };
+  list.OnRemove = [&](TStringView path, int index) {
+    log.push_back("-" + ToUtf8(path) + "@" + std::to_string(index));
+  };
+  list.Add(u"C:\\a");
+  list.AddStrings({u"C:\\b\\", u""});
+  list.Insert(0, u"C:\\c");
+  list.Put(1, u"C:\\d\\");
+  list.Delete(0);
+  EXPECT_THAT(log,
+              ElementsAre("+C:\\a@0", "+C:\\b@1", "+C:\\c@0", "-C:\\a@1", "+C:\\d@1", "-C:\\c@0"));
+  log.clear();
+  list.Assign(std::make_unique<TOakPathList>(TStringArray{u"C:\\x"}).get());
+  EXPECT_THAT(log, ElementsAre("-C:\\b@1", "-C:\\d@0", "+C:\\x@0")) << "emptied from its end";
+}
+
+TEST(PathList, TakesOnlyWhatExistsIfWanted) {
+  tests::TTempFolder folder;
+  folder.Write("there", "");
+  TOakPathList list;
+  list.SetCheckIfExists(true);
+  EXPECT_EQ(list.Add(folder.Path("missing")), -1);
+  EXPECT_EQ(list.Add(folder.Path("there")), 0);
+}
+
+TEST(PathList, KnowsNetworkPathsAsTheyChange) {
+  TOakPathList list;
+  EXPECT_FALSE(list.GetContainsNetworkPath());
+  list.Add(u"\\\\server\\share\\x");
+  EXPECT_TRUE(list.GetContainsNetworkPath());
+  list.Put(0, u"C:\\x");
+  const testkit::TScopedApi types(Api().GetDriveTypeW, [](LPCWSTR root) -> UINT {
+    return FromW(root) == u"Z:\\" ? DRIVE_REMOTE : DRIVE_FIXED;
+  });
+  EXPECT_FALSE(list.GetContainsNetworkPath());
+  list.Add(u"Z:\\x");
+  EXPECT_TRUE(list.GetContainsNetworkPath());
+  list.Clear();
+  EXPECT_FALSE(list.GetContainsNetworkPath());
+}
+
+TEST(PathList, BuildsWhatFileOperationsTake) {
+  TOakPathList list(TStringArray{u"C:\\a", u"D:\\"});
+  const char16_t expected[] = u"C:\\a\0D:\\\0";  // and one more zero at the end
+  EXPECT_EQ(std::memcmp(list.GetStringPointer(), expected, sizeof expected), 0);
+  list.Clear();
+  EXPECT_EQ(FromW(list.GetStringPointer()), u"");
+
+  TWideStringBuilder builder;
+  EXPECT_EQ(builder.GetSize(), 2u);
+  builder.Append(u"ab");
+  builder.Append(u"");
+  EXPECT_EQ(builder.GetSize(), 10u);
+  builder.SetIncludeTrailingZeroCharacter(false);
+  EXPECT_EQ(builder.GetSize(), 8u);
+}
+
+TEST(PathList, ComparesPathsAsWholes) {
+  EXPECT_TRUE(TOakPathList::IsSubPathOf(u"C:\\a\\", u"c:\\A\\b"));
+  EXPECT_FALSE(TOakPathList::IsSubPathOf(u"C:\\a", u"C:\\ab"));
+  EXPECT_FALSE(TOakPathList::IsSubPathOf(u"C:\\a", u"C:\\a\\"));
+  EXPECT_TRUE(TOakPathList(TStringArray{u"C:\\a\\b", u"c:\\A\\c\\d"}).AllItemsSubpathOf(u"C:\\a"));
+  EXPECT_FALSE(TOakPathList(TStringArray{u"C:\\a\\b", u"C:\\a"}).AllItemsSubpathOf(u"C:\\a"));
+  EXPECT_FALSE(TOakPathList().AllItemsSubpathOf(u"C:\\a"));
+  EXPECT_TRUE(TOakPathList::ShareSameRoot(TStringList{u"C:\\a", u"c:\\b"}));
+  EXPECT_FALSE(TOakPathList::ShareSameRoot(TStringList{u"C:\\a", u"D:\\a"}));
+  EXPECT_FALSE(TOakPathList::ShareSameRoot(TStringList{u"\\\\s\\1\\a", u"\\\\s\\2\\a"}));
+  EXPECT_TRUE(TOakPathList::ShareSameRoot(TStringList{}));
+}
+
+TEST(PathList, SplitsPaths) {
+  struct TCase {
+    const char16_t *Path, *Folder, *Name;
+  };
+  for (const TCase& c : {TCase{u"C:\\a\\b.txt", u"C:\\a", u"b.txt"},
+                         {u"C:\\b", u"C:\\", u"b"},
+                         {u"C:\\", u"C:\\", u""},
+                         {u"b", u"", u"b"}}) {
+    TString name = u"?";
+    EXPECT_EQ(TOakPathList::SplitPath(c.Path, name), TString(c.Folder));
+    EXPECT_EQ(name, TString(c.Name));
+  }
+  EXPECT_THAT(TOakPathList::SplitPathByDelimiter(u"C:\\a\\b\\", u'\\'),
+              ElementsAre(u"C:", u"a", u"b"));
+  EXPECT_THAT(TOakPathList::SplitPathByDelimiter(u"\\\\s\\h", u'\\'),
+              ElementsAre(u"", u"", u"s", u"h"));
+  EXPECT_THAT(TOakPathList::SplitPathByDelimiter(u"", u'\\'), IsEmpty());
+}
+
+TEST(PathList, ProcessesOf32BitsFindProgramsOf64) {
+  const testkit::TScopedApi wow(Api().IsWow64Process, [](HANDLE, BOOL* answer) -> BOOL {
+    *answer = TRUE;
+    return TRUE;
+  });
+  // Far from the folder of programs nothing is looked up.
+  const testkit::TScopedApi find(Api().FindFirstFileW, [](LPCWSTR path, WIN32_FIND_DATAW*) {
+    ADD_FAILURE() << ToUtf8(FromW(path));
+    return INVALID_HANDLE_VALUE;
+  });
+  TString path = u"C:\\elsewhere\\program.exe";
+  TOakPathList::AdaptPathOnWow64Systems(path);
+  EXPECT_EQ(path, u"C:\\elsewhere\\program.exe");
+}
+
+}  // namespace
+}  // namespace oak
