@@ -130,6 +130,7 @@ bool TOakPathList::AllItemsSubpathOf(TStringView aPath) const {
 LPCWSTR TOakPathList::GetStringPointer() {
   fWideStringBuilder.Clear();
   fWideStringBuilder.Append(*this);
+  if (GetCount() == 0) fWideStringBuilder.Append(TStringView());
   return fWideStringBuilder.GetStringPointer();
 }
 

@@ -85,6 +85,8 @@ void TOakBaseSelectionList::FireNoted() {
     if (fUpdateCount == 0) isChanged = std::exchange(fIsChanged, false);
   }
   const TLifeGuard guard{fLife};
+  AfterChange();
+  if (!guard.IsAlive()) return;
   for (const TString& path : invalidPaths) {
     FireEvent(OnInvalidPath, this, TStringView(path));
     if (!guard.IsAlive()) return;
@@ -140,12 +142,16 @@ void TOakBaseSelectionList::ClearEntries() {
   Changed();
 }
 
+void TOakBaseSelectionList::ClearTotals() noexcept {
+  FSize = 0;
+  FFileCount = 0;
+  FFolderCount = 0;
+}
+
 void TOakBaseSelectionList::Clear() {
   Modify([this] {
     ClearEntries();
-    FSize = 0;
-    FFileCount = 0;
-    FFolderCount = 0;
+    ClearTotals();
   });
 }
 
@@ -204,7 +210,8 @@ void TOakBaseSelectionList::SaveToIniFile(const TString& sFileName, TStringView 
       Ask([](const TSelectionEntries& entries) { return entries.ToArray(); });
   TIniFile file(sFileName);
   file.EraseSection(section);
-  for (const TString& path : paths) file.WriteString(section, path, {});
+  // A path may be the start of another one up to a "=" in that: appended, none replaces the other.
+  for (const TString& path : paths) file.AppendKey(section, path);
   file.UpdateFile();
 }
 

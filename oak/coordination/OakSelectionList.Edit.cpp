@@ -37,7 +37,7 @@ void TOakSelectionList::Select(TStringView pPath) {
 
 void TOakSelectionList::AddFormatted(const TString& pEntry) {
   if (fCalculateSelectedFiles && !pEntry.ends_with(u'*')) {
-    FSize += static_cast<std::uint64_t>(std::max<std::int64_t>(GetFileSize(pEntry), 0));
+    FSize += std::max<std::int64_t>(GetFileSize(pEntry), 0);
     ++FFileCount;
     NoteCompletedCalculateFiles();
   } else {
@@ -69,7 +69,9 @@ void TOakSelectionList::RemovePathFromSelection(TStringView sFQPath) {
   const TString path(sFQPath);
   Modify([&] {
     Deselect(path);
-    if (IsEmpty()) AbortSizeCalculation();
+    if (!IsEmpty()) return;
+    AbortSizeCalculation();
+    ClearTotals();
   });
 }
 
@@ -171,16 +173,23 @@ void TOakSelectionList::PerformSizeCalculation(TStringView pEntry, bool pSubtrac
                         factor](const TFolderSizeRequest::TResult& result) {
     if (!life.expired()) CompletedFolderSize(result, factor);
   };
-  FolderSizeJob()(std::move(request));
+  fSizeRequests.push_back(std::move(request));
+}
+
+void TOakSelectionList::AfterChange() {
+  const TLifeGuard guard{fLife};
+  std::vector<TFolderSizeRequest> requests = std::exchange(fSizeRequests, {});
+  for (TFolderSizeRequest& request : requests)
+    if (guard.IsAlive() && FolderSizeJob()) FolderSizeJob()(std::move(request));
 }
 
 void TOakSelectionList::CompletedFolderSize(const TFolderSizeRequest::TResult& pResult,
                                             int pFactor) {
   if (!pResult.IsCanceled) {
-    FSize = pFactor > 0 ? FSize + pResult.Size : FSize - std::min(FSize, pResult.Size);
+    FSize += pFactor * static_cast<std::int64_t>(pResult.Size);
     FFileCount += pFactor * pResult.FileCount;
     FFolderCount += pFactor * pResult.FolderCount;
-    if (IsEmpty()) FFileCount = FFolderCount = 0;
+    if (IsEmpty()) ClearTotals();
   }
   DoCompletedCalculateFiles();
 }

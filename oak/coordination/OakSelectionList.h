@@ -1,9 +1,11 @@
 // TOakSelectionList: which parts of a file tree the user has ticked.
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <set>
+#include <vector>
 
 #include "oak/coordination/BaseComponent.h"
 #include "oak/coordination/FindFiles.h"
@@ -54,9 +56,11 @@ class TOakBaseSelectionList : public TOakBaseComponent {
   void SetPaths(const TStrings& pPaths);
   /// Bytes, files and folders that are selected, as far as they were counted; see
   /// TOakSelectionList::SetCalculateSelectedFiles. Owner thread.
-  std::uint64_t GetSize() const noexcept { return FSize; }
-  int GetFileCount() const noexcept { return FFileCount; }
-  int GetFolderCount() const noexcept { return FFolderCount; }
+  std::uint64_t GetSize() const noexcept {
+    return FSize > 0 ? static_cast<std::uint64_t>(FSize) : 0;
+  }
+  int GetFileCount() const noexcept { return std::max(FFileCount, 0); }
+  int GetFolderCount() const noexcept { return std::max(FFolderCount, 0); }
   /// The control that the list belongs to; a reference of the application.
   TComponent* GetParent() const noexcept { return fParent; }
   void SetParent(TComponent* pParent);
@@ -75,6 +79,8 @@ class TOakBaseSelectionList : public TOakBaseComponent {
   void Modify(const std::function<void()>& pBody);
   /// The outermost change ends outside of an update bracket.
   virtual void BeforeUpdateEnds() {}
+  /// The outermost change has ended, and no lock is held. Events follow.
+  virtual void AfterChange() {}
   virtual void DoCompletedCalculateFiles() {}
   // To be called in a change:
   void Changed() noexcept { fIsChanged = true; }
@@ -84,6 +90,7 @@ class TOakBaseSelectionList : public TOakBaseComponent {
   bool RemoveEntry(TStringView pEntry);
   bool RenameEntries(TStringView pOldPath, TStringView pNewPath);
   void ClearEntries();
+  void ClearTotals() noexcept;
 
   /// Runs a question over the entries. Any thread; short, nothing of the system is asked in it.
   template <class TQuestion>
@@ -92,7 +99,9 @@ class TOakBaseSelectionList : public TOakBaseComponent {
     return pQuestion(fEntries);
   }
 
-  std::uint64_t FSize = 0;
+  // Sums of what was counted, in the order in which counts end: below zero while something is taken
+  // off that has not been added yet.
+  std::int64_t FSize = 0;
   int FFileCount = 0;
   int FFolderCount = 0;
   /// Dies with the list.
@@ -182,8 +191,8 @@ class TOakSelectionList : public TOakBaseSelectionList {
   TString ToString() const;
 
   // --- properties ------------------------------------------------------------------------
-  /// Whether folders that are links stand for what they lead to. Without it they can't be ticked.
-  /// Default false.
+  /// Whether folders that are links stand for what they lead to. Default false: their state can't
+  /// be told then.
   bool GetHandleShellLinks() const noexcept { return fHandleShellLinks; }
   void SetHandleShellLinks(bool pValue) noexcept { fHandleShellLinks = pValue; }
   /// Whether Size, FileCount and FolderCount are kept, by counts in the background. Default false.
@@ -222,6 +231,7 @@ class TOakSelectionList : public TOakBaseSelectionList {
 
  protected:
   void BeforeUpdateEnds() override;
+  void AfterChange() override;
   void DoCompletedCalculateFiles() override;
 
  private:
@@ -247,6 +257,7 @@ class TOakSelectionList : public TOakBaseSelectionList {
   bool fFollowReparsePoint = false;
   bool fRemoveInvalidPaths = false;
   CancellationToken fCancellationToken;
+  std::vector<TFolderSizeRequest> fSizeRequests;  ///< Those of the change under way.
   std::set<TString> fFoldCandidates;  ///< Folders, with a delimiter, in which something was ticked.
 };
 

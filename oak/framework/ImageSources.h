@@ -28,6 +28,9 @@ class TScaledImageSource : public IImageSource {
   bool GetImage(int index, TBitmap& image) const override;
   int GetOverlayImage(int overlay) const override { return fSource->GetOverlayImage(overlay); }
 
+ protected:
+  const std::shared_ptr<const IImageSource>& GetOriginal() const noexcept { return fSource; }
+
  private:
   std::shared_ptr<const IImageSource> fSource;
   TSize fSize;

@@ -243,9 +243,7 @@ bool TIniDocument::Write(TStringView section, TStringView key, TStringView value
   TSection* found = FindSection(section);
   const auto place = found ? FindKey(*found, key) : std::nullopt;
   if (!place) {
-    TString text = TString(key) + u"=" + ToIniValue(value);
-    MakeRoomFor(text);
-    AddKey(found ? *found : AddSection(section), std::move(text));
+    Append(section, TString(key) + u"=" + ToIniValue(value));
     return true;
   }
   TLine& line = **place;
@@ -257,6 +255,12 @@ bool TIniDocument::Write(TStringView section, TStringView key, TStringView value
   line.Raw.reset();
   MakeRoomFor(line.Text);
   return true;
+}
+
+void TIniDocument::Append(TStringView section, TString line) {
+  MakeRoomFor(line);
+  TSection* found = FindSection(section);
+  AddKey(found ? *found : AddSection(section), std::move(line));
 }
 
 void TIniDocument::AddKey(TSection& section, TString line) {

@@ -35,6 +35,8 @@ class TIniDocument {
   bool Read(TStringView section, TStringView key, TString& value) const;
   /// False if the value was there already.
   bool Write(TStringView section, TStringView key, TStringView value);
+  /// Adds "key=value" behind the keys of the section, whatever keys there are.
+  void Append(TStringView section, TString line);
   bool EraseSection(TStringView section);
   bool DeleteKey(TStringView section, TStringView key);
   void ListSections(TStrings& names) const;

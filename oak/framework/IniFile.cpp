@@ -162,6 +162,12 @@ void TIniFile::WriteString(TStringView section, TStringView key, TStringView val
   if (fDocument->Write(sectionName, keyName, value)) fModified = true;
 }
 
+void TIniFile::AppendKey(TStringView section, TStringView key) {
+  const TString sectionName = CheckedSection(section);
+  fDocument->Append(sectionName, CheckedKey(key) + u"=");
+  fModified = true;
+}
+
 void TIniFile::WriteInteger(TStringView section, TStringView key, int value) {
   WriteString(section, key, IntToStr(value));
 }

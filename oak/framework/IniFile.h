@@ -57,6 +57,9 @@ class TIniFile : public TObject {
   /// A number other than 0 is true; `fallback` if it is none.
   bool ReadBool(TStringView section, TStringView key, bool fallback = false) const;
   void WriteString(TStringView section, TStringView key, TStringView value);
+  /// Adds a key without a value behind those of the section, even if there is such a key: for
+  /// sections that are lists of texts, which may hold "=".
+  void AppendKey(TStringView section, TStringView key);
   void WriteInteger(TStringView section, TStringView key, int value);
   /// "1" or "0".
   void WriteBool(TStringView section, TStringView key, bool value);

@@ -8,6 +8,7 @@
 #include "oak/base/Handles.h"
 #include "oak/base/Version.h"
 #include "oak/framework/GraphicsSystem.h"
+#include "oak/framework/ImageSources.h"
 #include "oak/namespace/ErrorMode.h"
 #include "oak/namespace/Oak.Shell.ControlHelper.h"
 #include "oak/platform/shell_api_images.h"
@@ -118,36 +119,30 @@ std::shared_ptr<const IImageSource> SourceOf(TOakImageListSize pSize) {
 }  // namespace
 
 /// Icons in another size than the system's, kept once they are made.
-class TOakSystemImageList::TScaledIcons : public IImageSource {
+class TOakSystemImageList::TScaledIcons : public TScaledImageSource {
  public:
-  TScaledIcons(std::shared_ptr<const IImageSource> pSource, int pPixels)
-      : fSource(std::move(pSource)), fPixels(pPixels) {}
+  using TScaledImageSource::TScaledImageSource;
 
-  int GetCount() const override { return fSource->GetCount(); }
-  TSize GetImageSize() const override { return {fPixels, fPixels}; }
   bool GetImage(int pIndex, TBitmap& pImage) const override {
     auto found = fImages.find(pIndex);
     if (found == fImages.end()) {
       TBitmap image;
-      if (!fSource->GetImage(pIndex, image)) return false;
-      found = fImages.emplace(pIndex, image.Resized(fPixels, fPixels)).first;
+      if (!TScaledImageSource::GetImage(pIndex, image)) return false;
+      found = fImages.emplace(pIndex, std::move(image)).first;
     }
     pImage.Assign(&found->second);
     return true;
   }
-  int GetOverlayImage(int pOverlay) const override { return fSource->GetOverlayImage(pOverlay); }
 
   /// The same icons but for one, which is to be scaled anew.
   std::shared_ptr<const TScaledIcons> Without(int pIndex) const {
-    auto result = std::make_shared<TScaledIcons>(fSource, fPixels);
+    auto result = std::make_shared<TScaledIcons>(GetOriginal(), GetImageSize());
     for (const auto& [index, image] : fImages)
       if (index != pIndex) result->fImages[index].Assign(&image);
     return result;
   }
 
  private:
-  const std::shared_ptr<const IImageSource> fSource;
-  const int fPixels;
   mutable std::map<int, TBitmap> fImages;
 };
 
@@ -229,7 +224,7 @@ void TOakSystemImageList::ShowIcons() {
   if (TOakImageListSizeHelper::GetSize(nearest) == fPixels) return SetSource(SourceOf(nearest));
   const bool isLarger = fPixels > TOakImageListSizeHelper::GetSize(si_ExtraLarge);
   const auto source = SourceOf(isLarger ? si_Jumbo : si_ExtraLarge);
-  if (source) fScaled = std::make_shared<TScaledIcons>(source, fPixels);
+  if (source) fScaled = std::make_shared<TScaledIcons>(source, TSize{fPixels, fPixels});
   SetSource(fScaled);
 }
 

@@ -22,13 +22,13 @@ class SelectionFiles : public TSelectionFixture {};
 
 TEST_F(SelectionFiles, ComesBackFromAnIniFileAsItWas) {
   const char* const names[] = {"a=b.txt", "a=b=c.txt", "=.txt",      "a = b.txt", "x;y.txt",
-                               "[z].txt", "ä ж.txt",   "q'uote.txt", "a.txt=.md"};
+                               "[z].txt", "ä ж.txt",   "q'uote.txt", "a.txt=.md", "a.txt"};
   for (const char* name : names) Make(name);
   Make("F=G");
   for (const char* name : names) list.AddPathToSelection(Path(name));
   Run("+F=G +gone\\* +Z");
   const auto expected = Entries();
-  ASSERT_EQ(expected.size(), 12u);
+  ASSERT_EQ(expected.size(), 13u);
   const TString file = Path("list.ini");
   list.SaveToIniFile(file, u"Selection");
   list.SaveToIniFile(file, u"Selection");
@@ -40,7 +40,7 @@ TEST_F(SelectionFiles, ComesBackFromAnIniFileAsItWas) {
   other.LoadFromIniFile(file, u"selection");
   EXPECT_EQ(Relative(other.GetPaths().ToArray()), expected);
   list.LoadFromIniFile(file, u"Other");
-  EXPECT_EQ(list.GetCount(), 13);
+  EXPECT_EQ(list.GetCount(), 14);
   EXPECT_EQ(changes, 1);
   list.LoadFromIniFile(file, u"nothing");
   EXPECT_TRUE(list.IsEmpty());
@@ -189,10 +189,10 @@ class SelectionTotals : public TSelectionFixture {
   }
   ~SelectionTotals() override { FolderSizeJob() = nullptr; }
 
-  void Finish(std::uint64_t size, int files, int folders) {
-    ASSERT_FALSE(jobs.empty());
-    const TFolderSizeRequest job = std::move(jobs.front());
-    jobs.erase(jobs.begin());
+  void Finish(std::uint64_t size, int files, int folders, std::size_t number = 0) {
+    ASSERT_LT(number, jobs.size());
+    const TFolderSizeRequest job = std::move(jobs[number]);
+    jobs.erase(jobs.begin() + static_cast<std::ptrdiff_t>(number));
     TFolderSizeRequest::TResult result{job.Token->IsCancellationRequested(), size, files, folders};
     job.OnWorkDone(result);
   }
@@ -239,6 +239,30 @@ TEST_F(SelectionTotals, AnEmptyListGivesUpWhatIsBeingCounted) {
   Run("+Z");
   ASSERT_EQ(jobs.size(), 1u);
   EXPECT_FALSE(jobs[0].Token->IsCancellationRequested()) << "new work has a token of its own";
+}
+
+TEST_F(SelectionTotals, NothingIsLeftOfWhatIsGone) {
+  Run("+A");
+  Finish(35, 5, 3);
+  Run("-A");
+  EXPECT_EQ(Totals(), "0 0 0") << "though the count that would take it off was given up";
+}
+
+TEST_F(SelectionTotals, CountsMayEndInAnyOrder) {
+  Run("+A -A\\B\\c.txt");
+  Finish(7, 1, 0, 1);
+  EXPECT_EQ(Totals(), "0 0 0") << "less than nothing is not shown";
+  Finish(35, 5, 3);
+  EXPECT_EQ(Totals(), "28 4 2");
+}
+
+TEST_F(SelectionTotals, ACountThatEndsAtOnceMayEndTheList) {
+  auto ending = TOakSelectionList::CreateCopy(list);
+  FolderSizeJob() = [](TFolderSizeRequest request) { request.OnWorkDone({}); };
+  ending->OnCompletedCalculateFiles = [&](TObject*) { ending.reset(); };
+  ending->BeginUpdate();
+  ending->AddPathToSelection(Path("Z"));
+  EXPECT_FALSE(ending);
 }
 
 TEST_F(SelectionTotals, ACountMayOutliveTheList) {

@@ -487,7 +487,8 @@ TEST(ControlHelperData, IconsOfTypesAreChosenForThisProgramOnly) {
   EXPECT_EQ(TList::GetIndexFromExtension(u".oaktest"), before);
   EXPECT_EQ(calls.Count("RegCreateKeyExW") + calls.Count("RegSetValueExW"), 0);
 
-  const TString gone = folder.MakeFolder(u"gone");
+  folder.MakeFolder(u"gone");
+  const TString gone = folder.Path(u"gone");
   EXPECT_TRUE(THelper::AssociateIconWithExtension(u".oaktest", gone));
   Api().RemoveDirectoryW(W(gone));
   EXPECT_EQ(TList::GetIndexFromExtension(u".oaktest"), before) << "the icon's file is not there";

@@ -9,10 +9,9 @@ using namespace oak;
 TBrowser::TBrowser(HWND parent, const TString& folder) {
   fTree.SetImages(&fIcons);
   fList.SetSmallImages(&fIcons);
-  fTree.OnGoTo = [this](const Ref<IItemIdList>& item) { fList.ShowFolder(item); };
-  fList.OnOpen = [this](const TFolderRow& row) {
-    if (row.IsFolder()) Show(fList.AbsoluteOf(row));
-  };
+  // What the user does in one of them, the other follows.
+  fTree.setShellLink(&fLink);
+  fList.setShellLink(&fLink);
   // From here on they have windows: children of the foreign one.
   fTree.SetParentWindow(parent);
   fList.SetParentWindow(parent);
@@ -39,7 +38,4 @@ void TBrowser::SetBounds(const RECT& area) {
 
 void TBrowser::SetFocus() { fList.SetFocus(); }
 
-void TBrowser::Show(const Ref<IItemIdList>& folder) {
-  fList.ShowFolder(folder);
-  fTree.SelectPlace(folder);
-}
+void TBrowser::Show(const Ref<IItemIdList>& folder) { fLink.PathChanged(nullptr, folder); }

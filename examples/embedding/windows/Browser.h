@@ -31,6 +31,7 @@ class TBrowser {
   // The controls end before the icons that they show.
   int fPixelsPerInch = 96;
   oak::TOakSystemImageList fIcons{nullptr, oak::si_Small, fPixelsPerInch};
+  oak::TOakShellLink fLink;
   TPlaceTree fTree{nullptr};
   TFolderList fList{nullptr};
 };

@@ -53,7 +53,7 @@ TEST_F(LateImages, AreThereWhenTheListDraws) {
   list.SetBounds(0, 0, 200, 100);
   list.SetParent(&form);
   form.Show();
-  for (const auto& [style, kind] : {std::pair(vsReport, LVSIL_SMALL), {vsIcon, LVSIL_NORMAL}}) {
+  for (const auto& [style, kind] : {std::pair(vsList, LVSIL_SMALL), {vsIcon, LVSIL_NORMAL}}) {
     list.SetViewStyle(style);
     Pump();
     wanted += 3;
