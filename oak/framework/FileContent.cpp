@@ -59,11 +59,13 @@ class TReplacement {
   void TakePlace() {
     const bool replaces = Api().GetFileAttributesW(W(fTarget)) != INVALID_FILE_ATTRIBUTES;
     constexpr DWORD ignoreMergeErrors = 2;  // rights that can't be copied keep no one from saving
-    const BOOL done =
-        replaces && Api().ReplaceFileW
-            ? Api().ReplaceFileW(W(fTarget), W(fPath), nullptr, ignoreMergeErrors, nullptr, nullptr)
-            : Api().MoveFileExW(W(fPath), W(fTarget),
-                                MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+    bool done =
+        replaces && Api().ReplaceFileW &&
+        Api().ReplaceFileW(W(fTarget), W(fPath), nullptr, ignoreMergeErrors, nullptr, nullptr);
+    // Not every file system can; rights and further streams of the old file are lost then.
+    if (!done)
+      done = Api().MoveFileExW(W(fPath), W(fTarget),
+                               MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
     if (!done) Fail();
     fExists = false;
   }

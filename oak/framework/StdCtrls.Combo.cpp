@@ -142,6 +142,12 @@ void TCustomComboBoxEx::SetImages(TImageList* value) {
   if (fComboPeer) fComboPeer->ImagesChanged();
 }
 
+void TCustomComboBoxEx::SetEditImageIndex(int value) {
+  if (value == fEditImageIndex) return;
+  fEditImageIndex = value;
+  if (fComboPeer) fComboPeer->ImagesChanged();
+}
+
 void TCustomComboBoxEx::SetReadOnly(bool value) {
   if (value == fReadOnly) return;
   fReadOnly = value;

@@ -127,6 +127,9 @@ class TCustomComboBoxEx : public TWinControl {
   void SelectAll();
   TImageList* GetImages() const noexcept { return fImages; }
   void SetImages(TImageList* value);
+  /// The image beside a text that is none of the entries. -1 (default) is none.
+  int GetEditImageIndex() const noexcept { return fEditImageIndex; }
+  void SetEditImageIndex(int value);
   bool GetReadOnly() const noexcept { return fReadOnly; }
   void SetReadOnly(bool value);  ///< Chosen from the list only.
   int GetDropDownCount() const noexcept { return fDropDownCount; }
@@ -163,6 +166,7 @@ class TCustomComboBoxEx : public TWinControl {
   TImageList* fImages = nullptr;
   std::unique_ptr<TChangeLink> fImagesLink;
   int fItemIndex = -1;
+  int fEditImageIndex = -1;
   int fDropDownCount = 8;
   bool fReadOnly = false;
 };

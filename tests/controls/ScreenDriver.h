@@ -73,6 +73,8 @@ class IScreenDriver {
   virtual void PressMouse(const TWinControl& control, TPoint point) = 0;
   virtual void ReleaseMouse() = 0;
   virtual void Wheel(const TWinControl& control, TPoint point, int notches) = 0;
+  /// A side button.
+  virtual void ExtraClick(const TWinControl& control, TPoint point, bool forward) = 0;
   /// To the window that has the keyboard.
   virtual void Key(std::uint16_t key, TShiftState shift = {}) = 0;
   virtual void Type(TStringView text) = 0;
@@ -111,6 +113,8 @@ class IScreenDriver {
   virtual std::vector<TShownColumn> ColumnsOf(TCustomListView& list) = 0;
   /// The rows of a tree in sight, from the top.
   virtual std::vector<TShownNode> NodesOf(TCustomTreeView& tree) = 0;
+  /// The image beside the text of a combo box; -1 is none.
+  virtual int ImageOf(TCustomComboBoxEx& combo) = 0;
   /// What handlers threw since the last call; what is left at the end is a failure.
   virtual std::vector<TString> TakeExceptions() = 0;
   /// Number of windows of this program, the hidden ones included.

@@ -204,9 +204,10 @@ void THeadlessCombo::Paint(TCanvas& canvas, const TRect& clip) {
   const TRect text = TextRect();
   const int index = fCombo.GetItemIndex();
   const TImageList* const images = fCombo.GetImages();
-  if (images && index >= 0 && index < fCombo.GetItemCount())
-    canvas.DrawImage(*images, fCombo.GetItem(index).ImageIndex,
-                     GetClientRect().Left + Scaled(ComboMargin),
+  const bool isEntry = index >= 0 && index < fCombo.GetItemCount();
+  const int image = isEntry ? fCombo.GetItem(index).ImageIndex : fCombo.GetEditImageIndex();
+  if (images && image >= 0)
+    canvas.DrawImage(*images, image, GetClientRect().Left + Scaled(ComboMargin),
                      (GetClientRect().Height() - images->GetHeight()) / 2);
   const TColor color = IsUsable() ? GetFont().GetColor() : clGrayText;
   fField.Paint(canvas, text, HasFocus(), color, {});

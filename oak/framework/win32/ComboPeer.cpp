@@ -11,6 +11,9 @@ namespace {
 constexpr UINT MessageOfVisibleItems = 0x1701;  // CB_SETMINVISIBLE
 constexpr DWORD DroppedLists = WS_VSCROLL | CBS_AUTOHSCROLL;
 
+/// For the system -1 is the wish to be asked at each paint.
+int ImageOrNone(int image) { return image >= 0 ? image : I_IMAGENONE; }
+
 bool IsListColor(UINT message) {
   return message == WM_CTLCOLOREDIT || message == WM_CTLCOLORLISTBOX ||
          message == WM_CTLCOLORSTATIC;
@@ -96,6 +99,7 @@ void TComboPeer::ItemsChanged() {
   ::SendMessageW(inner, WM_SETREDRAW, FALSE, 0);
   Send(CB_RESETCONTENT, 0, 0);
   FillItems();
+  ShowEditImage();
   Send(CB_SETCURSEL, static_cast<WPARAM>(fCombo.GetItemIndex()), 0);
   ::SendMessageW(inner, WM_SETREDRAW, TRUE, 0);
   ::SendMessageW(inner, MessageOfVisibleItems,
@@ -112,9 +116,9 @@ void TComboPeer::FillItems() {
     item.mask = CBEIF_TEXT | CBEIF_IMAGE | CBEIF_SELECTEDIMAGE | CBEIF_INDENT;
     item.iItem = i;
     item.pszText = WBuffer(caption);
-    item.iImage = entry.ImageIndex;
+    item.iImage = ImageOrNone(entry.ImageIndex);
     item.iSelectedImage =
-        entry.SelectedImageIndex >= 0 ? entry.SelectedImageIndex : entry.ImageIndex;
+        ImageOrNone(entry.SelectedImageIndex >= 0 ? entry.SelectedImageIndex : entry.ImageIndex);
     item.iIndent = entry.Indent;
     Send(CBEM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
   }
@@ -139,6 +143,16 @@ void TComboPeer::SelectText(int start, int end) {
 void TComboPeer::ImagesChanged() {
   const HIMAGELIST images = fCombo.GetImages() ? fCombo.GetImages()->GetHandle() : nullptr;
   Send(CBEM_SETIMAGELIST, 0, reinterpret_cast<LPARAM>(images));
+  ShowEditImage();
+}
+
+void TComboPeer::ShowEditImage() {
+  COMBOBOXEXITEMW field{};
+  field.mask = CBEIF_IMAGE | CBEIF_SELECTEDIMAGE;
+  field.iItem = -1;
+  field.iImage = field.iSelectedImage = ImageOrNone(fCombo.GetEditImageIndex());
+  Send(CBEM_SETITEMW, 0, reinterpret_cast<LPARAM>(&field));
+  ::InvalidateRect(GetInnerCombo(), nullptr, TRUE);
 }
 
 void TComboPeer::HandleCommand(WORD code) {

@@ -38,6 +38,7 @@ class TComboPeer final : public TWindowPeer, public IComboPeer {
   HWND GetInnerCombo() const;
   int DroppedHeight() const;
   void FillItems();
+  void ShowEditImage();
   bool MovesInList(HWND window, UINT message, WPARAM key) const;
 
   TCustomComboBoxEx& fCombo;

@@ -49,8 +49,13 @@ int TextPosition(const TString& text, int richPosition) {
   return position;
 }
 
+/// Texts that a rich edit control would take for formats instead of showing them.
+bool LooksFormatted(const TString& text) {
+  return text.starts_with(u"{\\rtf") || text.starts_with(u"{\\urtf");
+}
+
 struct TByteSource {
-  const std::vector<std::uint8_t>& Data;
+  std::span<const std::uint8_t> Data;
   std::size_t Position = 0;
 };
 
@@ -83,6 +88,7 @@ void TEditPeer::Create() {
     params.Style |= ES_AUTOHSCROLL;
   if (fEdit.GetReadOnly()) params.Style |= ES_READONLY;
   if (fEdit.IsMultiLine()) params.Text = WithCarriageReturns(params.Text);
+  if (fRich && LooksFormatted(params.Text)) params.Text.clear();  // set later, as it stands
   // The selection stays marked only while the control has the keyboard, as users expect.
   CreateHandle(params);
 }
@@ -93,6 +99,7 @@ void TEditPeer::Initialize() {
     ApplyRichColors();
   }
   StyleChanged();
+  if (fRich && LooksFormatted(fEdit.GetText())) SetText(fEdit.GetText());
 }
 
 LPCWSTR TEditPeer::GetThemeName(bool dark) const {
@@ -102,7 +109,10 @@ LPCWSTR TEditPeer::GetThemeName(bool dark) const {
 
 void TEditPeer::SetText(const TString& text) {
   const TPeerFlag setting(fSettingText, *this);
-  TWindowPeer::SetText(fEdit.IsMultiLine() ? WithCarriageReturns(text) : text);
+  const TString lines = fEdit.IsMultiLine() ? WithCarriageReturns(text) : text;
+  if (!fRich || !LooksFormatted(lines)) return TWindowPeer::SetText(lines);
+  StreamIn({reinterpret_cast<const std::uint8_t*>(lines.data()), lines.size() * sizeof(char16_t)},
+           SF_TEXT | SF_UNICODE);
 }
 
 void TEditPeer::SetFont(const TFont& font) {
@@ -176,11 +186,15 @@ void TEditPeer::StyleChanged() {
 bool TEditPeer::LoadRichText(const std::vector<std::uint8_t>& data) {
   if (!fRich) return false;
   const TPeerFlag setting(fSettingText, *this);
+  return StreamIn(data, SF_RTF);
+}
+
+bool TEditPeer::StreamIn(std::span<const std::uint8_t> data, WPARAM format) {
   TByteSource source{data};
   EDITSTREAM stream{};
   stream.dwCookie = reinterpret_cast<DWORD_PTR>(&source);
   stream.pfnCallback = reinterpret_cast<EDITSTREAMCALLBACK>(&ReadBytes);
-  Send(EM_STREAMIN, SF_RTF, reinterpret_cast<LPARAM>(&stream));
+  Send(EM_STREAMIN, format, reinterpret_cast<LPARAM>(&stream));
   return stream.dwError == 0;
 }
 

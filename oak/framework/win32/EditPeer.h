@@ -1,6 +1,8 @@
 // The windows of edit controls: a line, a text, a text with formats.
 #pragma once
 
+#include <span>
+
 #include "oak/framework/StdCtrls.h"
 #include "oak/framework/win32/WindowPeer.h"
 
@@ -30,6 +32,7 @@ class TEditPeer final : public TWindowPeer, public IEditPeer {
 
  private:
   void ApplyRichColors();
+  bool StreamIn(std::span<const std::uint8_t> data, WPARAM format);
   void NarrowToLine(RECT& client);
   void PaintBands();
   LRESULT HandleFrame(UINT message, WPARAM wParam, LPARAM lParam);

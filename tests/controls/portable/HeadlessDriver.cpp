@@ -83,6 +83,10 @@ class THeadlessDriver final : public IScreenDriver {
     MoveMouse(control, point);
     Do([&] { fScreen->Wheel(notches); });
   }
+  void ExtraClick(const TWinControl& control, TPoint point, bool forward) override {
+    MoveMouse(control, point);
+    Do([&] { fScreen->ExtraButton(forward); });
+  }
   void Key(std::uint16_t key, TShiftState shift) override {
     Do([&] { fScreen->KeyPress(key, shift); });
   }
@@ -129,6 +133,10 @@ class THeadlessDriver final : public IScreenDriver {
   TShownRow RowOf(TCustomListView& list, int index) override;
   std::vector<TShownColumn> ColumnsOf(TCustomListView& list) override;
   std::vector<TShownNode> NodesOf(TCustomTreeView& tree) override;
+  int ImageOf(TCustomComboBoxEx& combo) override {
+    const THeadlessWindow& window = Drawn(combo);
+    return TDrawn(window, window.GetClientRect()).Images(combo.GetImages(), nullptr).Image;
+  }
   int CountWindows() override { return static_cast<int>(fScreen->GetWindowCount()); }
   std::vector<TString> TakeExceptions() override { return std::exchange(fScreen.Exceptions(), {}); }
   bool IsNative() const override { return false; }

@@ -54,6 +54,7 @@ class TWindowsDriver final : public IScreenDriver {
   void PressMouse(const TWinControl& control, TPoint point) override;
   void ReleaseMouse() override;
   void Wheel(const TWinControl& control, TPoint point, int notches) override;
+  void ExtraClick(const TWinControl& control, TPoint point, bool forward) override;
   void Key(std::uint16_t key, TShiftState shift) override;
   void Type(TStringView text) override;
   void ResizeForm(TCustomForm& form, int width, int height) override;
@@ -79,6 +80,7 @@ class TWindowsDriver final : public IScreenDriver {
   TShownRow RowOf(TCustomListView& list, int index) override;
   std::vector<TShownColumn> ColumnsOf(TCustomListView& list) override;
   std::vector<TShownNode> NodesOf(TCustomTreeView& tree) override;
+  int ImageOf(TCustomComboBoxEx& combo) override;
   int CountWindows() override;
   std::vector<TString> TakeExceptions() override { return std::exchange(fExceptions, {}); }
   bool IsNative() const override { return true; }
@@ -286,6 +288,13 @@ void TWindowsDriver::ReleaseMouse() {
 void TWindowsDriver::Wheel(const TWinControl& control, TPoint point, int notches) {
   StepMove(control.ClientToScreen(point));
   StepMouse(MOUSEEVENTF_WHEEL, notches * WHEEL_DELTA);
+  Run();
+}
+
+void TWindowsDriver::ExtraClick(const TWinControl& control, TPoint point, bool forward) {
+  StepMove(control.ClientToScreen(point));
+  StepMouse(MOUSEEVENTF_XDOWN, forward ? XBUTTON2 : XBUTTON1);
+  StepMouse(MOUSEEVENTF_XUP, forward ? XBUTTON2 : XBUTTON1);
   Run();
 }
 
@@ -547,6 +556,16 @@ std::vector<TShownNode> TWindowsDriver::NodesOf(TCustomTreeView& tree) {
     nodes.push_back(std::move(node));
   }
   return nodes;
+}
+
+int TWindowsDriver::ImageOf(TCustomComboBoxEx& combo) {
+  const HWND window = combo.GetHandle();
+  COMBOBOXEXITEMW item{};
+  item.mask = CBEIF_IMAGE;
+  // Of the field itself while nothing is selected.
+  item.iItem = static_cast<INT_PTR>(::SendMessageW(window, CB_GETCURSEL, 0, 0));
+  ::SendMessageW(window, CBEM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+  return std::max(item.iImage, -1);
 }
 
 int TWindowsDriver::CountWindows() {
