@@ -145,7 +145,7 @@ void TTreeNode::Expand(bool recursive) {
   if (!view) return;
   const TTreeNodeWatch watch(*view, this);
   ExpandAlone();
-  if (!recursive) return;
+  if (!recursive || !watch.Exists()) return;
   for (TTreeNode* node = fFirstChild; watch.Exists() && node;) {
     const TTreeNodeWatch child(*view, node);
     node->Expand(true);
@@ -167,7 +167,7 @@ void TTreeNode::Collapse(bool recursive) {
     if (!watch.Exists()) return;
     view->Collapsed(this);
   }
-  if (!recursive) return;
+  if (!recursive || !watch.Exists()) return;
   for (TTreeNode* node = fFirstChild; watch.Exists() && node;) {
     const TTreeNodeWatch child(*view, node);
     node->Collapse(true);
