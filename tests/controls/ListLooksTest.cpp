@@ -328,6 +328,37 @@ TEST_F(ListLooks, SpacingAndWidthOfIcons) {
       130);
 }
 
+TEST_F(ListLooks, IconsStandInTheOrderOfTheRows) {
+  ShowStyle(vsIcon, 7);
+  const auto expectOrder = [this](const char* when) {
+    SCOPED_TRACE(when);
+    screen->Pump();
+    for (int i = 1; i < list->Items().GetCount(); ++i) {
+      const TPoint former = list->Row(i - 1)->DisplayRect(drIcon).Center();
+      const TPoint place = list->Row(i)->DisplayRect(drIcon).Center();
+      EXPECT_TRUE(place.Y > former.Y + 8 || place.X > former.X) << i;
+      EXPECT_GT(place.Y, former.Y - 8) << i;
+    }
+  };
+  const auto byIndex = [](TListItem* a, TListItem* b, LPARAM) {
+    return a->GetIndex() - b->GetIndex();
+  };
+  for (const TViewStyle style : {vsIcon, vsSmallIcon}) {
+    SCOPED_TRACE(static_cast<int>(style));
+    list->SetViewStyle(style);
+    list->Items().Insert(1)->SetCaption(u"a1");
+    list->Items().Insert(0)->SetCaption(u"a0");
+    list->CustomSort(byIndex, 0);
+    expectOrder("the new order is adopted");
+    list->CustomSort(
+        [](TListItem* a, TListItem* b, LPARAM) { return b->GetIndex() - a->GetIndex(); }, 0);
+    expectOrder("sorted");
+    list->Items().Delete(2);
+    list->Arrange(arDefault);
+    expectOrder("arranged after one has gone");
+  }
+}
+
 TEST_F(ListLooks, BackgroundStaysBehindTheRows) {
   TBitmap picture(64, 64);
   for (int y = 0; y < 64; ++y)

@@ -99,8 +99,7 @@ void TComboPeer::ItemsChanged() {
   ::SendMessageW(inner, WM_SETREDRAW, FALSE, 0);
   Send(CB_RESETCONTENT, 0, 0);
   FillItems();
-  ShowEditImage();
-  Send(CB_SETCURSEL, static_cast<WPARAM>(fCombo.GetItemIndex()), 0);
+  SetItemIndex(fCombo.GetItemIndex());
   ::SendMessageW(inner, WM_SETREDRAW, TRUE, 0);
   ::SendMessageW(inner, MessageOfVisibleItems,
                  static_cast<WPARAM>(std::max(fCombo.GetDropDownCount(), 1)), 0);
@@ -127,6 +126,7 @@ void TComboPeer::FillItems() {
 void TComboPeer::SetItemIndex(int index) {
   const TPeerFlag changing(fChanging, *this);
   Send(CB_SETCURSEL, static_cast<WPARAM>(index), 0);
+  ShowEditImage();
 }
 
 void TComboPeer::SetDroppedDown(bool dropped) { Send(CB_SHOWDROPDOWN, dropped, 0); }
@@ -146,7 +146,9 @@ void TComboPeer::ImagesChanged() {
   ShowEditImage();
 }
 
+// The image of the field itself hides that of a selected entry.
 void TComboPeer::ShowEditImage() {
+  if (fCombo.GetItemIndex() >= 0) return;
   COMBOBOXEXITEMW field{};
   field.mask = CBEIF_IMAGE | CBEIF_SELECTEDIMAGE;
   field.iItem = -1;
@@ -159,8 +161,7 @@ void TComboPeer::HandleCommand(WORD code) {
   if (fChanging || IsCreating()) return;
   switch (code) {
     case CBN_EDITCHANGE:
-      if (fSelecting) return;
-      return fCombo.HandleTextChanged(GetText());
+      return fSelecting ? void() : TextTyped();
     case CBN_SELCHANGE:
       return fCombo.HandleSelected(static_cast<int>(Send(CB_GETCURSEL, 0, 0)));
     case CBN_DROPDOWN:
@@ -170,6 +171,15 @@ void TComboPeer::HandleCommand(WORD code) {
     default:
       return;
   }
+}
+
+void TComboPeer::TextTyped() {
+  const TPeerGuard guard(*this);
+  fCombo.HandleTextChanged(GetText());
+  if (!guard.IsAlive() || fCombo.GetItemIndex() >= 0) return;
+  // The list holds on to the entry that was selected before.
+  ::SendMessageW(GetInnerCombo(), CB_SETCURSEL, static_cast<WPARAM>(-1), 0);
+  ShowEditImage();
 }
 
 // The edit field of such a window does not know of the list.

@@ -39,6 +39,7 @@ class TComboPeer final : public TWindowPeer, public IComboPeer {
   int DroppedHeight() const;
   void FillItems();
   void ShowEditImage();
+  void TextTyped();
   bool MovesInList(HWND window, UINT message, WPARAM key) const;
 
   TCustomComboBoxEx& fCombo;

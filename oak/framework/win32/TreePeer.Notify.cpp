@@ -73,10 +73,19 @@ LRESULT TTreePeer::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     const TPeerCount running(fProcedures, *this);
     if (message == WM_RBUTTONDOWN && fView.GetRightClickSelect())
       SelectForMenu({static_cast<short>(LOWORD(lParam)), static_cast<short>(HIWORD(lParam))});
-    if (guard.IsAlive()) result = TWindowPeer::WindowProc(message, wParam, lParam);
+    if (guard.IsAlive())
+      result = message == WM_SYSKEYDOWN ? SystemKey(wParam, lParam)
+                                        : TWindowPeer::WindowProc(message, wParam, lParam);
   }
   if (guard.IsAlive() && fProcedures == 0 && !fDoomed.empty()) DeleteDoomed();
   return result;
+}
+
+// Keys with Alt and F10 are those of menus and of the program. Wine's tree would take them for its
+// own: it goes up with Alt and Up, and asks for no menu with Shift and F10.
+LRESULT TTreePeer::SystemKey(WPARAM key, LPARAM lParam) {
+  const HWND window = GetHandle();
+  return ReportKey(WM_SYSKEYDOWN, key) ? 0 : ::DefWindowProcW(window, WM_SYSKEYDOWN, key, lParam);
 }
 
 LRESULT TTreePeer::InnerProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {

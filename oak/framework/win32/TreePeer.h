@@ -71,6 +71,7 @@ class TTreePeer final : public TWindowPeer, public ITreeViewPeer {
 
   bool Notified(NMHDR& notification, LRESULT& result);
   void SelectForMenu(TPoint point);
+  LRESULT SystemKey(WPARAM key, LPARAM lParam);
   bool HandleExpanding(const NMTREEVIEWW& change);
   void HandleExpanded(const NMTREEVIEWW& change);
   void GiveDisplayInfo(NMTVDISPINFOW& info);
