@@ -1,6 +1,6 @@
 // Drag and drop between a tree and a list, with data and targets as programs have them.
-#include "oak/base/InterfacedObject.h"
 #include "oak/platform/Api.h"
+#include "tests/EmptyObjects.h"
 #include "tests/controls/ControlsFixture.h"
 
 namespace oak::tests {
@@ -20,26 +20,13 @@ struct ICarriedNames : IUnknown {
   virtual const std::vector<TString>& GetNames() = 0;
 };
 
-class TCarriedNames : public TInterfacedObject<IDataObject, ICarriedNames> {
+class TCarriedNames : public TEmptyDataObject<ICarriedNames> {
  public:
   explicit TCarriedNames(std::vector<TString> names) : fNames(std::move(names)) { ++Count; }
   ~TCarriedNames() override { --Count; }
   static inline int Count = 0;
 
   const std::vector<TString>& GetNames() override { return fNames; }
-  HRESULT STDMETHODCALLTYPE GetData(FORMATETC*, STGMEDIUM*) override { return DV_E_FORMATETC; }
-  HRESULT STDMETHODCALLTYPE GetDataHere(FORMATETC*, STGMEDIUM*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE QueryGetData(FORMATETC*) override { return DV_E_FORMATETC; }
-  HRESULT STDMETHODCALLTYPE GetCanonicalFormatEtc(FORMATETC*, FORMATETC*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE SetData(FORMATETC*, STGMEDIUM*, BOOL) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE EnumFormatEtc(DWORD, IEnumFORMATETC**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE DAdvise(FORMATETC*, DWORD, IAdviseSink*, DWORD*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE DUnadvise(DWORD) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE EnumDAdvise(IEnumSTATDATA**) override { return E_NOTIMPL; }
 
  private:
   std::vector<TString> fNames;

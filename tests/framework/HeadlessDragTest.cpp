@@ -1,6 +1,6 @@
 #include "oak/framework/headless/HeadlessDrag.h"
 
-#include "oak/base/InterfacedObject.h"
+#include "tests/EmptyObjects.h"
 #include "tests/framework/HeadlessProbe.h"
 
 namespace oak::tests {
@@ -11,21 +11,8 @@ using testkit::THeadlessScreen;
 constexpr DWORD Copy = 1, Move = 2;
 
 /// Carries nothing: who drags what is not the desktop's business.
-class TData : public TInterfacedObject<IDataObject> {
+class TData : public TEmptyDataObject<> {
  public:
-  HRESULT STDMETHODCALLTYPE GetData(FORMATETC*, STGMEDIUM*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetDataHere(FORMATETC*, STGMEDIUM*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE QueryGetData(FORMATETC*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetCanonicalFormatEtc(FORMATETC*, FORMATETC*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE SetData(FORMATETC*, STGMEDIUM*, BOOL) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE EnumFormatEtc(DWORD, IEnumFORMATETC**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE DAdvise(FORMATETC*, DWORD, IAdviseSink*, DWORD*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE DUnadvise(DWORD) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE EnumDAdvise(IEnumSTATDATA**) override { return E_NOTIMPL; }
 };
 
 /// The usual rules of a source, written down.

@@ -9,6 +9,7 @@
 #include "oak/namespace/OakItemIdList.h"
 #include "testkit/HeadlessForms.h"
 #include "testkit/ScopedApi.h"
+#include "tests/EmptyObjects.h"
 #include "tests/namespace/TestFolder.h"
 
 namespace oak {
@@ -107,7 +108,7 @@ HRESULT STDMETHODCALLTYPE TFakeData::EnumFormatEtc(DWORD, IEnumFORMATETC** forma
 }
 
 /// A folder that has a menu and data for its objects, and nothing else.
-class TFakeFolder : public TInterfacedObject<IShellFolder> {
+class TFakeFolder : public tests::TEmptyShellFolder {
  public:
   Ref<TFakeMenu> Menu = MakeRef<TFakeMenu>();
   Ref<TFakeData> Data = MakeRef<TFakeData>();
@@ -121,31 +122,6 @@ class TFakeFolder : public TInterfacedObject<IShellFolder> {
     if (FAILED(Result)) return Result;
     return iid == IidOf<IContextMenu>() ? Menu->QueryInterface(iid, out)
                                         : Data->QueryInterface(iid, out);
-  }
-  HRESULT STDMETHODCALLTYPE ParseDisplayName(HWND, IBindCtx*, LPWSTR, ULONG*, PIDLIST_RELATIVE*,
-                                             ULONG*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE EnumObjects(HWND, SHCONTF, IEnumIDList**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE BindToObject(PCUIDLIST_RELATIVE, IBindCtx*, REFIID, void**) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE BindToStorage(PCUIDLIST_RELATIVE, IBindCtx*, REFIID, void**) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE CompareIDs(LPARAM, PCUIDLIST_RELATIVE, PCUIDLIST_RELATIVE) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE CreateViewObject(HWND, REFIID, void**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetAttributesOf(UINT, PCUITEMID_CHILD_ARRAY, SFGAOF*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE GetDisplayNameOf(PCUITEMID_CHILD, SHGDNF, STRRET*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE SetNameOf(HWND, PCUITEMID_CHILD, LPCWSTR, SHGDNF,
-                                      PITEMID_CHILD*) override {
-    return E_NOTIMPL;
   }
 };
 

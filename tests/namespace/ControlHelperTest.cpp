@@ -22,6 +22,7 @@
 #include "testkit/OldWindows.h"
 #include "testkit/ScopedApi.h"
 #include "testkit/ScopedHost.h"
+#include "tests/EmptyObjects.h"
 #include "tests/namespace/TestFolder.h"
 
 namespace oak::tests {
@@ -366,7 +367,7 @@ TEST(ControlHelper, ClonedMenusWorkOnTheOriginal) {
 
 // --- data --------------------------------------------------------------------------------
 /// One format as a global block.
-class TBlockData : public TInterfacedObject<IDataObject> {
+class TBlockData : public TEmptyDataObject<> {
  public:
   TBlockData(UINT format, std::vector<BYTE> bytes) : fFormat(format), fBytes(std::move(bytes)) {}
   HRESULT STDMETHODCALLTYPE GetData(FORMATETC* format, STGMEDIUM* medium) override {
@@ -380,18 +381,7 @@ class TBlockData : public TInterfacedObject<IDataObject> {
     ++Given;
     return S_OK;
   }
-  HRESULT STDMETHODCALLTYPE GetDataHere(FORMATETC*, STGMEDIUM*) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE QueryGetData(FORMATETC*) override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE GetCanonicalFormatEtc(FORMATETC*, FORMATETC*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE SetData(FORMATETC*, STGMEDIUM*, BOOL) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE EnumFormatEtc(DWORD, IEnumFORMATETC**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE DAdvise(FORMATETC*, DWORD, IAdviseSink*, DWORD*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE DUnadvise(DWORD) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE EnumDAdvise(IEnumSTATDATA**) override { return E_NOTIMPL; }
   int Given = 0;
 
  private:

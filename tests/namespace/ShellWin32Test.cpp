@@ -12,6 +12,7 @@
 #include "oak/base/InterfacedObject.h"
 #include "testkit/OldWindows.h"
 #include "testkit/ScopedApi.h"
+#include "tests/EmptyObjects.h"
 
 namespace oak {
 namespace {
@@ -166,41 +167,11 @@ TEST(SystemStrings, MissingOnesLeaveADefaultAndALine) {
 // --- desktop -----------------------------------------------------------------
 
 /// A folder that counts how many of its kind there are.
-class TCountedFolder final : public TInterfacedObject<IShellFolder> {
+class TCountedFolder final : public tests::TEmptyShellFolder {
  public:
   static inline std::atomic<int> Alive{0};
   TCountedFolder() { ++Alive; }
   ~TCountedFolder() override { --Alive; }
-
-  HRESULT STDMETHODCALLTYPE ParseDisplayName(HWND, IBindCtx*, LPWSTR, ULONG*, PIDLIST_RELATIVE*,
-                                             ULONG*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE EnumObjects(HWND, SHCONTF, IEnumIDList**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE BindToObject(PCUIDLIST_RELATIVE, IBindCtx*, REFIID, void**) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE BindToStorage(PCUIDLIST_RELATIVE, IBindCtx*, REFIID, void**) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE CompareIDs(LPARAM, PCUIDLIST_RELATIVE, PCUIDLIST_RELATIVE) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE CreateViewObject(HWND, REFIID, void**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetAttributesOf(UINT, PCUITEMID_CHILD_ARRAY, SFGAOF*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE GetUIObjectOf(HWND, UINT, PCUITEMID_CHILD_ARRAY, REFIID, UINT*,
-                                          void**) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE GetDisplayNameOf(PCUITEMID_CHILD, SHGDNF, STRRET*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE SetNameOf(HWND, PCUITEMID_CHILD, LPCWSTR, SHGDNF,
-                                      PITEMID_CHILD*) override {
-    return E_NOTIMPL;
-  }
 };
 
 HRESULT GiveCountedFolder(IShellFolder** folder) {

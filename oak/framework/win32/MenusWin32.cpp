@@ -165,19 +165,29 @@ bool PopUpSubMenu(HMENU menu) {
   return true;
 }
 
+/// The screen's device context, for measuring.
+class TScreenContext {
+ public:
+  TScreenContext() : fContext(::GetDC(nullptr)) {}
+  ~TScreenContext() { ::ReleaseDC(nullptr, fContext); }
+  TScreenContext(const TScreenContext&) = delete;
+  TScreenContext& operator=(const TScreenContext&) = delete;
+  HDC Get() const noexcept { return fContext; }
+
+ private:
+  HDC fContext;
+};
+
 bool MeasureDrawnItem(MEASUREITEMSTRUCT& measure) {
   TMenuItem* item = measure.CtlType == ODT_MENU ? FindDrawnItem(measure.itemID) : nullptr;
   if (!item) return false;
-  const HDC dc = ::GetDC(nullptr);
-  {
-    TCanvasWin32 canvas(dc, DensityOfWindow(nullptr));
-    int width = canvas.TextWidth(item->GetCaption());
-    int height = SystemMetric(SM_CYMENU, canvas.GetPixelsPerInch());
-    item->OnMeasureItem(item, canvas, width, height);
-    measure.itemWidth = static_cast<UINT>(std::max(width, 0));
-    measure.itemHeight = static_cast<UINT>(std::max(height, 0));
-  }
-  ::ReleaseDC(nullptr, dc);
+  const TScreenContext context;  // the handler may throw
+  TCanvasWin32 canvas(context.Get(), DensityOfWindow(nullptr));
+  int width = canvas.TextWidth(item->GetCaption());
+  int height = SystemMetric(SM_CYMENU, canvas.GetPixelsPerInch());
+  item->OnMeasureItem(item, canvas, width, height);
+  measure.itemWidth = static_cast<UINT>(std::max(width, 0));
+  measure.itemHeight = static_cast<UINT>(std::max(height, 0));
   return true;
 }
 
