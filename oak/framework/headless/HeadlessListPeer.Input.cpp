@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <utility>
 
-#include "oak/framework/headless/HeadlessEdit.h"
 #include "oak/framework/headless/HeadlessListPeer.h"
 #include "oak/platform/Api.h"
 
@@ -53,7 +52,6 @@ int THeadlessListPeer::GetFocusIndex() const {
 }
 
 // --- selecting
-// ------------------------------------------------------------------------------------
 
 // Gives a row the focus and selects as the keys say. False if the window is gone.
 bool THeadlessListPeer::SelectTo(int index, TShiftState shift) {
@@ -79,7 +77,6 @@ bool THeadlessListPeer::SelectTo(int index, TShiftState shift) {
 }
 
 // --- mouse
-// ------------------------------------------------------------------------------------------
 
 void THeadlessListPeer::OnMouse(TMouseEvent& event) {
   switch (event.Action) {
@@ -200,7 +197,6 @@ void THeadlessListPeer::OnTimerTick(int id) {
 void THeadlessListPeer::StopEditTimer() { StopTimer(EditTimer); }
 
 // --- keys
-// -------------------------------------------------------------------------------------------
 
 void THeadlessListPeer::OnKey(TKeyEvent& event) {
   if (event.Action == TKeyAction::Down) {
@@ -300,7 +296,6 @@ void THeadlessListPeer::PressSpace(TShiftState shift) {
 }
 
 // --- typing
-// -----------------------------------------------------------------------------------------
 
 bool THeadlessListPeer::IsSearching() const {
   return !fSearch.empty() && Api().GetTickCount64() - fSearchTicks <= SearchPause;

@@ -197,7 +197,6 @@ TRect THeadlessListPeer::GetSubItemRect(int index, int column) const {
 }
 
 // --- what is where
-// --------------------------------------------------------------------------------
 
 std::vector<int> THeadlessListPeer::IndexesIn(const TRect& rect) const {
   std::vector<int> indexes;

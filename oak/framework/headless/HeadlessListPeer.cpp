@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "oak/framework/TextMetrics.h"
-#include "oak/framework/headless/HeadlessEdit.h"
 #include "oak/framework/headless/HeadlessListHeader.h"
 
 namespace oak {
@@ -16,15 +15,11 @@ std::unique_ptr<IListViewPeer> CreateHeadlessListPeer(THeadlessDesktop& desktop,
 }
 
 THeadlessListPeer::THeadlessListPeer(THeadlessDesktop& desktop, TCustomListView& view)
-    : THeadlessPeer(desktop, view),
-      fView(view),
-      fHeader(std::make_unique<THeadlessListHeader>(*this)) {
+    : THeadlessLabelPeer(desktop, view), fHeader(std::make_unique<THeadlessListHeader>(*this)) {
   LayoutChanged();
 }
 
-THeadlessListPeer::~THeadlessListPeer() {
-  if (fEdit) fEdit->OnFinish = nullptr;
-}
+THeadlessListPeer::~THeadlessListPeer() = default;
 
 // --- changes of the model ---------------------------------------------------------------------
 
@@ -176,7 +171,6 @@ void THeadlessListPeer::UpdateScrollBars() {
 }
 
 // --- text and header
-// ------------------------------------------------------------------------------
 
 int THeadlessListPeer::GetStringWidth(const TString& text) const {
   return TextWidth(GetFont(), text);
@@ -193,7 +187,6 @@ int THeadlessListPeer::HeaderHitTest(TPoint point) const {
 }
 
 // --- editing
-// --------------------------------------------------------------------------------------
 
 bool THeadlessListPeer::BeginEdit(int index) {
   const TLifeGuard guard = Guard();
@@ -207,40 +200,13 @@ bool THeadlessListPeer::BeginEdit(int index) {
   MakeVisible(place, false);
   const TString text = AskText(place, fView.Columns().GetLabelColumn());
   if (!guard.IsAlive() || fView.GetEditedItem() != item) return false;
-  TRect bounds = GetParts(place, &text).Text.Inflated(Scaled(2), Scaled(1));
-  bounds.Right = std::max(bounds.Right, bounds.Left + Scaled(60));
-  // Getting the keyboard calls out: the box may be unwanted before it is here.
-  auto box = std::make_unique<THeadlessEditBox>(*this, bounds, text);
-  if (!guard.IsAlive()) return false;
-  fEdit = std::move(box);
-  fEdit->OnFinish = [this](bool cancel) { EndEdit(cancel); };
-  if (fView.GetEditedItem() == item) return true;
-  EndEdit(true);
-  return false;
+  const TRect label = GetParts(place, &text).Text.Inflated(Scaled(2), Scaled(1));
+  return OpenEdit(label, text, [&] { return fView.GetEditedItem() == item; });
 }
 
 void THeadlessListPeer::EndEdit(bool cancel) {
   StopEditTimer();
-  if (!fEdit) return;
-  const std::unique_ptr<THeadlessEditBox> box = std::move(fEdit);
-  box->OnFinish = nullptr;
-  std::optional<TString> text;
-  if (!cancel) text = box->GetEditText();
-  const TLifeGuard guard = Guard();
-  Invalidate(&box->GetBounds());
-  if (box->HasFocus()) SetFocus();
-  if (guard.IsAlive()) fView.HandleEndEdit(std::move(text));
-}
-
-HWND THeadlessListPeer::GetEditHandle() const { return fEdit ? fEdit->GetHandle() : nullptr; }
-TString THeadlessListPeer::GetEditText() const { return fEdit ? fEdit->GetEditText() : TString(); }
-
-void THeadlessListPeer::SetEditText(const TString& text) {
-  if (fEdit) fEdit->SetEditText(text);
-}
-
-void THeadlessListPeer::SelectEditText(int start, int end) {
-  if (fEdit) fEdit->SelectText(start, end);
+  THeadlessLabelPeer::EndEdit(cancel);
 }
 
 }  // namespace oak

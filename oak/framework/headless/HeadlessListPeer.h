@@ -6,17 +6,16 @@
 #include <vector>
 
 #include "oak/framework/ListView.h"
-#include "oak/framework/headless/HeadlessPeer.h"
+#include "oak/framework/headless/HeadlessLabelPeer.h"
 
 namespace oak {
 
-class THeadlessEditBox;
 class THeadlessListHeader;
 
 /// Rows, columns or icons with their layout, scroll bars, mouse and keys. It knows where it is
 /// scrolled to, where a range of the selection began and what the mouse is at; all else it asks of
 /// the list when it needs it.
-class THeadlessListPeer : public THeadlessPeer, public IListViewPeer {
+class THeadlessListPeer : public THeadlessLabelPeer<IListViewPeer, TCustomListView> {
  public:
   THeadlessListPeer(THeadlessDesktop& desktop, TCustomListView& view);
   ~THeadlessListPeer() override;
@@ -49,10 +48,6 @@ class THeadlessListPeer : public THeadlessPeer, public IListViewPeer {
   int GetStringWidth(const TString& text) const override;
   bool BeginEdit(int index) override;
   void EndEdit(bool cancel) override;
-  HWND GetEditHandle() const override;
-  TString GetEditText() const override;
-  void SetEditText(const TString& text) override;
-  void SelectEditText(int start, int end) override;
   HWND GetHeaderHandle() const override;
   TRect GetHeaderRect() const override;
   int HeaderHitTest(TPoint point) const override;
@@ -74,8 +69,6 @@ class THeadlessListPeer : public THeadlessPeer, public IListViewPeer {
   int GetTextRequests() const noexcept { return fTextRequests; }
   int GetImageRequests() const noexcept { return fImageRequests; }
   void ResetRequests() noexcept { fTextRequests = fImageRequests = 0; }
-  /// The editor that is open, or nil.
-  THeadlessEditBox* GetEdit() const noexcept { return fEdit.get(); }
   THeadlessListHeader& GetHeader() const noexcept { return *fHeader; }
   int GetRowHeight() const;
 
@@ -156,9 +149,7 @@ class THeadlessListPeer : public THeadlessPeer, public IListViewPeer {
   bool SelectTo(int index, TShiftState shift);
   void StopEditTimer();
 
-  TCustomListView& fView;
   std::unique_ptr<THeadlessListHeader> fHeader;
-  std::unique_ptr<THeadlessEditBox> fEdit;
   TPress fPress;
   bool fRightDragged = false;  // the release of the button asks for no menu then
   int fAnchor = -1;            // where a range with the shift key begins

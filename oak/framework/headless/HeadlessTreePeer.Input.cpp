@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <utility>
 
-#include "oak/framework/headless/HeadlessEdit.h"
 #include "oak/framework/headless/HeadlessTreePeer.h"
 #include "oak/platform/Api.h"
 

@@ -6,7 +6,6 @@
 #include "oak/framework/Canvas.h"
 #include "oak/framework/ImageList.h"
 #include "oak/framework/TextMetrics.h"
-#include "oak/framework/headless/HeadlessEdit.h"
 
 namespace oak {
 namespace {
@@ -24,11 +23,9 @@ std::unique_ptr<ITreeViewPeer> CreateHeadlessTreePeer(THeadlessDesktop& desktop,
 }
 
 THeadlessTreePeer::THeadlessTreePeer(THeadlessDesktop& desktop, TCustomTreeView& view)
-    : THeadlessPeer(desktop, view), fView(view) {}
+    : THeadlessLabelPeer(desktop, view) {}
 
-THeadlessTreePeer::~THeadlessTreePeer() {
-  if (fEdit) fEdit->OnFinish = nullptr;
-}
+THeadlessTreePeer::~THeadlessTreePeer() = default;
 
 // --- rows ---------------------------------------------------------------------------------------
 
@@ -335,39 +332,8 @@ bool THeadlessTreePeer::BeginEdit(TTreeNode* node) {
   node->MakeVisible();
   if (!guard.IsAlive() || fView.GetEditedNode() != node || RowOf(node) < 0) return false;
   const TString text = AskText(node);
-  TRect bounds = GetParts(RowOf(node), text).Text.Inflated(Scaled(2), 0);
-  bounds.Right = std::max(bounds.Right, bounds.Left + Scaled(60));
-  // Getting the keyboard calls out: the box may be unwanted before it is here.
-  auto box = std::make_unique<THeadlessEditBox>(*this, bounds, text);
-  if (!guard.IsAlive()) return false;
-  fEdit = std::move(box);
-  fEdit->OnFinish = [this](bool cancel) { EndEdit(cancel); };
-  if (fView.GetEditedNode() == node) return true;
-  EndEdit(true);
-  return false;
-}
-
-void THeadlessTreePeer::EndEdit(bool cancel) {
-  if (!fEdit) return;
-  const std::unique_ptr<THeadlessEditBox> box = std::move(fEdit);
-  box->OnFinish = nullptr;
-  std::optional<TString> text;
-  if (!cancel) text = box->GetEditText();
-  const TLifeGuard guard = Guard();
-  Invalidate(&box->GetBounds());
-  if (box->HasFocus()) SetFocus();
-  if (guard.IsAlive()) fView.HandleEndEdit(std::move(text));
-}
-
-HWND THeadlessTreePeer::GetEditHandle() const { return fEdit ? fEdit->GetHandle() : nullptr; }
-TString THeadlessTreePeer::GetEditText() const { return fEdit ? fEdit->GetEditText() : TString(); }
-
-void THeadlessTreePeer::SetEditText(const TString& text) {
-  if (fEdit) fEdit->SetEditText(text);
-}
-
-void THeadlessTreePeer::SelectEditText(int start, int end) {
-  if (fEdit) fEdit->SelectText(start, end);
+  const TRect label = GetParts(RowOf(node), text).Text.Inflated(Scaled(2), 0);
+  return OpenEdit(label, text, [&] { return fView.GetEditedNode() == node; });
 }
 
 }  // namespace oak

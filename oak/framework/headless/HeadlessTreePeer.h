@@ -6,15 +6,13 @@
 #include <vector>
 
 #include "oak/framework/TreeView.h"
-#include "oak/framework/headless/HeadlessPeer.h"
+#include "oak/framework/headless/HeadlessLabelPeer.h"
 
 namespace oak {
 
-class THeadlessEditBox;
-
 /// Rows of the nodes whose parents are expanded, with buttons, scroll bars, mouse and keys. It
 /// knows where it is scrolled to and what the mouse is at; all else it asks of the tree.
-class THeadlessTreePeer final : public THeadlessPeer, public ITreeViewPeer {
+class THeadlessTreePeer final : public THeadlessLabelPeer<ITreeViewPeer, TCustomTreeView> {
  public:
   THeadlessTreePeer(THeadlessDesktop& desktop, TCustomTreeView& view);
   ~THeadlessTreePeer() override;
@@ -40,11 +38,6 @@ class THeadlessTreePeer final : public THeadlessPeer, public ITreeViewPeer {
   int GetVisibleRowCount() const override;
   void MakeVisible(TTreeNode* node) override;
   bool BeginEdit(TTreeNode* node) override;
-  void EndEdit(bool cancel) override;
-  HWND GetEditHandle() const override;
-  TString GetEditText() const override;
-  void SetEditText(const TString& text) override;
-  void SelectEditText(int start, int end) override;
 
   // --- THeadlessWindow -----------------------------------------------------------------------
   void Paint(TCanvas& canvas, const TRect& clip) override;
@@ -62,7 +55,6 @@ class THeadlessTreePeer final : public THeadlessPeer, public ITreeViewPeer {
   int GetTextRequests() const noexcept { return fTextRequests; }
   int GetImageRequests() const noexcept { return fImageRequests; }
   void ResetRequests() noexcept { fTextRequests = fImageRequests = 0; }
-  THeadlessEditBox* GetEdit() const noexcept { return fEdit.get(); }
   int GetRowHeight() const;
 
  private:
@@ -107,8 +99,6 @@ class THeadlessTreePeer final : public THeadlessPeer, public ITreeViewPeer {
   bool Select(TTreeNode* node);
   void Toggle(TTreeNode* node, bool expand);
 
-  TCustomTreeView& fView;
-  std::unique_ptr<THeadlessEditBox> fEdit;
   mutable std::vector<TTreeNode*> fRows;
   mutable bool fRowsKnown = false;
   int fWidest = 0;  // right edge of the widest row that was painted
