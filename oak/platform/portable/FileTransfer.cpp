@@ -19,6 +19,7 @@ namespace oak {
 namespace {
 
 std::atomic<TNativeWrite> gWrite{&::write};
+std::atomic<TNativeFlush> gFlush{&::syncfs};
 
 constexpr std::size_t PieceSize = 1u << 18;
 
@@ -242,6 +243,16 @@ int WriteContents(int descriptor, const char* bytes, std::size_t count) {
   return 0;
 }
 
+TNativeFlush SetNativeFlush(TNativeFlush flush) noexcept {
+  return gFlush.exchange(flush ? flush : &::syncfs);
+}
+
+int FlushFolderOf(const std::string& native) {
+  const std::string folder = native.substr(0, native.find_last_of('/') + 1);
+  const TDescriptor at(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  return at.Get() >= 0 && gFlush.load(std::memory_order_relaxed)(at.Get()) == 0 ? 0 : errno;
+}
+
 int CopyTree(const std::string& from, const std::string& to, const TTransferGoesOn& goesOn) {
   TTreeCopier copier(from, goesOn);
   return CopyWhole(copier, from, to);
@@ -256,6 +267,11 @@ int MoveTree(const std::string& from, const std::string& to, const TTransferGoes
   TTreeCopier copier(from, goesOn);
   error = CopyWhole(copier, from, to);
   if (error != 0) return error;
+  error = FlushFolderOf(to);
+  if (error != 0) {
+    static_cast<void>(RemoveLogged(to, copier.Made(), true));
+    return error;
+  }
   if (copied) *copied = true;
   return RemoveLogged(from, copier.Sources(), false);
 }

@@ -28,8 +28,9 @@ using TTransferGoesOn = std::function<bool(const std::string& native, std::uint6
 int CopyTree(const std::string& from, const std::string& to, const TTransferGoesOn& goesOn);
 
 /// Moves an object to a place that must be free (EEXIST). `copied` tells whether it had to be
-/// copied to another device; if the source could then not be removed, the copy stays. Of the source
-/// that is removed which was copied: what others wrote there meanwhile stays (ENOTEMPTY, EBUSY).
+/// copied to another device; if the source could then not be removed, the copy stays. The source
+/// goes only when the copy has reached the disk. Of the source that is removed which was copied:
+/// what others wrote there meanwhile stays (ENOTEMPTY, EBUSY).
 int MoveTree(const std::string& from, const std::string& to, const TTransferGoesOn& goesOn,
              bool* copied = nullptr);
 
@@ -65,9 +66,16 @@ int AtFreeName(const std::string& directory, const std::string& name, bool folde
 /// Writes all of the bytes to a file that is copied; 0 or a native error number.
 int WriteContents(int descriptor, const char* bytes, std::size_t count);
 
+/// Waits until what was written to the file system of an object's folder is on the disk, so that a
+/// crash or a pulled stick can't take the last copy; 0 or a native error number.
+int FlushFolderOf(const std::string& native);
+
 /// What writes the contents of copies, in the form of write(2); nil stands for the system's. Gives
 /// the former one. For tests of a full disk; not while anything is copied.
 using TNativeWrite = ssize_t (*)(int descriptor, const void* bytes, std::size_t count);
 TNativeWrite SetNativeWrite(TNativeWrite write) noexcept;
+/// The same for syncfs(2), which ends a move to another device.
+using TNativeFlush = int (*)(int descriptor) noexcept;
+TNativeFlush SetNativeFlush(TNativeFlush flush) noexcept;
 
 }  // namespace oak

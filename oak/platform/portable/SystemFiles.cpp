@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <vector>
 
+#include "oak/platform/portable/FileTransfer.h"
 #include "oak/platform/portable/PortableConfig.h"
 #include "oak/platform/portable/SystemDescriptor.h"
 
@@ -179,23 +180,26 @@ bool CopyContents(const std::string& from, const std::string& to) {
   return false;
 }
 
-// A file moves to another device as a copy; the target appears whole or not.
-BOOL MoveAcross(const std::string& from, const std::string& to) {
-  const std::string partial = to + ".moving~";
-  if (!CopyContents(from, partial)) return FailNative(from, errno);
-  if (rename(partial.c_str(), to.c_str()) != 0 || unlink(from.c_str()) != 0) {
-    const int error = errno;
-    unlink(partial.c_str());
-    return FailNative(from, error);
-  }
-  return TRUE;
-}
-
 int Rename(const std::string& from, const std::string& to, bool replace) {
   if (replace) return rename(from.c_str(), to.c_str());
   const int result = renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE);
   if (result == 0 || (errno != EINVAL && errno != ENOSYS)) return result;
   return rename(from.c_str(), to.c_str());  // a file system without the guarded form
+}
+
+// A file moves to another device as a copy; the target appears whole or not. A source that can't be
+// removed then stays, which is no failure.
+BOOL MoveAcross(const std::string& from, const std::string& to, bool replace) {
+  const std::string partial = to + ".moving~";
+  if (!CopyContents(from, partial)) return FailNative(from, errno);
+  int error = FlushFolderOf(partial);
+  if (error == 0 && Rename(partial, to, replace) != 0) error = errno;
+  if (error != 0) {
+    unlink(partial.c_str());
+    return FailNative(from, error);
+  }
+  static_cast<void>(unlink(from.c_str()));
+  return TRUE;
 }
 
 BOOL STDAPICALLTYPE MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
@@ -221,7 +225,7 @@ BOOL STDAPICALLTYPE MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
     if (error == EEXIST) return FailWith(ERROR_ALREADY_EXISTS, FALSE);
     if (error == EINVAL) return FailWith(ERROR_ACCESS_DENIED, FALSE);  // into its own inside
     const bool copies = (flags & MOVEFILE_COPY_ALLOWED) && S_ISREG(info->Mode);
-    if (error == EXDEV && copies) return MoveAcross(source, *target);
+    if (error == EXDEV && copies) return MoveAcross(source, *target, replace);
     return FailNative(error == ENOENT ? *target : source, error);
   });
 }
