@@ -34,14 +34,22 @@ class TCountdown {
  public:
   explicit TCountdown(int count) : fLeft(count) {}
   void Done() {
-    if (fLeft.fetch_sub(1, std::memory_order_acq_rel) == 1) fLeft.notify_all();
+    if (fLeft.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+      const std::lock_guard guard(fLock);
+      fIsDone = true;
+      fDone.notify_one();
+    }
   }
   void Wait() {
-    for (int left = fLeft.load(); left > 0; left = fLeft.load()) fLeft.wait(left);
+    std::unique_lock guard(fLock);
+    fDone.wait(guard, [this] { return fIsDone; });
   }
 
  private:
   std::atomic<int> fLeft;
+  std::mutex fLock;
+  std::condition_variable fDone;
+  bool fIsDone = false;
 };
 
 // --- the pools, each with Post(function object) -------------------------------------------------

@@ -1,5 +1,7 @@
 #include "oak/namespace/OakItemIdList.h"
 
+#include <bit>
+#include <condition_variable>
 #include <cstring>
 #include <mutex>
 #include <new>
@@ -44,22 +46,54 @@ TStringView WithoutDelimiter(TStringView path) {
 
 // --- small parts -------------------------------------------------------------
 
+// A lock has no room for what its waiters sleep on; locks that are waited for share places by their
+// address. (The waiting of std::atomic loses wake-ups in MinGW's library, where no system call
+// stands behind it.)
+class TReentrantLock::TPlace {
+ public:
+  static TPlace& Of(const TReentrantLock& lock) noexcept {
+    static TPlace* const places = new TPlace[Count];  // used by threads that outlive static objects
+    return places[std::bit_cast<std::uintptr_t>(&lock) / sizeof(TReentrantLock) % Count];
+  }
+  /// Until `ready` is true. It is asked again after each Wake.
+  template <class TReady>
+  void Wait(const TReady& ready) {
+    fWaiting.fetch_add(1);
+    std::unique_lock guard(fLock);
+    fChanged.wait(guard, ready);
+    fWaiting.fetch_sub(1);
+  }
+  // Whoever waits counts himself before he looks, and this looks after the change.
+  void Wake() {
+    if (fWaiting.load() == 0) return;
+    const std::lock_guard guard(fLock);
+    fChanged.notify_all();
+  }
+
+ private:
+  static constexpr std::size_t Count = 16;
+
+  std::atomic<int> fWaiting{0};
+  std::mutex fLock;
+  std::condition_variable fChanged;
+};
+
 void TReentrantLock::Enter() noexcept {
   const DWORD self = CurrentThreadId();
   if (fOwner.load(std::memory_order_relaxed) != self) {
-    DWORD owner = 0;
-    while (!fOwner.compare_exchange_strong(owner, self, std::memory_order_acquire)) {
-      fOwner.wait(owner, std::memory_order_relaxed);
-      owner = 0;
-    }
+    const auto take = [&] {
+      DWORD nobody = 0;
+      return fOwner.compare_exchange_strong(nobody, self);
+    };
+    if (!take()) TPlace::Of(*this).Wait(take);
   }
   ++fDepth;
 }
 
 void TReentrantLock::Leave() noexcept {
   if (--fDepth > 0) return;
-  fOwner.store(0, std::memory_order_release);
-  fOwner.notify_one();
+  fOwner.store(0);
+  TPlace::Of(*this).Wake();
 }
 
 const TItemText* TItemText::Unknown() noexcept {

@@ -27,6 +27,8 @@ class TReentrantLock {
   void Leave() noexcept;
 
  private:
+  class TPlace;
+
   std::atomic<DWORD> fOwner{0};
   DWORD fDepth = 0;
 };
