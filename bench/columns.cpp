@@ -1,10 +1,13 @@
 // The column texts of a folder as a list asks for them: page by page, what is visible first.
 #include <sys/stat.h>
 
+#include <array>
+#include <cstdio>
 #include <filesystem>
 
 #include "bench/common/BenchData.h"
 #include "oak/namespace/FolderTrek.h"
+#include "oak/namespace/Oak.Shell.ShellColumns.h"
 #include "oak/namespace/Oak.Shell.Types.ColumnInfo.h"
 #include "oak/namespace/OakItemIdList.h"
 #include "oak/platform/Console.h"
@@ -17,9 +20,9 @@ constexpr std::size_t PageRows = 40;
 
 /// A folder's objects, read once, and the numbers of the columns that it shows by default.
 struct TListing {
-  TListing() {
+  explicit TListing(const std::string& folder = bench::Folder()) {
     Cursor.SetShowErrorMessages(false);
-    Cursor.SetFolderIdList(TOakItemIdList::Create(PathFromArgument(bench::Folder())));
+    Cursor.SetFolderIdList(TOakItemIdList::Create(PathFromArgument(folder)));
     while (Cursor.Next()) Items.push_back(Cursor.GetItemIdList());
     for (int number = 0; Cursor.GetShColumnIdFromColumnNumber(number).IsValid(); ++number) {
       TColumnInfo info;
@@ -81,5 +84,29 @@ void AllPages(benchmark::State& state) {
   state.counters["objects"] = static_cast<double>(listing.Items.size());
 }
 BENCHMARK(AllPages)->Unit(benchmark::kMillisecond)->Iterations(1);
+
+/// The sizes of pictures, for which each file is opened; the yardstick opens and reads it, too.
+void Dimensions(benchmark::State& state) {
+  const std::string folder = bench::Pictures();
+  TListing listing(folder);
+  listing.Columns = {listing.Cursor.GetIndexOfShColumnId(TShellColumns::Image_Dimensions())};
+  if (listing.Columns.front() < 0) return state.SkipWithError("no such column");
+  bench::Compare(
+      state, [&] { benchmark::DoNotOptimize(listing.ReadTexts(0, listing.Items.size())); },
+      [&] {
+        std::array<char, 1024> bytes;
+        std::size_t total = 0;
+        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+          std::FILE* file = std::fopen(entry.path().string().c_str(), "rb");
+          if (!file) continue;
+          std::setvbuf(file, nullptr, _IONBF, 0);
+          total += std::fread(bytes.data(), 1, bytes.size(), file);
+          std::fclose(file);
+        }
+        benchmark::DoNotOptimize(total);
+      });
+  state.counters["objects"] = static_cast<double>(listing.Items.size());
+}
+BENCHMARK(Dimensions)->Unit(benchmark::kMillisecond)->Iterations(1);
 
 }  // namespace

@@ -78,6 +78,17 @@ std::string Tree() {
                    [](const fs::path& p) { MakeTree(p, 2 * FileCount()); });
 }
 
+std::string Pictures() {
+  const int count = std::max(1, FileCount() / 10);
+  return Generated(DataRoot() / ("pictures-" + std::to_string(count)), [&](const fs::path& folder) {
+    const std::string start("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\4\0\0\0\3\0\x8\6\0\0\0", 29);
+    const std::string pixels = "crc." + std::string({0, 0, 4, 0}) + "IDAT" + std::string(1024, 'x');
+    for (int i = 0; i < count; ++i)
+      std::ofstream(folder / ("IMG_" + std::to_string(i) + ".png"), std::ios::binary)
+          << start << pixels;
+  });
+}
+
 const std::vector<oak::TString>& Names() {
   static const std::vector<oak::TString> names = [] {
     std::mt19937 random(42);

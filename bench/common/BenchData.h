@@ -20,6 +20,8 @@ std::string Folder();
 /// Directory of $OAK_BENCH_TREE, else a generated tree of twice as many files in
 /// folders up to 8 deep.
 std::string Tree();
+/// A generated folder of a tenth as many small pictures.
+std::string Pictures();
 /// File names as people make them: words, numbers, dates, some beyond ASCII.
 const std::vector<oak::TString>& Names();
 

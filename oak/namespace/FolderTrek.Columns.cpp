@@ -40,6 +40,9 @@ bool IsUtcDate(const TShellColumnId& pColumn) {
          pColumn == TShellColumns::AccessTime();
 }
 
+/// A column of unknown state is shown.
+bool IsShown(std::optional<DWORD> pState) { return !pState || IsColumnShownAtFirst(*pState); }
+
 }  // namespace
 
 bool TFolderTrek::GetIShellDetails() {
@@ -64,6 +67,7 @@ TShellColumnId TFolderTrek::GetShColumnIdFromColumnNumber(int pColumnNumber) {
 int TFolderTrek::GetIndexOfShColumnId(const TShellColumnId& pColumnID) {
   if (pColumnID == TShellColumns::Invalid()) return -1;
   if (pColumnID == TShellColumns::OakDriveListFreePercentage()) return DriveListColumn;
+  if (!GetIShellDetails()) return -1;  // A dead folder is bound in vain once and not 320 times.
   for (int number = 0; number < EndOfColumns; ++number) {
     if (GetShColumnIdFromColumnNumber(number) == pColumnID) return number;
   }
@@ -74,10 +78,8 @@ int TFolderTrek::GetIndexOfShColumnId(const TShellColumnId& pColumnID) {
 
 // The folder's own text for a column by number; nullopt if it has none to give.
 std::optional<TString> TFolderTrek::DetailsText(int pColumnIndex, bool pHeader) {
-  const Ref<IItemIdList> item = pHeader ? NullItemIdList() : FItemIDList;
-  const TErrorMode quiet(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
   SHELLDETAILS details{};
-  const PCUITEMID_CHILD pidl = pHeader ? nullptr : item->WindowsPointer();
+  const PCUITEMID_CHILD pidl = pHeader ? nullptr : FItemIDList->WindowsPointer();
   if (!fShellFolder2 ||
       FAILED(fShellFolder2->GetDetailsOf(pidl, static_cast<UINT>(pColumnIndex), &details)))
     return std::nullopt;
@@ -87,11 +89,15 @@ std::optional<TString> TFolderTrek::DetailsText(int pColumnIndex, bool pHeader) 
 TString TFolderTrek::GetColumnText(int pColumnIndex, bool pHeader) {
   if (pColumnIndex == 0 && !pHeader) return HasObject() ? GetShellObjectName(true) : TString();
   if (pColumnIndex < 0 || !GetIShellDetails() || (!pHeader && !HasObject())) return {};
+  const TErrorMode quiet(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
   if (std::optional<TString> text = DetailsText(pColumnIndex, pHeader)) return *std::move(text);
-  if (pColumnIndex == GetIndexOfShColumnId(TShellColumns::ElementType())) return {};
   const TShellColumnId column = GetShColumnIdFromColumnNumber(pColumnIndex);
-  // The header by identifier asks by number again, which has just failed.
-  return pHeader || !column.IsValid() ? TString() : GetColumnText(column, false);
+  // The number of one column is looked for only where this can be it: it takes many calls.
+  if (!column.IsValid() ||
+      (column == TShellColumns::ElementType() && pColumnIndex == GetIndexOfShColumnId(column)))
+    return {};
+  // A header by identifier asks by number again, which has just failed, but for our own column.
+  return pHeader && pColumnIndex != DriveListColumn ? TString() : GetColumnText(column, pHeader);
 }
 
 TString TFolderTrek::GetColumnText(const TShellColumnId& pColumnID, bool pHeader) {
@@ -102,6 +108,7 @@ TString TFolderTrek::GetColumnText(const TShellColumnId& pColumnID, bool pHeader
 TString TFolderTrek::GetColumnText(const TShellColumnId& pColumnID, bool pHeader,
                                    TVariant& pColumnVariant) {
   if (pHeader) return GetColumnHeader(pColumnID);
+  pColumnVariant = TVariant();
   if (!HasObject()) return {};
   if (GetSpecialFolder() == SF_QUICKACCESS) {
     // What is pinned there has the data of the pin; those of the target are wanted.
@@ -124,8 +131,11 @@ TString TFolderTrek::GetColumnHeader(const TShellColumnId& pColumnID) {
 
 TVariant TFolderTrek::GetColumnValue(const TShellColumnId& pColumnID) {
   if (!HasObject()) return {};
-  if (pColumnID == TShellColumns::ItemDate())
-    return GetAbsoluteItemIdList()->GetPropertyValue(pColumnID).ToVariant();
+  if (pColumnID == TShellColumns::ItemDate()) {
+    // A cursor on a bare IShellFolder may not know where it stands.
+    const Ref<IItemIdList> item = GetAbsoluteItemIdList();
+    return item ? item->GetPropertyValue(pColumnID).ToVariant() : TVariant();
+  }
   if (!GetIShellDetails() || !fShellFolder2) return {};
   const PROPERTYKEY key = pColumnID;
   TVariant value;
@@ -143,19 +153,17 @@ double TFolderTrek::GetLastChangeDate() {
 
 // --- looks of columns ---------------------------------------------------------------------------
 
-DWORD TFolderTrek::GetDefaultColumnState(int pColumnIndex) {
+// nullopt if the folder doesn't tell.
+std::optional<DWORD> TFolderTrek::ColumnState(int pColumnIndex) {
   SHCOLSTATEF state = 0;
   if (pColumnIndex < 0 || !GetIShellDetails() || !fShellFolder2 ||
       FAILED(fShellFolder2->GetDefaultColumnState(static_cast<UINT>(pColumnIndex), &state)))
-    return 0;
+    return std::nullopt;
   return state;
 }
 
-// A folder that doesn't tell the state of a column shows it.
-bool TFolderTrek::ShowsColumnAtFirst(int pColumnIndex) {
-  SHCOLSTATEF state = 0;
-  return FAILED(fShellFolder2->GetDefaultColumnState(static_cast<UINT>(pColumnIndex), &state)) ||
-         IsColumnShownAtFirst(state);
+DWORD TFolderTrek::GetDefaultColumnState(int pColumnIndex) {
+  return ColumnState(pColumnIndex).value_or(0);
 }
 
 TAlignment TFolderTrek::GetColumnInfo(int pColumnIndex, int& pWidth) {
@@ -167,7 +175,7 @@ TAlignment TFolderTrek::GetColumnInfo(int pColumnIndex, int& pWidth) {
   Drop(details);
   pWidth = TShellControlHelper::ScaledPixels(WidthOfCharacters(details.cxChar));
   if (pColumnIndex == 0) pWidth += ExtraNameWidth;
-  if (!ShowsColumnAtFirst(pColumnIndex)) pWidth = 0;
+  if (!IsShown(ColumnState(pColumnIndex))) pWidth = 0;
   return AlignmentOfFormat(details.fmt);
 }
 
@@ -183,8 +191,9 @@ void TFolderTrek::GetColumnInfo(int pColumnIndex, TColumnInfo& pColumnInfo) {
   pColumnInfo.fWidth = WidthOfCharacters(details.cxChar);
   if (pColumnIndex == 0) pColumnInfo.fWidth += ExtraNameWidth;
   pColumnInfo.fTitle = TextOf(details.str, nullptr);
-  pColumnInfo.fVisibleByDefault = ShowsColumnAtFirst(pColumnIndex);
-  pColumnInfo.fFlags = GetDefaultColumnState(pColumnIndex);
+  const std::optional<DWORD> state = ColumnState(pColumnIndex);
+  pColumnInfo.fVisibleByDefault = IsShown(state);
+  pColumnInfo.fFlags = state.value_or(0);
 }
 
 void TFolderTrek::GetColumnInfo(const TShellColumnId& pShellColumn, TColumnInfo& pColumnInfo) {

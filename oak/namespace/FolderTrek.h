@@ -223,21 +223,25 @@ class TFolderTrek : public TComponent {
   // in a list of drives. Reading them raises nothing but what is said here.
   /// Whether a folder is bound, which can be asked for its columns.
   bool GetIShellDetails();
-  /// Text of the current object, or with pHeader the caption of the column.
+  /// Text of the current object, or with pHeader the caption of the column. By number it is the
+  /// folder's text, by identifier that of the property system; empty where there is none.
   TString GetColumnText(int pColumnIndex, bool pHeader);
   TString GetColumnText(const TShellColumnId& pColumnID, bool pHeader);
-  /// Gives the value behind the text as well; untouched for a header.
+  /// Gives the value behind the text as well, empty without one; untouched for a header.
   TString GetColumnText(const TShellColumnId& pColumnID, bool pHeader, TVariant& pColumnVariant);
-  /// Value of the current object; dates are local.
+  /// Value of the current object, empty if it has none. The dates of writing, creation and
+  /// access are local, all others as the system gives them.
   TVariant GetColumnValue(const TShellColumnId& pColumnID);
   /// TShellColumns::Invalid if there is no such column.
   TShellColumnId GetShColumnIdFromColumnNumber(int pColumnNumber);
-  /// -1 if the folder doesn't have the column.
+  /// -1 if the folder doesn't have the column. Asks the folder for each number up to the one
+  /// that is found, at most 320 times: once for a column, not for each object.
   int GetIndexOfShColumnId(const TShellColumnId& pColumnID);
   /// Alignment, and the width in pixels of the screen; 0 for a column that is
-  /// hidden at first.
+  /// hidden at first, 120 if the folder doesn't tell of it.
   TAlignment GetColumnInfo(int pColumnIndex, int& pWidth);
-  /// The width at 96 pixels per inch. Raises EInvalidOperation without a folder.
+  /// The width at 96 pixels per inch, and the alignment as the folder gives it: LVCFMT_ bits.
+  /// The defaults if it doesn't tell. Raises EInvalidOperation without a folder.
   void GetColumnInfo(int pColumnIndex, TColumnInfo& pColumnInfo);
   /// What the property system knows, whatever the folder.
   void GetColumnInfo(const TShellColumnId& pShellColumn, TColumnInfo& pColumnInfo);
@@ -334,7 +338,7 @@ class TFolderTrek : public TComponent {
   int GetImageIndex(bool pOpen);
   std::optional<TString> DetailsText(int pColumnIndex, bool pHeader);
   TString GetColumnHeader(const TShellColumnId& pColumnID);
-  bool ShowsColumnAtFirst(int pColumnIndex);
+  std::optional<DWORD> ColumnState(int pColumnIndex);
   TObject* EventSender() noexcept;
   std::weak_ptr<const bool> Life();
   bool HasMultiObjects() const;

@@ -2,7 +2,6 @@
 
 #include "oak/namespace/FolderTrek.h"
 #include "oak/namespace/Oak.Shell.ShellColumns.h"
-#include "oak/namespace/Oak.Shell.Types.PropertyValue.h"
 #include "oak/namespace/OakItemIdList.h"
 #include "oak/namespace/Shell_Win32.Properties.h"
 #include "oak/platform/Api.h"
@@ -84,8 +83,10 @@ TString TShellControlHelper::VariantToString(const TVariant& pValue,
   const bool isDate =
       pColumn == TShellColumns::WriteTime() || pColumn == TShellColumns::CreateTime() ||
       pColumn == TShellColumns::AccessTime() || pColumn == TShellColumns::ItemDate();
-  return isDate ? TShellPropertyValue(pValue).ToString()
-                : VariantToStringViaPropertySystem(pValue, pColumn);
+  if (!isDate) return VariantToStringViaPropertySystem(pValue, pColumn);
+  TVariant text;
+  if (FAILED(Api().VariantChangeType(text.Put(), &pValue.Get(), 0, VT_BSTR))) return {};
+  return VariantToText(text);
 }
 
 bool TShellControlHelper::Authenticate(TStringView pPath, bool pShowErrors) {

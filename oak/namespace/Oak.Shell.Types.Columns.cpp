@@ -110,9 +110,4 @@ int TShellColumnId::GetDisplayType() const {
   return description && SUCCEEDED(description->GetDisplayType(&type)) ? static_cast<int>(type) : -1;
 }
 
-void ForgetColumnLabels() {
-  const std::lock_guard guard(gLabelsLock);
-  gLabels = nullptr;
-}
-
 }  // namespace oak

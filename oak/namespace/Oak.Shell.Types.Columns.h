@@ -42,8 +42,4 @@ inline const PROPERTYKEY* AsPropertyKey(const TShellColumnId* pColumn) noexcept 
   return reinterpret_cast<const PROPERTYKEY*>(pColumn);
 }
 
-/// Drops the table of labels that FromString built, for instance because the
-/// language or the set of properties changed. Any thread.
-void ForgetColumnLabels();
-
 }  // namespace oak

@@ -78,6 +78,11 @@ TEST_F(FolderTrekColumns, NumbersAndIdentifiersAreInverse) {
   for (const int number : {-1, 255, 319, 5000})
     EXPECT_EQ(fCursor.GetShColumnIdFromColumnNumber(number), TShellColumns::Invalid()) << number;
   EXPECT_EQ(fCursor.GetSortColumn(), 0);
+  TFolderTrek computer;
+  computer.SetSpecialFolder(SF_DRIVES);
+  const TString free = computer.GetColumnText(TShellColumns::FreeSize(), true);
+  EXPECT_EQ(computer.GetColumnText(TShellColumns::OakDriveListFreePercentage(), true),
+            u"% " + free);
 }
 
 TEST_F(FolderTrekColumns, AnObjectTellsItsTextsAndValues) {

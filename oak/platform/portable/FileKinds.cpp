@@ -16,7 +16,7 @@ struct TGroup {
 };
 constexpr TGroup kGroups[] = {
     {{u"picture", u"Picture", PERCEIVED_TYPE_IMAGE},
-     u"BMP GIF HEIC ICO JPE JPEG JPG PNG PPM SVG TGA TIF TIFF WEBP XPM"},
+     u"BMP CUR DIB GIF HEIC ICO JFIF JPE JPEG JPG PBM PGM PNG PNM PPM SVG TGA TIF TIFF WEBP XPM"},
     {{u"music", u"Music", PERCEIVED_TYPE_AUDIO},
      u"AAC AIF AIFF FLAC M4A MID MIDI MP3 OGA OGG OPUS WAV WMA"},
     {{u"video", u"Video", PERCEIVED_TYPE_VIDEO},
@@ -49,10 +49,11 @@ TKinds MakeKinds() {
   return kinds;
 }
 
-// The extension in upper case, without its dot.
+// The extension in upper case, without its dot. What holds a blank is none: "Mr. Smith".
 TString ExtensionOf(TStringView name) {
   const TString extension = ExtractFileExt(name);
-  return extension.empty() ? TString() : UpperCase(TStringView(extension).substr(1));
+  const bool isNone = extension.empty() || extension.find(u' ') != TString::npos;
+  return isNone ? TString() : UpperCase(TStringView(extension).substr(1));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "oak/base/Variant.h"
 #include "oak/platform/portable/FileAttributeStore.h"
 #include "oak/platform/portable/FileKinds.h"
+#include "oak/platform/portable/ImageProperties.h"
 #include "oak/platform/portable/PortableConfig.h"
 #include "oak/platform/portable/PortableFiles.h"
 #include "oak/platform/portable/PropertyTable.h"
@@ -184,16 +185,20 @@ HRESULT GetFileProperty(const TFileObject& object, REFPROPERTYKEY key, PROPVARIA
   const auto getter = Getters().find(key);
   if (getter != Getters().end())
     code = getter->second(object, result);
+  else if (IsImageProperty(key))
+    code = GetImageProperty(object, key, result);
   else if (IsStoredProperty(key))
     code = ReadStoredProperty(object.Native, key, result);
   if (SUCCEEDED(code)) *value = result.Detach();
   return code;
 }
 
-std::vector<PROPERTYKEY> FilePropertyKeys() {
+std::vector<PROPERTYKEY> FilePropertyKeys(const TFileObject& object) {
+  const bool isPicture = IsPictureName(object);
   std::vector<PROPERTYKEY> keys;
   for (const TPropertyInfo& info : PropertyTable()) {
-    const bool answered = Getters().contains(info.Key) || IsStoredProperty(info.Key);
+    const bool answered = Getters().contains(info.Key) || IsStoredProperty(info.Key) ||
+                          (isPicture && IsImageProperty(info.Key));
     if (answered && !HasFlag(info.Flags, TPropertyFlags::Alias)) keys.push_back(info.Key);
   }
   return keys;

@@ -25,8 +25,9 @@ HRESULT GetFileProperty(const TFileObject& object, REFPROPERTYKEY key, PROPVARIA
 /// property that cannot be set, of ERROR_NOT_SUPPORTED if the file system keeps no
 /// extended attributes, DISP_E_TYPEMISMATCH for a value of a wrong kind.
 HRESULT SetFileProperty(const TFileObject& object, REFPROPERTYKEY key, REFPROPVARIANT value);
-/// The keys that GetFileProperty answers.
-std::vector<PROPERTYKEY> FilePropertyKeys();
+/// The keys that GetFileProperty answers for an object; those of pictures only if its
+/// name is one of a picture.
+std::vector<PROPERTYKEY> FilePropertyKeys(const TFileObject& object);
 
 /// Name of the kind of an object, by its extension: "TXT File", "File folder".
 TString FileTypeName(TStringView name, bool isFolder);

@@ -13,45 +13,6 @@
 namespace oak {
 namespace {
 
-SHCOLSTATEF StateOf(const TPropertyInfo& info) {
-  SHCOLSTATEF state = SHCOLSTATE_TYPE_STR;
-  if (info.Type == VT_FILETIME) state = SHCOLSTATE_TYPE_DATE;
-  if (info.Type == VT_UI8 || info.Type == VT_UI4) state = SHCOLSTATE_TYPE_INT;
-  if (HasFlag(info.Flags, TPropertyFlags::Column)) return state | SHCOLSTATE_ONBYDEFAULT;
-  return state | SHCOLSTATE_SECONDARYUI;
-}
-
-std::vector<TFolderColumn> MakeColumns() {
-  std::vector<TFolderColumn> columns;
-  for (const PROPERTYKEY& key : {PKEY_ItemNameDisplay,
-                                 PKEY_Size,
-                                 PKEY_ItemTypeText,
-                                 PKEY_DateModified,
-                                 PKEY_DateCreated,
-                                 PKEY_DateAccessed,
-                                 PKEY_FileAttributes,
-                                 PKEY_PerceivedType,
-                                 PKEY_FileOwner,
-                                 PKEY_Kind,
-                                 PKEY_Title,
-                                 PKEY_Subject,
-                                 PKEY_Author,
-                                 PKEY_Keywords,
-                                 PKEY_Comment,
-                                 PKEY_Copyright,
-                                 PKEY_Rating,
-                                 PKEY_FileExtension,
-                                 PKEY_FileAllocationSize,
-                                 PKEY_ComputerName,
-                                 PKEY_Link_TargetParsingPath}) {
-    const TPropertyInfo* info = FindProperty(key);
-    const bool number = info->Type == VT_UI8 || info->Format == TPropertyFormat::Number;
-    columns.push_back(
-        {key, info->Label, info->Width, number ? LVCFMT_RIGHT : LVCFMT_LEFT, StateOf(*info)});
-  }
-  return columns;
-}
-
 void AddLine(TString& tip, const TFileObject& object, REFPROPERTYKEY key) {
   TPropVariant value;
   if (GetFileProperty(object, key, value.Put()) != S_OK || value.IsEmpty()) return;
@@ -63,6 +24,16 @@ void AddLine(TString& tip, const TFileObject& object, REFPROPERTYKEY key) {
 }
 
 }  // namespace
+
+std::vector<TFolderColumn> ColumnsOf(std::initializer_list<PROPERTYKEY> keys) {
+  std::vector<TFolderColumn> columns;
+  for (const PROPERTYKEY& key : keys) {
+    const TPropertyInfo* info = FindProperty(key);
+    columns.push_back({key, info->Label, info->Width,
+                       IsRightAligned(*info) ? LVCFMT_RIGHT : LVCFMT_LEFT, ColumnStateOf(*info)});
+  }
+  return columns;
+}
 
 HRESULT TFileSystemFolder::Describe(PCUITEMID_CHILD element, TFileObject& object) {
   TFileElement file;
@@ -87,7 +58,11 @@ HRESULT TFileSystemFolder::GetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY k
                                        PROPVARIANT* value) {
   TFileObject object;
   const HRESULT result = Describe(element, object);
-  return FAILED(result) ? result : GetFileProperty(object, key, value);
+  if (FAILED(result)) return result;
+  if (TPropertyKeyEqual{}(key, PKEY_Link_TargetParsingPath) && !object.IsFolder &&
+      IsLinkName(object.Name))
+    return GetLinkPath(element, value);
+  return GetFileProperty(object, key, value);
 }
 
 HRESULT TFileSystemFolder::SetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY key,
@@ -97,8 +72,10 @@ HRESULT TFileSystemFolder::SetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY k
   return FAILED(result) ? result : SetFileProperty(object, key, value);
 }
 
-std::vector<PROPERTYKEY> TFileSystemFolder::GetPropertyKeys(PCUITEMID_CHILD) {
-  return FilePropertyKeys();
+std::vector<PROPERTYKEY> TFileSystemFolder::GetPropertyKeys(PCUITEMID_CHILD element) {
+  TFileObject object;
+  static_cast<void>(Describe(element, object));  // nameless: what any object has
+  return FilePropertyKeys(object);
 }
 
 HRESULT TFileSystemFolder::GetTypeName(PCUITEMID_CHILD element, TString& name) {
@@ -137,7 +114,34 @@ HRESULT TFileSystemFolder::GetOverlayIndex(PCUITEMID_CHILD element, int& index) 
 }
 
 std::span<const TFolderColumn> TFileSystemFolder::GetColumns() {
-  static const auto* columns = new std::vector<TFolderColumn>(MakeColumns());
+  static const auto* columns =
+      new std::vector<TFolderColumn>(ColumnsOf({PKEY_ItemNameDisplay,
+                                                PKEY_Size,
+                                                PKEY_ItemTypeText,
+                                                PKEY_DateModified,
+                                                PKEY_DateCreated,
+                                                PKEY_DateAccessed,
+                                                PKEY_FileAttributes,
+                                                PKEY_PerceivedType,
+                                                PKEY_FileOwner,
+                                                PKEY_Kind,
+                                                PKEY_Title,
+                                                PKEY_Subject,
+                                                PKEY_Author,
+                                                PKEY_Keywords,
+                                                PKEY_Comment,
+                                                PKEY_Copyright,
+                                                PKEY_Rating,
+                                                PKEY_FileExtension,
+                                                PKEY_FileAllocationSize,
+                                                PKEY_ComputerName,
+                                                PKEY_Link_TargetParsingPath,
+                                                PKEY_Image_Dimensions,
+                                                PKEY_Image_HorizontalSize,
+                                                PKEY_Image_VerticalSize,
+                                                PKEY_Image_BitDepth,
+                                                PKEY_Image_HorizontalResolution,
+                                                PKEY_Image_VerticalResolution}));
   return *columns;
 }
 
@@ -154,6 +158,19 @@ HRESULT TFileSystemFolder::LoadLink(PCUITEMID_CHILD element, REFIID iid, void** 
   HRESULT result = factory(IidOf<IPersistFile>(), link.PutVoid());
   if (SUCCEEDED(result)) result = link->Load(W(PathOf(file.Name)), STGM_READ);
   return FAILED(result) ? result : link->QueryInterface(iid, object);
+}
+
+// Empty for a link to what has no path.
+HRESULT TFileSystemFolder::GetLinkPath(PCUITEMID_CHILD element, PROPVARIANT* value) {
+  Ref<IShellLinkW> link;
+  HRESULT result = LoadLink(element, IidOf<IShellLinkW>(), link.PutVoid());
+  if (FAILED(result)) return result;
+  constexpr int longestPath = 32768;
+  TString path(longestPath, u'\0');
+  result = link->GetPath(WBuffer(path), longestPath, nullptr, 0);
+  if (result != S_OK) return result;
+  *value = TPropVariant::From(TStringView(path.c_str())).Detach();
+  return S_OK;
 }
 
 HRESULT TFileSystemFolder::GetUIObject(std::span<const PCUITEMID_CHILD> elements, REFIID iid,

@@ -10,6 +10,7 @@
 #include "oak/platform/portable/PortableConfig.h"
 #include "oak/platform/portable/PortableFiles.h"
 #include "oak/platform/portable/PropertyTable.h"
+#include "oak/platform/portable/ShellNode.h"
 
 namespace oak {
 namespace {
@@ -49,6 +50,14 @@ bool IsReadOnly(const std::string& native, bool folder) {
 }
 
 }  // namespace
+
+TString ShownDirectory(const TFolderNode& folder) {
+  TString path;
+  if (SUCCEEDED(folder.GetFolderName(TNameForm::FileSystemPath, path)) && !path.empty())
+    return path;
+  const auto* directory = dynamic_cast<const TFileSystemFolder*>(&folder.Contents());
+  return directory ? directory->GetPath() : TString();
+}
 
 // --- elements ----------------------------------------------------------------
 

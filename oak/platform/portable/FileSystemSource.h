@@ -1,6 +1,7 @@
 // The contents of a native directory as a folder of the shell.
 #pragma once
 
+#include <initializer_list>
 #include <mutex>
 #include <string>
 
@@ -8,6 +9,8 @@
 #include "oak/platform/portable/PortableShell.h"
 
 namespace oak {
+
+class TFolderNode;
 
 /// What an element of the file system says of its object. A symbolic link is kept
 /// as such, since what it leads to may change or be slow to reach.
@@ -32,14 +35,22 @@ DWORD FileElementFlags(unsigned char entryType) noexcept;
 bool IsLinkName(TStringView name) noexcept;
 /// A walk over a directory; S_OK or a failure. Sees the SHCONTF_ flags.
 HRESULT OpenDirectoryCursor(const std::string& native, DWORD flags, Ref<IFolderCursor>& cursor);
+/// Columns of known properties as the table of properties has them.
+std::vector<TFolderColumn> ColumnsOf(std::initializer_list<PROPERTYKEY> keys);
 /// The failure that stands for a native error number.
 HRESULT ResultFromErrno(int error) noexcept;
+
+/// Windows path of the directory whose objects a folder shows; empty if it shows none. The folder
+/// need not have a path of its own: a library shows where it saves.
+TString ShownDirectory(const TFolderNode& folder);
 
 /// A directory. Immutable; several threads may use it at the same time.
 class TFileSystemFolder : public TFolderSource {
  public:
   /// By Windows path. The native one is looked for when first needed.
   explicit TFileSystemFolder(TStringView path);
+  /// With trailing delimiter.
+  const TString& GetPath() const { return fPath; }
 
   HRESULT Enumerate(DWORD flags, Ref<IFolderCursor>& cursor) override;
   HRESULT GetName(PCUITEMID_CHILD element, TNameForm form, TString& name) override;
@@ -77,6 +88,7 @@ class TFileSystemFolder : public TFolderSource {
   HRESULT Describe(PCUITEMID_CHILD element, TFileObject& object);
   HRESULT ElementOf(const std::string& native, TStringView name, TPidl& element);
   HRESULT LoadLink(PCUITEMID_CHILD element, REFIID iid, void** object);
+  HRESULT GetLinkPath(PCUITEMID_CHILD element, PROPVARIANT* value);
 
   TString fPath;  // with trailing delimiter
   std::once_flag fNativeOnce;

@@ -74,6 +74,16 @@ std::string HostName() {
   return name;
 }
 
+// "de_CH.UTF-8@euro" is "de-CH"; without a locale, and in that of programmers, American English.
+TString LocaleName() {
+  std::string name;
+  for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"})
+    if (name.empty()) name = Environment(variable);
+  name.resize(std::min(name.size(), name.find_first_of(".@")));
+  std::replace(name.begin(), name.end(), '_', '-');
+  return name.empty() || name == "C" || name == "POSIX" ? u"en-US" : FromUtf8(name);
+}
+
 std::string MakeAbsolute(std::string_view directory) {
   std::string result(directory);
   if (result.empty() || result.front() != '/') {
@@ -133,6 +143,7 @@ TPortableConfig PortableConfigFromEnvironment() {
   config.System = FirstDirectory({"/usr/lib", "/lib"});
   config.ComputerName = UpperCase(FromUtf8(HostName()));
   config.UserName = FromUtf8(account.Name);
+  config.Language = LocaleName();
   config.IsAdmin = geteuid() == 0;
   return config;
 }

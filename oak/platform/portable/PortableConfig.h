@@ -53,8 +53,8 @@ struct TPortableConfig {
   DWORD MajorVersion = 10;
   DWORD MinorVersion = 0;
   DWORD BuildNumber = 19045;
-  TString Language = u"en-US";  ///< a locale name
-  LCID Locale = 0x0409;
+  /// A locale name. Numbers, sizes and dates are written as it asks; texts are English.
+  TString Language = u"en-US";
   bool IsAdmin = false;  ///< what IsUserAnAdmin answers
 
   const TPortableDrive* FindDrive(char16_t letter) const;

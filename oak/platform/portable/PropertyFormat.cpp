@@ -1,42 +1,45 @@
 // Texts of property values.
 #include <array>
+#include <cmath>
 
 #include "oak/base/Variant.h"
 #include "oak/platform/Api.h"
 #include "oak/platform/portable/PropertySystem.h"
+#include "oak/platform/portable/SystemLocale.h"
 
 namespace oak {
 namespace {
 
-TString WithSeparators(std::uint64_t number, bool negative) {
-  TString digits = FromUtf8(std::to_string(number));
-  for (std::size_t at = digits.size(); at > 3;) digits.insert(at -= 3, 1, u',');
-  return negative ? u"-" + digits : digits;
+TString NumberText(REFPROPVARIANT value) {
+  std::uint64_t positive = 0;
+  if (TryGetUInt64(value, positive)) return GroupedNumber(positive);
+  std::int64_t number = 0;
+  if (TryGetInt64(value, number))
+    return GroupedNumber(~static_cast<std::uint64_t>(number) + 1, true);
+  double real = 0;
+  return TryGetDouble(value, real) ? DecimalNumber(real) : PropVariantToText(value);
 }
 
-TString NumberText(REFPROPVARIANT value, bool separators) {
-  std::uint64_t positive = 0;
-  if (separators && TryGetUInt64(value, positive)) return WithSeparators(positive, false);
-  std::int64_t number = 0;
-  if (separators && TryGetInt64(value, number))
-    return WithSeparators(~static_cast<std::uint64_t>(number) + 1, true);
-  return PropVariantToText(value);
+// The number with its unit; a value that is no number stands alone.
+TString UnitText(REFPROPVARIANT value, TStringView unit) {
+  double number = 0;
+  const TString text = PropVariantToText(value);
+  return TryGetDouble(value, number) ? text + TString(unit) : text;
 }
 
 TString SizeText(REFPROPVARIANT value, bool wholeKilobytes) {
   std::uint64_t bytes = 0;
   if (!TryGetUInt64(value, bytes)) return PropVariantToText(value);
-  std::array<char16_t, 64> text{};
-  const auto format = wholeKilobytes ? &TApi::StrFormatKBSizeW : &TApi::StrFormatByteSizeW;
-  (Api().*format)(static_cast<LONGLONG>(bytes), text.data(), static_cast<UINT>(text.size()));
-  return text.data();
+  return wholeKilobytes ? KilobyteText(bytes) : ByteSizeText(bytes);
 }
 
-// File times are UTC, dates are local already.
+// File times are UTC, dates are local already. The first moment of file times stands for no time.
 bool LocalTime(REFPROPVARIANT value, SYSTEMTIME& local) {
   FILETIME time;
   SYSTEMTIME universal;
-  if (!TryGetFileTime(value, time) || !FileTimeToSystem(time, universal)) return false;
+  if (!TryGetFileTime(value, time) || FileTimeToTicks(time) == 0 ||
+      !FileTimeToSystem(time, universal))
+    return false;
   if (value.vt != VT_FILETIME) {
     local = universal;
     return true;
@@ -97,6 +100,13 @@ TString BitrateText(REFPROPVARIANT value) {
   return IntToStr(static_cast<std::int64_t>(bits / 1000)) + u"kbps";
 }
 
+// Files tell dots of a metre as often: 3780 of them are 96 of an inch, and a little.
+TString ResolutionText(REFPROPVARIANT value) {
+  double dots = 0;
+  if (!TryGetDouble(value, dots) || !(dots >= 0 && dots < 1e15)) return PropVariantToText(value);
+  return IntToStr(std::llround(dots)) + u" dpi";
+}
+
 TString BooleanText(REFPROPVARIANT value) {
   bool flag = false;
   return TryGetBool(value, flag) ? TString(flag ? u"Yes" : u"No") : PropVariantToText(value);
@@ -106,9 +116,9 @@ TString ValueText(TPropertyFormat format, REFPROPVARIANT value, PROPDESC_FORMAT_
   switch (format) {
     case TPropertyFormat::Text:
     case TPropertyFormat::Plain:
-      return NumberText(value, false);
+      return PropVariantToText(value);
     case TPropertyFormat::Number:
-      return NumberText(value, true);
+      return NumberText(value);
     case TPropertyFormat::Size:
       return SizeText(value, (flags & PDFF_ALWAYSKB) != 0);
     case TPropertyFormat::Bytes:
@@ -122,9 +132,11 @@ TString ValueText(TPropertyFormat format, REFPROPVARIANT value, PROPDESC_FORMAT_
     case TPropertyFormat::Duration:
       return DurationText(value);
     case TPropertyFormat::Percent:
-      return NumberText(value, true) + u"%";
+      return UnitText(value, u"%");
     case TPropertyFormat::Pixels:
-      return NumberText(value, true) + u" pixels";
+      return UnitText(value, u" pixels");
+    case TPropertyFormat::Resolution:
+      return ResolutionText(value);
     case TPropertyFormat::Bitrate:
       return BitrateText(value);
   }

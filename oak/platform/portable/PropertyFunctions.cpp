@@ -152,22 +152,6 @@ HRESULT STDAPICALLTYPE VariantToPropVariant(const VARIANT* source, PROPVARIANT* 
   return source && target ? VariantToPropVariantValue(*source, *target) : E_INVALIDARG;
 }
 
-HRESULT STDAPICALLTYPE VariantChangeType(VARIANT* target, const VARIANT* source, USHORT,
-                                         VARTYPE type) {
-  return PortableCall("VariantChangeType", [&]() -> HRESULT {
-    if (!target || !source) return E_INVALIDARG;
-    TPropVariant value, changed;
-    HRESULT result = VariantToPropVariantValue(*source, *value.Put());
-    if (SUCCEEDED(result)) result = ChangeType(value, type, *changed.Put());
-    TVariant made;
-    if (SUCCEEDED(result)) result = PropVariantToVariantValue(changed, *made.Put());
-    if (FAILED(result)) return result;
-    VariantClear(target);  // the target may be the source
-    *target = made.Detach();
-    return S_OK;
-  });
-}
-
 }  // namespace
 
 #define BIND(Name) api.Name.SetFunction(&Name)
@@ -184,7 +168,6 @@ void BindPortableProperties(TApi& api) {
   BIND(PropVariantToVariant);
   BIND(VariantToPropVariant);
   BIND(VariantCompare);
-  BIND(VariantChangeType);
   RegisterKnownFolderManager();
 }
 #undef BIND

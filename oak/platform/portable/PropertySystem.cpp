@@ -81,10 +81,10 @@ class TPropertyDescription : public TInterfacedObject<IPropertyDescription2> {
   HRESULT GetPropertyType(VARTYPE* pvartype) override { return Give(pvartype, fInfo.Type); }
   HRESULT GetDisplayName(LPWSTR* ppszName) override { return GiveName(ppszName, fInfo.Label); }
   HRESULT GetEditInvitation(LPWSTR* ppszInvite) override {
-    const TString text = HasFlag(fInfo.Flags, TPropertyFlags::Writable)
-                             ? u"Add " + LowerCase(fInfo.Label)
-                             : TString(u"Specify text");
-    return GiveName(ppszInvite, text);
+    return PortableCall("IPropertyDescription", [&] {
+      const bool writable = HasFlag(fInfo.Flags, TPropertyFlags::Writable);
+      return GiveName(ppszInvite, writable ? u"Add " + LowerCase(fInfo.Label) : u"Specify text");
+    });
   }
   HRESULT GetTypeFlags(PROPDESC_TYPE_FLAGS mask, PROPDESC_TYPE_FLAGS* ppdtFlags) override {
     PROPDESC_TYPE_FLAGS flags = PDTF_ISSYSTEMPROPERTY;
@@ -95,7 +95,7 @@ class TPropertyDescription : public TInterfacedObject<IPropertyDescription2> {
   }
   HRESULT GetViewFlags(PROPDESC_VIEW_FLAGS* ppdvFlags) override {
     PROPDESC_VIEW_FLAGS flags = PDVF_DEFAULT;
-    if (IsNumber(fInfo)) flags |= PDVF_RIGHTALIGN;
+    if (IsRightAligned(fInfo)) flags |= PDVF_RIGHTALIGN;
     if (HasFlag(fInfo.Flags, TPropertyFlags::Column)) flags |= PDVF_SHOWBYDEFAULT;
     return Give(ppdvFlags, flags);
   }
@@ -108,12 +108,7 @@ class TPropertyDescription : public TInterfacedObject<IPropertyDescription2> {
     return Give(pdisplaytype, type);
   }
   HRESULT GetColumnState(SHCOLSTATEF* pcsFlags) override {
-    SHCOLSTATEF state = SHCOLSTATE_TYPE_STR;
-    if (IsNumber(fInfo)) state = SHCOLSTATE_TYPE_INT;
-    if (IsDate(fInfo)) state = SHCOLSTATE_TYPE_DATE;
-    state |= HasFlag(fInfo.Flags, TPropertyFlags::Column) ? SHCOLSTATE_ONBYDEFAULT
-                                                          : SHCOLSTATE_SECONDARYUI;
-    return Give(pcsFlags, state);
+    return Give(pcsFlags, ColumnStateOf(fInfo));
   }
   HRESULT GetGroupingRange(PROPDESC_GROUPING_RANGE* pgr) override {
     PROPDESC_GROUPING_RANGE range = PDGR_ALPHANUMERIC;
@@ -337,6 +332,20 @@ const TPropertyInfo* FindProperty(REFPROPERTYKEY key) noexcept {
 const TPropertyInfo* FindPropertyByName(TStringView name) {
   const auto found = PropertiesByName().find(UpperCase(name));
   return found == PropertiesByName().end() ? nullptr : found->second;
+}
+
+SHCOLSTATEF ColumnStateOf(const TPropertyInfo& info) noexcept {
+  SHCOLSTATEF state = SHCOLSTATE_TYPE_STR;
+  if (IsNumber(info)) state = SHCOLSTATE_TYPE_INT;
+  if (IsDate(info)) state = SHCOLSTATE_TYPE_DATE;
+  if (HasFlag(info.Flags, TPropertyFlags::Slow)) state |= SHCOLSTATE_SLOW;
+  const bool shown = HasFlag(info.Flags, TPropertyFlags::Column);
+  return state | (shown ? SHCOLSTATE_ONBYDEFAULT : SHCOLSTATE_SECONDARYUI);
+}
+
+// Attributes are a number and are shown as letters.
+bool IsRightAligned(const TPropertyInfo& info) noexcept {
+  return IsNumber(info) && info.Format != TPropertyFormat::Attributes;
 }
 
 HRESULT MakePropertyDescription(const TPropertyInfo* info, REFIID iid, void** description) {

@@ -12,6 +12,10 @@ namespace oak {
 TString FormatProperty(const TPropertyInfo& info, REFPROPVARIANT value,
                        PROPDESC_FORMAT_FLAGS flags);
 
+/// SHCOLSTATE_ bits and alignment of the property's column in a folder.
+SHCOLSTATEF ColumnStateOf(const TPropertyInfo& info) noexcept;
+bool IsRightAligned(const TPropertyInfo& info) noexcept;
+
 /// Descriptions are counted objects that hold no state. TYPE_E_ELEMENTNOTFOUND
 /// for an unknown property.
 HRESULT MakePropertyDescription(const TPropertyInfo* info, REFIID iid, void** description);

@@ -20,7 +20,8 @@ enum class TPropertyFormat : std::uint8_t {
   Duration,    ///< 100 ns units, as "00:03:20"
   Percent,
   Pixels,
-  Bitrate  ///< bits per second, as "128kbps"
+  Resolution,  ///< "96 dpi"
+  Bitrate      ///< bits per second, as "128kbps"
 };
 
 enum class TPropertyFlags : std::uint8_t {
@@ -29,7 +30,8 @@ enum class TPropertyFlags : std::uint8_t {
   Writable = 2,  ///< the file system can store it
   Column = 4,    ///< a column that a folder shows at first
   Group = 8,     ///< names a group of properties, has no value
-  Alias = 16     ///< another key of a property that stands before it
+  Alias = 16,    ///< another key of a property that stands before it
+  Slow = 32      ///< to answer it the file is opened
 };
 constexpr TPropertyFlags operator|(TPropertyFlags a, TPropertyFlags b) {
   return static_cast<TPropertyFlags>(static_cast<int>(a) | static_cast<int>(b));

@@ -165,8 +165,30 @@ class TQuickAccessSource : public TFolderSource {
     name = u"File folder";
     return S_OK;
   }
+  /// Dates and the like are those of the folder that is pinned.
+  HRESULT GetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY key, PROPVARIANT* value) override {
+    Ref<IFolderSource> parent;
+    TPidl pinned;
+    const HRESULT found = FindPinned(element, parent, pinned);
+    return FAILED(found) ? found : parent->GetProperty(pinned.Get(), key, value);
+  }
+  std::vector<PROPERTYKEY> GetPropertyKeys(PCUITEMID_CHILD element) override {
+    Ref<IFolderSource> parent;
+    TPidl pinned;
+    if (FAILED(FindPinned(element, parent, pinned))) return {};
+    return parent->GetPropertyKeys(pinned.Get());
+  }
 
  private:
+  /// In the directory that it lies in.
+  static HRESULT FindPinned(PCUITEMID_CHILD element, Ref<IFolderSource>& parent, TPidl& pinned) {
+    TString path;
+    if (!PathOf(element, path)) return E_INVALIDARG;
+    path = ExcludeTrailingPathDelimiter(path);
+    parent = MakeFileSystemFolder(ExtractFileDir(path));
+    const HRESULT found = parent->ParseName(ExtractFileName(path), {}, pinned);
+    return SUCCEEDED(found) ? S_OK : HRESULT_FROM_WIN32(ERROR_NOT_FOUND);  // the pin has its name
+  }
   static bool PathOf(PCUITEMID_CHILD element, TString& path) {
     DWORD flags = 0;
     return ReadNameElement(element, ekPinned, kPinnedVersion, flags, path);

@@ -9,11 +9,13 @@
 #include "oak/platform/portable/FileEntries.h"
 #include "oak/platform/portable/FileSystemSource.h"
 #include "oak/platform/portable/PortableCall.h"
+#include "oak/platform/portable/PropertyTable.h"
 #include "oak/platform/portable/ShellData.h"
 #include "oak/platform/portable/ShellPidl.h"
 #include "oak/platform/portable/ShellProperties.h"
 #include "oak/platform/portable/ShellVerbs.h"
 #include "oak/platform/portable/SystemDescriptor.h"
+#include "oak/platform/portable/SystemLocale.h"
 #include "oak/platform/portable/TrashCan.h"
 
 namespace oak {
@@ -60,9 +62,7 @@ TContents ContentsOf(const TShellObjects& objects) {
 }
 
 TString SizeText(std::uint64_t bytes) {
-  TString text(64, u'\0');
-  Api().StrFormatByteSizeW(static_cast<LONGLONG>(bytes), WBuffer(text), 64);
-  return FromW(W(text)) + u" (" + IntToStr(static_cast<std::int64_t>(bytes)) + u" bytes)";
+  return ByteSizeText(bytes) + u" (" + IntToStr(static_cast<std::int64_t>(bytes)) + u" bytes)";
 }
 
 TString CountText(const TContents& contents) {
@@ -120,6 +120,9 @@ TString ReportOf(const TShellObjects& objects) {
   AddReportLine(report, u"Modified", PropertyText(objects[0], PKEY_DateModified));
   AddReportLine(report, u"Accessed", PropertyText(objects[0], PKEY_DateAccessed));
   AddReportLine(report, u"Attributes", PropertyText(objects[0], PKEY_FileAttributes));
+  for (const PROPERTYKEY& key : {PKEY_Image_Dimensions, PKEY_Image_BitDepth,
+                                 PKEY_Image_HorizontalResolution, PKEY_Image_VerticalResolution})
+    AddReportLine(report, FindProperty(key)->Label, PropertyText(objects[0], key));
   return report;
 }
 

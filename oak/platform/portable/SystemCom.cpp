@@ -5,6 +5,7 @@
 #include "oak/platform/portable/PortableClasses.h"
 #include "oak/platform/portable/SystemBindContext.h"
 #include "oak/platform/portable/SystemBinding.h"
+#include "oak/platform/portable/SystemLocale.h"
 
 namespace oak {
 namespace {
@@ -132,16 +133,23 @@ HRESULT STDAPICALLTYPE SHReleaseThreadRef() {
 
 // --- variants ----------------------------------------------------------------
 
+HRESULT ChangeVariant(const VARIANT& source, VARTYPE type, TVariant& changed) {
+  if (source.vt == VT_DATE && type == VT_BSTR) {
+    changed = TVariant::From(DateTimeText(source.date));
+    return S_OK;
+  }
+  TPropVariant from, to;
+  HRESULT result = VariantToPropVariantValue(source, *from.Put());
+  if (SUCCEEDED(result)) result = ChangeType(from, type, *to.Put());
+  return FAILED(result) ? result : PropVariantToVariantValue(to, *changed.Put());
+}
+
 HRESULT STDAPICALLTYPE VariantChangeType(VARIANT* target, const VARIANT* source, USHORT,
                                          VARTYPE type) {
   if (!target || !source) return E_INVALIDARG;
   return SystemCall<HRESULT>(E_OUTOFMEMORY, [&] {
-    TPropVariant from, to;
-    HRESULT result = VariantToPropVariantValue(*source, *from.Put());
-    if (SUCCEEDED(result)) result = ChangeType(from, type, *to.Put());
-    if (FAILED(result)) return result;
     TVariant changed;
-    result = PropVariantToVariantValue(to, *changed.Put());
+    const HRESULT result = ChangeVariant(*source, type, changed);
     if (FAILED(result)) return result;
     VariantClear(target);  // it may be the source
     *target = changed.Detach();

@@ -1,9 +1,11 @@
-// Dates and times of day as text, in the user's language.
+// Dates, times of day and numbers as text, in the user's language.
+#include "oak/platform/portable/SystemLocale.h"
+
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <optional>
 
-#include "oak/base/DateTime.h"
 #include "oak/platform/portable/PortableConfig.h"
 #include "oak/platform/portable/SystemBinding.h"
 
@@ -14,6 +16,70 @@ constexpr DWORD YearMonth = 8;     // DATE_YEARMONTH
 constexpr DWORD NoMinutes = 1;     // TIME_NOMINUTESORSECONDS
 constexpr DWORD NoTimeMarker = 4;  // TIME_NOTIMEMARKER
 constexpr DWORD Force24Hours = 8;  // TIME_FORCE24HOURFORMAT
+
+/// What a language or, with a country, a locale has of its own.
+struct TLocaleForms {
+  TStringView Locale;
+  TStringView Date;
+  TStringView Time;
+  char16_t Decimal;
+  char16_t Group;
+};
+
+constexpr TStringView Clock24 = u"HH:mm:ss";
+constexpr TStringView Clock24Short = u"H:mm:ss";
+constexpr TStringView Clock12 = u"h:mm:ss tt";
+constexpr char16_t NoBreak = u'\u00A0';
+constexpr char16_t NarrowNoBreak = u'\u202F';
+
+// What is not listed has the forms of the first line.
+constexpr TLocaleForms LocaleForms[] = {{u"", u"yyyy-MM-dd", Clock24, u'.', u','},
+                                        {u"en-US", u"M/d/yyyy", Clock12, u'.', u','},
+                                        {u"en-AU", u"d/MM/yyyy", Clock12, u'.', u','},
+                                        {u"en-CA", u"yyyy-MM-dd", Clock12, u'.', u','},
+                                        {u"en-NZ", u"d/MM/yyyy", Clock12, u'.', u','},
+                                        {u"en", u"dd/MM/yyyy", Clock24, u'.', u','},
+                                        {u"de-CH", u"dd.MM.yyyy", Clock24, u'.', u'’'},
+                                        {u"de", u"dd.MM.yyyy", Clock24, u',', u'.'},
+                                        {u"fr-CA", u"yyyy-MM-dd", Clock24, u',', NoBreak},
+                                        {u"fr", u"dd/MM/yyyy", Clock24, u',', NarrowNoBreak},
+                                        {u"es-MX", u"dd/MM/yyyy", Clock12, u'.', u','},
+                                        {u"es", u"dd/MM/yyyy", Clock24Short, u',', u'.'},
+                                        {u"it", u"dd/MM/yyyy", Clock24, u',', u'.'},
+                                        {u"nl", u"d-M-yyyy", Clock24, u',', u'.'},
+                                        {u"pt-PT", u"dd/MM/yyyy", Clock24, u',', NoBreak},
+                                        {u"pt", u"dd/MM/yyyy", Clock24, u',', u'.'},
+                                        {u"da", u"dd-MM-yyyy", Clock24, u',', u'.'},
+                                        {u"nb", u"dd.MM.yyyy", Clock24, u',', NoBreak},
+                                        {u"sv", u"yyyy-MM-dd", Clock24, u',', NoBreak},
+                                        {u"fi", u"d.M.yyyy", u"H.mm.ss", u',', NoBreak},
+                                        {u"pl", u"dd.MM.yyyy", Clock24, u',', NoBreak},
+                                        {u"cs", u"dd.MM.yyyy", Clock24Short, u',', NoBreak},
+                                        {u"hu", u"yyyy. MM. dd.", Clock24Short, u',', NoBreak},
+                                        {u"ru", u"dd.MM.yyyy", Clock24Short, u',', NoBreak},
+                                        {u"uk", u"dd.MM.yyyy", Clock24, u',', NoBreak},
+                                        {u"tr", u"d.MM.yyyy", Clock24, u',', u'.'},
+                                        {u"ja", u"yyyy/MM/dd", Clock24Short, u'.', u','},
+                                        {u"zh", u"yyyy/M/d", Clock24Short, u'.', u','}};
+
+// The line of the locale, else that of its language.
+const TLocaleForms& FindForms(TStringView locale) {
+  const TStringView language = locale.substr(0, locale.find(u'-'));
+  for (const TLocaleForms& forms : LocaleForms)
+    if (SameText(forms.Locale, locale) || SameText(forms.Locale, language)) return forms;
+  return LocaleForms[0];
+}
+
+// Looked up again when the configuration has changed: a listing asks for each text that it shows.
+const TLocaleForms& UserForms() {
+  thread_local std::uint64_t generation = 0;
+  thread_local const TLocaleForms* forms = nullptr;
+  if (const std::uint64_t present = PortableConfigGeneration(); generation != present) {
+    forms = &FindForms(PortableConfig()->Language);
+    generation = present;
+  }
+  return *forms;
+}
 
 constexpr std::array<TStringView, 7> DayNames = {u"Sunday",   u"Monday", u"Tuesday", u"Wednesday",
                                                  u"Thursday", u"Friday", u"Saturday"};
@@ -91,20 +157,26 @@ TString Format(TStringView picture, const SYSTEMTIME& time, TRun run) {
   return result;
 }
 
-bool IsAmerican() { return SameText(PortableConfig()->Language, u"en-US"); }
-
 TStringView DatePicture(DWORD flags) {
-  if (flags & DATE_LONGDATE) return IsAmerican() ? u"dddd, MMMM d, yyyy" : u"d MMMM yyyy";
-  if (flags & YearMonth) return u"MMMM yyyy";
-  return IsAmerican() ? u"M/d/yyyy" : u"yyyy-MM-dd";
+  const TLocaleForms& forms = UserForms();
+  if (flags & DATE_LONGDATE)
+    return forms.Locale == u"en-US" ? u"dddd, MMMM d, yyyy" : u"d MMMM yyyy";
+  return flags & YearMonth ? u"MMMM yyyy" : forms.Date;
 }
 
-TStringView TimePicture(DWORD flags) {
-  const bool twelve = IsAmerican() && (flags & Force24Hours) == 0;
-  const bool marker = twelve && (flags & NoTimeMarker) == 0;
-  if (flags & NoMinutes) return marker ? u"h tt" : twelve ? u"h" : u"HH";
-  if (flags & TIME_NOSECONDS) return marker ? u"h:mm tt" : twelve ? u"h:mm" : u"HH:mm";
-  return marker ? u"h:mm:ss tt" : twelve ? u"h:mm:ss" : u"HH:mm:ss";
+// Takes a part out of a picture together with the character before it.
+void Cut(TString& picture, TStringView part) {
+  const std::size_t at = picture.find(part);
+  if (at != TString::npos) picture.erase(at - 1, part.size() + 1);
+}
+
+TString TimePicture(DWORD flags) {
+  TString picture(UserForms().Time);
+  if ((flags & Force24Hours) && picture == Clock12) picture = Clock24;
+  if (flags & (TIME_NOSECONDS | NoMinutes)) Cut(picture, u"ss");
+  if (flags & NoMinutes) Cut(picture, u"mm");
+  if (flags & NoTimeMarker) Cut(picture, u"tt");
+  return picture;
 }
 
 int Answer(TStringView text, LPWSTR buffer, int capacity) {
@@ -145,8 +217,8 @@ int STDAPICALLTYPE GetTimeFormatW(LCID, DWORD flags, const SYSTEMTIME* moment, L
   return SystemCall<int>(0, [&] {
     SYSTEMTIME time{};
     if (!Complete(moment, false, time)) return FailWith(ERROR_INVALID_PARAMETER, 0);
-    return Answer(Format(picture ? TStringView(picture) : TimePicture(flags), time, &TimeRun),
-                  buffer, capacity);
+    return Answer(Format(picture ? TString(picture) : TimePicture(flags), time, &TimeRun), buffer,
+                  capacity);
   });
 }
 
@@ -154,7 +226,73 @@ int STDAPICALLTYPE GetUserDefaultLocaleName(LPWSTR buffer, int capacity) {
   return SystemCall<int>(0, [&] { return Answer(PortableConfig()->Language, buffer, capacity); });
 }
 
+// Three digits of a number of units: "1.30", "22.9", "999". `hundredths` is the
+// number times 100.
+TString ThreeDigits(std::uint64_t hundredths) {
+  if (hundredths >= 10000) return GroupedNumber(hundredths / 100);
+  const auto digit = [](std::uint64_t value) { return static_cast<char16_t>(u'0' + value % 10); };
+  TString text = GroupedNumber(hundredths / 100) + UserForms().Decimal + digit(hundredths / 10);
+  if (hundredths < 1000) text += digit(hundredths);
+  return text;
+}
+
 }  // namespace
+
+TString GroupedNumber(std::uint64_t number, bool negative) {
+  TString digits = FromUtf8(std::to_string(number));
+  const char16_t group = UserForms().Group;
+  for (std::size_t at = digits.size(); at > 3;) digits.insert(at -= 3, 1, group);
+  return negative ? u"-" + digits : digits;
+}
+
+TString DecimalNumber(double number) {
+  std::array<char, 32> digits{};
+  const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), number);
+  TString text(digits.data(), end);
+  std::replace(text.begin(), text.end(), u'.', UserForms().Decimal);
+  return text;
+}
+
+// The next unit begins at 1000 of one, so that there are never four digits.
+TString ByteSizeText(std::uint64_t bytes, bool round) {
+  static constexpr const char16_t* units[] = {u" KB", u" MB", u" GB", u" TB", u" PB", u" EB"};
+  if (bytes < 1024) return GroupedNumber(bytes) + u" bytes";
+  int unit = 0;
+  std::uint64_t divisor = 1024;
+  while (unit < 5 && bytes / divisor >= 1000) {
+    divisor *= 1024;
+    ++unit;
+  }
+  const std::uint64_t whole = bytes / divisor;
+  const std::uint64_t rest = bytes % divisor;
+  // By units of 1/1024 of the divisor, so that nothing overflows.
+  std::uint64_t hundredths = whole * 100 + rest / (divisor / 1024) * 100 / 1024;
+  if (round) {
+    const std::uint64_t step = hundredths < 1000 ? 1 : hundredths < 10000 ? 10 : 100;
+    const std::uint64_t thousandths = whole * 1000 + rest / (divisor / 1024) * 1000 / 1024;
+    hundredths = (thousandths + step * 5) / (step * 10) * step;
+  }
+  return ThreeDigits(hundredths) + units[unit];
+}
+
+TString KilobyteText(std::uint64_t bytes) {
+  return GroupedNumber(bytes / 1024 + (bytes % 1024 ? 1 : 0)) + u" KB";
+}
+
+TString DateTimeText(TDateTime exact) {
+  const TDateTime value = exact + (exact < 0 ? -0.5 : 0.5) / 86400;  // cut to seconds below
+  const TDateParts date = DecodeDate(value);
+  const TTimeParts clock = DecodeTime(value);
+  const auto word = [](int part) { return static_cast<WORD>(part); };
+  const SYSTEMTIME time{word(date.year),    word(date.month),       word(DayOfWeek(value)),
+                        word(date.day),     word(clock.hour),       word(clock.minute),
+                        word(clock.second), word(clock.millisecond)};
+  const bool midnight = clock.hour == 0 && clock.minute == 0 && clock.second == 0;
+  const bool timeAlone = value > -1 && value < 1;
+  if (midnight && !timeAlone) return Format(UserForms().Date, time, &DateRun);
+  const TString text = Format(UserForms().Time, time, &TimeRun);
+  return timeAlone ? text : Format(UserForms().Date, time, &DateRun) + u" " + text;
+}
 
 #define BIND(Name) api.Name.SetFunction(&Name)
 void BindSystemLocale(TApi& api) {

@@ -7,6 +7,7 @@
 #include "oak/base/PatternMatch.h"
 #include "oak/base/Pidl.h"
 #include "oak/platform/portable/SystemBinding.h"
+#include "oak/platform/portable/SystemLocale.h"
 
 namespace oak {
 namespace {
@@ -25,51 +26,6 @@ BOOL STDAPICALLTYPE PathMatchSpecW(LPCWSTR file, LPCWSTR pattern) {
 
 // --- sizes -----------------------------------------------------------------
 
-TString WithSeparators(std::uint64_t value) {
-  TString text;
-  int digits = 0;
-  do {
-    if (digits > 0 && digits % 3 == 0) text.insert(text.begin(), u',');
-    text.insert(text.begin(), static_cast<char16_t>(u'0' + value % 10));
-    ++digits;
-    value /= 10;
-  } while (value > 0);
-  return text;
-}
-
-// Three digits of a number of units: "1.30", "22.9", "999". `hundredths` is the
-// number times 100.
-TString ThreeDigits(std::uint64_t hundredths) {
-  if (hundredths >= 10000) return WithSeparators(hundredths / 100);
-  const auto digit = [](std::uint64_t value) { return static_cast<char16_t>(u'0' + value % 10); };
-  TString text =
-      IntToStr(static_cast<std::int64_t>(hundredths / 100)) + u'.' + digit(hundredths / 10);
-  if (hundredths < 1000) text += digit(hundredths);
-  return text;
-}
-
-// The next unit begins at 1000 of one, so that there are never four digits.
-TString ByteSizeText(std::uint64_t size, bool round) {
-  static constexpr const char16_t* units[] = {u" KB", u" MB", u" GB", u" TB", u" PB", u" EB"};
-  if (size < 1024) return WithSeparators(size) + u" bytes";
-  int unit = 0;
-  std::uint64_t divisor = 1024;
-  while (unit < 5 && size / divisor >= 1000) {
-    divisor *= 1024;
-    ++unit;
-  }
-  const std::uint64_t whole = size / divisor;
-  const std::uint64_t rest = size % divisor;
-  // By units of 1/1024 of the divisor, so that nothing overflows.
-  std::uint64_t hundredths = whole * 100 + rest / (divisor / 1024) * 100 / 1024;
-  if (round) {
-    const std::uint64_t step = hundredths < 1000 ? 1 : hundredths < 10000 ? 10 : 100;
-    const std::uint64_t thousandths = whole * 1000 + rest / (divisor / 1024) * 1000 / 1024;
-    hundredths = (thousandths + step * 5) / (step * 10) * step;
-  }
-  return ThreeDigits(hundredths) + units[unit];
-}
-
 // Cuts a text that is too long, as the published functions do.
 LPWSTR PutCut(TStringView text, LPWSTR buffer, UINT capacity) {
   if (!buffer || capacity == 0) return nullptr;
@@ -83,7 +39,7 @@ std::uint64_t Magnitude(LONGLONG size) {
 
 LPWSTR STDAPICALLTYPE StrFormatByteSizeW(LONGLONG size, LPWSTR buffer, UINT capacity) {
   return SystemCall<LPWSTR>(nullptr, [&] {
-    const TString text = ByteSizeText(Magnitude(size), false);
+    const TString text = ByteSizeText(Magnitude(size));
     return PutCut(size < 0 ? u"-" + text : text, buffer, capacity);
   });
 }
@@ -100,8 +56,7 @@ HRESULT STDAPICALLTYPE StrFormatByteSizeEx(ULONGLONG size, int flags, LPWSTR buf
 
 LPWSTR STDAPICALLTYPE StrFormatKBSizeW(LONGLONG size, LPWSTR buffer, UINT capacity) {
   return SystemCall<LPWSTR>(nullptr, [&] {
-    const std::uint64_t value = Magnitude(size);
-    const TString text = WithSeparators(value / 1024 + (value % 1024 ? 1 : 0)) + u" KB";
+    const TString text = KilobyteText(Magnitude(size));
     return PutCut(size < 0 ? u"-" + text : text, buffer, capacity);
   });
 }

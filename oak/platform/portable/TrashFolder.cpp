@@ -4,10 +4,12 @@
 #include <iterator>
 
 #include "oak/base/DateTime.h"
+#include "oak/base/Guid.h"
 #include "oak/base/Variant.h"
 #include "oak/platform/Api.h"
 #include "oak/platform/portable/FileProperties.h"
 #include "oak/platform/portable/FileStream.h"
+#include "oak/platform/portable/FileSystemSource.h"
 #include "oak/platform/portable/PortableConfig.h"
 #include "oak/platform/portable/PortableFiles.h"
 #include "oak/platform/portable/PortableShell.h"
@@ -23,10 +25,8 @@ constexpr BYTE TrashVersion = 1;
 constexpr DWORD FolderFlag = 1;
 /// Between the name in the trash and the name that is shown; no name holds it.
 constexpr char16_t NameSeparator = u'/';
-constexpr GUID RecycleFormat{
-    0x9B174B33, 0x40FF, 0x11D2, {0xA2, 0x7E, 0x00, 0xC0, 0x4F, 0xC3, 0x08, 0x71}};
-constexpr DWORD DeletedFromPid = 2;
-constexpr DWORD DateDeletedPid = 3;
+constexpr PROPERTYKEY DeletedFrom{FMTID_Displaced, 2};
+constexpr PROPERTYKEY DateDeleted{FMTID_Displaced, 3};
 
 std::string InfoFile(const TString& trashName) {
   return JoinNative(JoinNative(PortableConfig()->Trash, "info"),
@@ -177,9 +177,23 @@ class TTrashSource final : public TFolderSource {
   HRESULT GetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY key, PROPVARIANT* value) override {
     TDeleted deleted;
     if (!ReadElement(element, deleted)) return E_INVALIDARG;
-    if (key.fmtid == RecycleFormat) return GetOwnProperty(deleted, key.pid, value);
-    const std::string native = DataFile(deleted.TrashName);
-    return GetFileProperty({deleted.DisplayName, native, deleted.IsFolder}, key, value);
+    const TPropertyKeyEqual equal;
+    if (equal(key, DeletedFrom) || equal(key, DateDeleted))
+      return GetOwnProperty(deleted, equal(key, DateDeleted), value);
+    return GetFileProperty(FileOf(deleted), key, value);
+  }
+  std::vector<PROPERTYKEY> GetPropertyKeys(PCUITEMID_CHILD element) override {
+    TDeleted deleted;
+    if (!ReadElement(element, deleted)) return {};
+    std::vector<PROPERTYKEY> keys = FilePropertyKeys(FileOf(deleted));
+    keys.insert(keys.end(), {DeletedFrom, DateDeleted});
+    return keys;
+  }
+  std::span<const TFolderColumn> GetColumns() override {
+    static const auto* columns = new std::vector<TFolderColumn>(
+        ColumnsOf({PKEY_ItemNameDisplay, DeletedFrom, DateDeleted, PKEY_Size, PKEY_ItemTypeText,
+                   PKEY_DateModified, PKEY_DateCreated, PKEY_FileAttributes}));
+    return *columns;
   }
   HRESULT GetTypeName(PCUITEMID_CHILD element, TString& name) override {
     TDeleted deleted;
@@ -189,18 +203,20 @@ class TTrashSource final : public TFolderSource {
   }
 
  private:
-  static HRESULT GetOwnProperty(const TDeleted& deleted, DWORD pid, PROPVARIANT* value) {
+  static TFileObject FileOf(const TDeleted& deleted) {
+    return {deleted.DisplayName, DataFile(deleted.TrashName), deleted.IsFolder};
+  }
+  // Empty if the trash has noted nothing.
+  static HRESULT GetOwnProperty(const TDeleted& deleted, bool date, PROPVARIANT* value) {
     const std::optional<TTrashInfo> info = LoadInfo(deleted.TrashName);
-    if (!info) return HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
-    if (pid == DeletedFromPid) {
+    if (!info) return S_OK;
+    if (!date) {
       const fs::path original(info->OriginalPath);
       *value = TPropVariant::From(WindowsPath(original.parent_path().string())).Detach();
-    } else if (pid == DateDeletedPid) {
-      TIME_ZONE_INFORMATION zone;
+    } else if (FileTimeToTicks(info->Deleted) != 0) {
+      TIME_ZONE_INFORMATION zone{};
       Api().GetTimeZoneInformation(&zone);
       *value = TPropVariant::From(ZoneToUtc(zone, info->Deleted)).Detach();
-    } else {
-      return HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
     }
     return S_OK;
   }

@@ -29,6 +29,7 @@ TEST(FileProperties, OfNames) {
   const TNativeTree tree;
   tree.File("Photo.one.JPG", "12345");
   tree.File("none");
+  tree.File("Mr. Smith");
   tree.Folder("folder.txt");
   const auto source = tree.Source();
   const struct {
@@ -44,6 +45,7 @@ TEST(FileProperties, OfNames) {
                {u"Photo.one.JPG", PKEY_Size, u"5"},
                {u"none", PKEY_FileExtension, u""},
                {u"none", PKEY_ItemTypeText, u"File"},
+               {u"Mr. Smith", PKEY_ItemTypeText, u"File"},
                {u"none", PKEY_Kind, u""},
                {u"folder.txt", PKEY_FileExtension, u""},
                {u"folder.txt", PKEY_ItemTypeText, u"File folder"},
