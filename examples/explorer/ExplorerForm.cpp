@@ -65,8 +65,13 @@ void TExplorerForm::WireUp() {
     key = 0;
     GoToText(fPath.GetText());
   };
-  fTree.OnProblem = fList.OnProblem = [this](const TString& text) { fStatus.SetCaption(text); };
-  fList.OnSelectItem = [this](TObject*, TListItem*, bool) { ShowStatus(); };
+  fTree.OnProblem = fList.OnProblem = [this](const TString& text) { ShowProblem(text); };
+  fList.OnRefreshed = [this] { ShowStatus(); };
+  fList.OnSelectItem = [this](TObject*, TListItem*, bool) {
+    if (fList.IsRefreshing()) return;
+    fProblem.clear();
+    ShowStatus();
+  };
 }
 
 /// What can't be opened must not empty the controls: they stay where they are.
@@ -79,7 +84,7 @@ void TExplorerForm::CheckFolder(const Ref<IItemIdList>& folder, bool& cancel) {
     probe.Next();
   } catch (const Exception& error) {
     cancel = true;
-    fStatus.SetCaption(error.GetMessage());
+    ShowProblem(error.GetMessage());
   }
 }
 
@@ -90,6 +95,7 @@ void TExplorerForm::FolderChanged(const Ref<IItemIdList>& folder) {
   fBack.SetEnabled(fLink.IsMovePossible(-1));
   fForward.SetEnabled(fLink.IsMovePossible(1));
   fUp.SetEnabled(folder->Depth() > 0);
+  fProblem.clear();
   ShowStatus();
 }
 
@@ -97,12 +103,24 @@ void TExplorerForm::GoToText(const TString& text) {
   const Ref<IItemIdList> place =
       TOakItemIdList::Parse(PathFromArgument(ToUtf8(text)), nullptr, true);
   if (place->IsInvalid() || !place->IsFolder())
-    fStatus.SetCaption(u"There is no folder \u201C" + text + u"\u201D.");
+    ShowProblem(u"There is no folder \u201C" + text + u"\u201D.");
   else
     GoTo(place);
 }
 
+void TExplorerForm::ShowProblem(const TString& text) {
+  fProblem = text;
+  ShowStatus();
+}
+
+void TExplorerForm::ForgetProblem() {
+  if (fProblem.empty()) return;
+  fProblem.clear();
+  ShowStatus();
+}
+
 void TExplorerForm::ShowStatus() {
+  if (!fProblem.empty()) return fStatus.SetCaption(fProblem);
   const int count = fList.Items().GetCount();
   TString text = IntToStr(count) + (count == 1 ? u" object" : u" objects");
   if (fList.GetSelCount() > 0) text += u", " + IntToStr(fList.GetSelCount()) + u" selected";
@@ -120,6 +138,7 @@ void TExplorerForm::ChangeScale(int m, int d) {
 }
 
 void TExplorerForm::KeyDown(std::uint16_t& key, TShiftState shift) {
+  ForgetProblem();
   const bool alt = shift == TShiftState(ssAlt);
   const bool inList = GetActiveControl() == &fList && !fList.IsEditing();
   if ((key == vkUp && alt) || (key == vkBack && shift.IsEmpty() && inList))

@@ -17,6 +17,9 @@ class TExplorerForm : public oak::TForm {
   /// Goes to what the user typed.
   void GoToText(const oak::TString& text);
 
+  /// The status line tells it until the user goes on.
+  void ShowProblem(const oak::TString& text);
+
   oak::TOakShellLink& GetLink() { return fLink; }
   TPlaceTree& GetTree() { return fTree; }
   TFolderList& GetList() { return fList; }
@@ -34,6 +37,7 @@ class TExplorerForm : public oak::TForm {
   void CheckFolder(const oak::Ref<oak::IItemIdList>& folder, bool& cancel);
   void FolderChanged(const oak::Ref<oak::IItemIdList>& folder);
   void ShowStatus();
+  void ForgetProblem();
 
   oak::TOakSystemImageList fIcons{nullptr, oak::si_Small, 96};
   oak::TOakShellLink fLink{this};
@@ -43,6 +47,7 @@ class TExplorerForm : public oak::TForm {
   oak::TButton fUp{this};
   oak::TEdit fPath{this};
   oak::TLabel fStatus{this};
+  oak::TString fProblem;
   TPlaceTree fTree{this};
   oak::TSplitter fSplitter{this};
   TFolderList fList{this};

@@ -85,6 +85,49 @@ void TFolderList::DoContextPopup(TPoint point, bool& handled) {
   if (guard.IsAlive() && !IsEditing()) PostMessage(RefreshMessage);
 }
 
+// --- dragging ----------------------------------------------------------------------
+
+void TFolderList::DoBeginDrag(TMouseButton) {
+  if (!GetFolder() || GetSelCount() == 0) return;
+  const TLifeGuard guard = GetLifeGuard();
+  try {
+    TakeSelection();
+    fIsDragging = true;
+    DragOut(*this, fCursor.GetUIObject(IidOf<IDataObject>()));
+  } catch (const Exception& error) {
+    if (guard.IsAlive()) Report(error);
+  }
+  if (!guard.IsAlive()) return;
+  fIsDragging = false;
+  PostMessage(RefreshMessage);
+}
+
+Ref<IItemIdList> TFolderList::MarkPlace(TPoint screen) {
+  const TPoint point = ScreenToClient(screen);
+  auto* const row = static_cast<TFolderRow*>(GetItemAt(point.X, point.Y));
+  if (GetDropTargetItem() && GetDropTargetItem() != row) GetDropTargetItem()->SetDropTarget(false);
+  if (!row) return nullptr;
+  if (row->IsFolder()) row->SetDropTarget(true);
+  return row->GetItem();
+}
+
+// What a row does not take, its folder does, but not from itself.
+Ref<IDropTarget> TFolderList::TargetOf(const Ref<IItemIdList>& place) {
+  if (!GetFolder()) return nullptr;
+  if (place) {
+    TFolderTrek cursor(GetFolder()->Concat(place));
+    cursor.SetShowErrorMessages(false);
+    if (const auto object = cursor.GetUIObject(IidOf<IDropTarget>()))
+      return object.As<IDropTarget>();
+  }
+  return fIsDragging ? nullptr : DropTargetOfFolder(fCursor.GetShellFolder());
+}
+
+void TFolderList::EndDrag(bool dropped) {
+  if (GetDropTargetItem()) GetDropTargetItem()->SetDropTarget(false);
+  if (dropped) PostMessage(RefreshMessage);
+}
+
 // --- names -------------------------------------------------------------------------
 
 void TFolderList::EditFocused() {

@@ -1,5 +1,6 @@
 #include "FolderList.h"
 
+#include <algorithm>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -25,6 +26,7 @@ TFolderList::TFolderList(TComponent* owner) : TCustomListView(owner) {
   SetMultiSelect(true);
   fCursor.SetShowErrorMessages(false);
   fCursor.SetAsyncContextMenuOperations(false);  // the list reads the folder again when they end
+  SetDropTarget(fDrop.Get());
   fCursor.OnRename = [this](TObject*) { EditFocused(); };
 }
 
@@ -60,7 +62,18 @@ bool TFolderList::GoUp() {
 }
 
 void TFolderList::Refresh(TRefreshLevel level, const Ref<IItemIdList>&) {
-  if (level == rfCheckboxes || !GetFolder()) return;
+  if (level == rfCheckboxes || !GetFolder() || fIsRefreshing) return;
+  fIsRefreshing = true;
+  ReadRowsAnew();
+  fIsRefreshing = false;
+  if (OnRefreshed) OnRefreshed();
+}
+
+/// Those that were selected are so again, and the focus stays: on its object, else on its place.
+void TFolderList::ReadRowsAnew() {
+  const TListItem* const focused = GetItemFocused();
+  const int place = focused ? focused->GetIndex() : 0;
+  const TString name = focused ? focused->GetStoredCaption() : TString();
   std::unordered_set<TString> selected;
   for (TListItem* const row : Items())
     if (row->GetSelected()) selected.insert(row->GetStoredCaption());
@@ -72,6 +85,11 @@ void TFolderList::Refresh(TRefreshLevel level, const Ref<IItemIdList>&) {
   }
   for (TListItem* const row : Items())
     if (selected.count(row->GetStoredCaption()) > 0) row->SetSelected(true);
+  if (name.empty() || Items().GetCount() == 0) return;
+  TListItem* row = FindCaption(0, name, false, true, false);
+  if (!row) row = Items()[std::min(place, Items().GetCount() - 1)];
+  SetItemFocused(row);
+  row->MakeVisible(false);
 }
 
 void TFolderList::OpenFocused() {

@@ -1,10 +1,12 @@
 // The rows of one folder.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <vector>
 
 #include "Linked.h"
+#include "ObjectDrop.h"
 #include "oak/framework/ListView.h"
 #include "oak/namespace/FolderTrek.h"
 #include "oak/namespace/Oak.Shell.Types.Commands.h"
@@ -32,10 +34,13 @@ class TFolderRow : public oak::TListItem {
 
 /// Shows a folder with the columns that it has by default, and acts on its objects. Its
 /// image lists are to be of the system.
-class TFolderList : public oak::TCustomListView, public TLinkedControl {
+class TFolderList : public oak::TCustomListView, public TLinkedControl, public IDropPlaces {
  public:
   explicit TFolderList(oak::TComponent* owner);
-  ~TFolderList() override { BeginDestroy(); }
+  ~TFolderList() override {
+    fDrop->Forget();
+    BeginDestroy();
+  }
 
   /// The object of a row, from the root of the namespace on.
   oak::Ref<oak::IItemIdList> AbsoluteOf(const TFolderRow& row) const;
@@ -50,6 +55,10 @@ class TFolderList : public oak::TCustomListView, public TLinkedControl {
   /// Makes a folder and lets the user name it.
   void MakeNewFolder();
 
+  /// The rows have been read anew. Meanwhile rows are selected that the user did not choose.
+  std::function<void()> OnRefreshed;
+  bool IsRefreshing() const { return fIsRefreshing; }
+
   // --- the hub's calls -----------------------------------------------------------
   void PathChanged(const oak::Ref<oak::IItemIdList>& folder) override;
   void SelectAll() override { TCustomListView::SelectAll(); }
@@ -63,6 +72,7 @@ class TFolderList : public oak::TCustomListView, public TLinkedControl {
   void KeyDown(std::uint16_t& key, oak::TShiftState shift) override;
   void DoContextPopup(oak::TPoint point, bool& handled) override;
   void ColClick(oak::TListColumn* column) override { SortBy(column->GetIndex()); }
+  void DoBeginDrag(oak::TMouseButton button) override;
   void GetImageIndex(oak::TListItem* item) override;
   bool CanEdit(oak::TListItem* item) override;
   void Edit(oak::TListItem* item, const oak::TString& text) override;
@@ -72,6 +82,7 @@ class TFolderList : public oak::TCustomListView, public TLinkedControl {
   void Open(const oak::Ref<oak::IItemIdList>& folder);
   void OpenFocused();
   void ReadRows();
+  void ReadRowsAnew();
   void MakeColumns();
   void Sort();
   void FillSubItems(const TFolderRow& row, oak::TListSubItems& texts);
@@ -79,8 +90,16 @@ class TFolderList : public oak::TCustomListView, public TLinkedControl {
   void EditFocused();
   bool RunKey(std::uint16_t key, oak::TShiftState shift);
 
+  // --- what is dropped here --------------------------------------------------------
+  oak::Ref<oak::IItemIdList> MarkPlace(oak::TPoint screen) override;
+  oak::Ref<IDropTarget> TargetOf(const oak::Ref<oak::IItemIdList>& place) override;
+  void EndDrag(bool dropped) override;
+
+  const oak::Ref<TObjectDrop> fDrop = oak::MakeRef<TObjectDrop>(*this);
+  bool fIsDragging = false;
   oak::TFolderTrek fCursor;
   std::vector<int> fNumbers;  // the folder's column number by our column
   int fSortColumn = 0;
   bool fDescending = false;
+  bool fIsRefreshing = false;
 };

@@ -6,10 +6,18 @@
 
 using namespace oak;
 
+namespace {
+
+// After a drag: until its handlers have returned the tree still deals with its nodes.
+constexpr UINT TreeRefreshMessage = FirstPrivateMessage;
+
+}  // namespace
+
 TPlaceTree::TPlaceTree(TComponent* owner) : TCustomTreeView(owner) {
   SetReadOnly(true);
   SetHideSelection(false);
   SetShowLines(false);
+  SetDropTarget(fDrop.Get());
 }
 
 // --- nodes -------------------------------------------------------------------------
@@ -127,4 +135,42 @@ void TPlaceTree::DoContextPopup(TPoint point, bool& handled) {
     if (guard.IsAlive()) Report(error);
   }
   if (guard.IsAlive() && fLink) fLink->Refresh(rfSmart);
+}
+
+// --- dragging ----------------------------------------------------------------------
+
+void TPlaceTree::DoBeginDrag(TTreeNode* node, TMouseButton) {
+  const TLifeGuard guard = GetLifeGuard();
+  try {
+    TFolderTrek cursor(static_cast<TPlaceNode*>(node)->GetItem());
+    DragOut(*this, cursor.GetUIObject(IidOf<IDataObject>()));
+  } catch (const Exception& error) {
+    if (guard.IsAlive()) Report(error);
+  }
+  if (guard.IsAlive()) PostMessage(TreeRefreshMessage);
+}
+
+Ref<IItemIdList> TPlaceTree::MarkPlace(TPoint screen) {
+  const TPoint point = ScreenToClient(screen);
+  TTreeNode* const node = GetNodeAt(point.X, point.Y);
+  SetDropTargetNode(node);
+  return node ? static_cast<TPlaceNode*>(node)->GetItem() : nullptr;
+}
+
+Ref<IDropTarget> TPlaceTree::TargetOf(const Ref<IItemIdList>& place) {
+  if (!place) return nullptr;
+  TFolderTrek cursor;
+  cursor.SetShowErrorMessages(false);
+  cursor.SetFolderIdList(place);
+  return DropTargetOfFolder(cursor.GetShellFolder());
+}
+
+void TPlaceTree::EndDrag(bool dropped) {
+  SetDropTargetNode(nullptr);
+  if (dropped) PostMessage(TreeRefreshMessage);
+}
+
+void TPlaceTree::WndProc(TMessage& message) {
+  if (message.Msg != TreeRefreshMessage) return TCustomTreeView::WndProc(message);
+  if (fLink) fLink->Refresh(rfSmart);
 }

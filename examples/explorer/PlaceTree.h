@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Linked.h"
+#include "ObjectDrop.h"
 #include "oak/framework/TreeView.h"
 #include "oak/namespace/FolderTrek.h"
 
@@ -17,10 +18,13 @@ class TPlaceNode : public oak::TTreeNode {
 };
 
 /// Folders only; children are read when a node is first expanded.
-class TPlaceTree : public oak::TCustomTreeView, public TLinkedControl {
+class TPlaceTree : public oak::TCustomTreeView, public TLinkedControl, public IDropPlaces {
  public:
   explicit TPlaceTree(oak::TComponent* owner);
-  ~TPlaceTree() override { BeginDestroy(); }
+  ~TPlaceTree() override {
+    fDrop->Forget();
+    BeginDestroy();
+  }
 
   void AddRoot(const oak::Ref<oak::IItemIdList>& item);
 
@@ -35,10 +39,18 @@ class TPlaceTree : public oak::TCustomTreeView, public TLinkedControl {
   void Change(oak::TTreeNode* node) override;
   void GetImageIndex(oak::TTreeNode* node) override;
   void DoContextPopup(oak::TPoint point, bool& handled) override;
+  void DoBeginDrag(oak::TTreeNode* node, oak::TMouseButton button) override;
+  void WndProc(oak::TMessage& message) override;
 
  private:
+  // --- what is dropped here --------------------------------------------------------
+  oak::Ref<oak::IItemIdList> MarkPlace(oak::TPoint screen) override;
+  oak::Ref<IDropTarget> TargetOf(const oak::Ref<oak::IItemIdList>& place) override;
+  void EndDrag(bool dropped) override;
+
   void AddPlace(oak::TTreeNode* parent, oak::TFolderTrek& cursor);
   /// Expands the way to a place and selects it; the nearest folder above if the place isn't there.
   void SelectPlace(const oak::Ref<oak::IItemIdList>& item);
+  const oak::Ref<TObjectDrop> fDrop = oak::MakeRef<TObjectDrop>(*this);
   bool fFollowing = false;  // the selection follows the others, not the user
 };

@@ -15,7 +15,7 @@ namespace {
 
 constexpr char Usage[] =
     "usage: explorer [--tour] [--screenshot FILE.png] [--density N] [--style NAME] [PLACE]\n"
-    "  --tour             open, expand, select, sort, go up; after each step the window is "
+    "  --tour             select, menus, sort, open, go up; after each step the window is "
     "printed,\n"
     "                     on Windows saved as explorer-1.png and so on. What a system without a\n"
     "                     screen does anyway\n"

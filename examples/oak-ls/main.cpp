@@ -1,6 +1,7 @@
 // oak-ls: lists or describes any place of the shell namespace.
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <numeric>
 
 #include "Description.h"
@@ -29,7 +30,13 @@ void Print(const TDescription& description, const TOptions& options) {
 
 /// The place that the user means; nil if there is none.
 Ref<IItemIdList> FindPlace(const std::string& place) {
-  const Ref<IItemIdList> item = TOakItemIdList::Parse(PathFromArgument(place), nullptr, true);
+  Ref<IItemIdList> item = TOakItemIdList::Parse(PathFromArgument(place), nullptr, true);
+  std::error_code error;
+  if (item->IsInvalid() && std::filesystem::exists(place, error)) {
+    // The shell has no current directory.
+    const std::string path = std::filesystem::absolute(place, error).lexically_normal().string();
+    item = TOakItemIdList::Parse(PathFromArgument(path), nullptr, true);
+  }
   return item->IsInvalid() ? nullptr : item;
 }
 

@@ -5,6 +5,7 @@
 
 #include "examples/explorer/Tour.h"
 #include "oak/framework/headless/HeadlessDesktop.h"
+#include "oak/framework/headless/HeadlessMenu.h"
 #include "oak/framework/headless/HeadlessPicture.h"
 #include "oak/platform/portable/ShellHooks.h"
 #include "oak/platform/portable/ShellIcons.h"
@@ -35,7 +36,7 @@ void ListenToShell(TExplorerForm& form) {
   hooks.OnFailure = [&form](const TShellFailure& failure) {
     TString text = u"Not done: " + failure.Verb;
     for (const TString& place : failure.Places) text += u" " + place;
-    form.GetStatus().SetCaption(text);
+    form.ShowProblem(text);
   };
   hooks.OnProperties = [&form](const TString& title, const TString& report) {
     form.GetStatus().SetCaption(title + u": " + report.substr(0, report.find_first_of(u"\r\n")));
@@ -59,6 +60,16 @@ class THeadlessGuide final : public ITourGuide {
   }
   void Key(TWinControl&, std::uint16_t key, TShiftState shift) override {
     fDesktop.KeyPress(key, shift);
+  }
+  void ShowMenu(TWinControl& control, TPoint point, const char16_t* submenu,
+                const char* words) override {
+    fDesktop.OnMenu = [&](THeadlessMenuSession& menu) {
+      menu.GetEntries(submenu);  // opens it
+      Show(words);
+      menu.Cancel();
+    };
+    fDesktop.RightClick(control, point);
+    fDesktop.OnMenu = nullptr;
   }
   void Show(const char* words) override {
     std::printf("\n# %s\n%s", words, ToUtf8(TextPicture(fForm, fLook)).c_str());

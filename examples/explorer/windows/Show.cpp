@@ -54,6 +54,7 @@ class TWindowGuide final : public ITourGuide {
     PostKey(control.GetHandle(), key, shift.Contains(ssAlt));
     Application().ProcessMessages();
   }
+  void ShowMenu(TWinControl&, TPoint, const char16_t*, const char*) override {}
   void Show(const char* words) override {
     std::printf("\n# %s\n%s: %s\n", words, ToUtf8(fForm.GetPathEdit().GetText()).c_str(),
                 ToUtf8(fForm.GetStatus().GetText()).c_str());

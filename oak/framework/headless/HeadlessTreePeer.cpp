@@ -259,7 +259,13 @@ void THeadlessTreePeer::Paint(TCanvas& canvas, const TRect& clip) {
     if (row * height - GetScrollInfo(sbVertical).Position >= clip.Bottom) break;
     if (!PaintRow(canvas, row)) return;
   }
+  const int top = GetTopRow();
+  const int seen = GetVisibleRowCount();
   UpdateScrollBars();
+  if (GetVisibleRowCount() >= seen) return;
+  // A bar that comes up for what has just been measured may cover the selected row.
+  const int selected = RowOf(fView.GetSelected());
+  if (selected >= top && selected < top + seen) MakeVisible(fView.GetSelected());
 }
 
 // False if the window is gone.

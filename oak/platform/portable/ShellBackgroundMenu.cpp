@@ -1,7 +1,6 @@
 // The menu of a folder's background, and the view that gives it.
-#include <unistd.h>
-
 #include "oak/platform/Api.h"
+#include "oak/platform/portable/FileSystemSource.h"
 #include "oak/platform/portable/PortableCall.h"
 #include "oak/platform/portable/ShellChanges.h"
 #include "oak/platform/portable/ShellMenu.h"
@@ -105,9 +104,9 @@ TMenuVerb TBackgroundMenu::Refresh() const {
 
 void TBackgroundMenu::AddFiles(std::vector<TMenuVerb>& verbs, UINT flags) const {
   const std::string native = NativeOf(*fFolder);
-  const bool isTrash = fFolder->ClassId() == RecycleBinClassId;
+  const bool isTrash = IsTrash(*fFolder);
   if (native.empty() && !isTrash) return;
-  const bool writable = !native.empty() && ::access(native.c_str(), W_OK) == 0;
+  const bool writable = TakesObjects(native);
   const auto paste = [&](TStringView verb, TStringView text, TStringView help, bool link) {
     verbs.push_back(Entry(TKind::Command, verb, text, help));
     verbs.back().Enabled = CanPaste(*fFolder, link);
@@ -120,9 +119,7 @@ void TBackgroundMenu::AddFiles(std::vector<TMenuVerb>& verbs, UINT flags) const 
     verbs.push_back(Entry(TKind::Command, u"cmd", u"Open command &window here",
                           u"Opens a terminal in the folder."));
     verbs.back().Run = [folder = fFolder](const TVerbCall& call) {
-      TString path;
-      const HRESULT result = folder->GetFolderName(TNameForm::FileSystemPath, path);
-      return SUCCEEDED(result) ? OpenPrompt(path, call) : result;
+      return OpenPrompt(ShownDirectory(*folder), call);
     };
   }
   if (isTrash) {
@@ -210,7 +207,7 @@ HRESULT MakeViewObject(const Ref<TFolderNode>& folder, REFIID iid, void** object
   if (iid == IID_IShellView) return MakeRef<TBackgroundView>(folder)->QueryInterface(iid, object);
   if (iid == IID_IContextMenu || iid == IID_IContextMenu2 || iid == IID_IContextMenu3)
     return MakeBackgroundMenu(folder, iid, object);
-  return E_NOINTERFACE;
+  return iid == IID_IDropTarget ? MakeDropTarget(folder, iid, object) : E_NOINTERFACE;
 }
 
 }  // namespace oak

@@ -9,6 +9,7 @@
 
 #include "oak/platform/Api.h"
 #include "oak/platform/WindowPost.h"
+#include "oak/platform/portable/FileSystemSource.h"
 #include "oak/platform/portable/ShellFunctions.h"
 #include "oak/platform/portable/ShellKnownFolders.h"
 #include "oak/platform/portable/ShellNode.h"
@@ -70,9 +71,15 @@ TString FilePathOf(PCIDLIST_ABSOLUTE pidl) {
     return SUCCEEDED(desktop->GetFolderName(TNameForm::FileSystemPath, path)) ? path : TString();
   Ref<TFolderNode> parent;
   PCUITEMID_CHILD child = nullptr;
-  if (FAILED(BindParent(desktop, pidl, parent, child)) || !ElementKind(child) ||
-      FAILED(parent->GetName(child, TNameForm::FileSystemPath, path)))
-    return {};
+  if (FAILED(BindParent(desktop, pidl, parent, child)) || !ElementKind(child)) return {};
+  if (FAILED(parent->GetName(child, TNameForm::FileSystemPath, path))) {
+    DWORD attributes = 0;  // it may show a directory all the same
+    Ref<TFolderNode> folder;
+    if (FAILED(parent->GetAttributes(child, SFGAO_FILESYSANCESTOR, attributes)) ||
+        !(attributes & SFGAO_FILESYSANCESTOR) || FAILED(parent->Open(child, folder)))
+      return {};
+    path = ShownDirectory(*folder);
+  }
   return ExcludeTrailingPathDelimiter(path);
 }
 

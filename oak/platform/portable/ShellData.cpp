@@ -18,11 +18,11 @@
 namespace oak {
 namespace {
 
-constexpr std::array<const char16_t*, 7> FormatNames = {
-    u"Shell IDList Array",   u"FileNameW",
-    u"FileGroupDescriptorW", u"FileContents",
-    u"Preferred DropEffect", u"Performed DropEffect",
-    u"Paste Succeeded"};
+constexpr std::array<const char16_t*, 8> FormatNames = {
+    u"Shell IDList Array",           u"FileNameW",
+    u"FileGroupDescriptorW",         u"FileContents",
+    u"Preferred DropEffect",         u"Performed DropEffect",
+    u"Logical Performed DropEffect", u"Paste Succeeded"};
 
 FORMATETC Wanted(CLIPFORMAT format, DWORD tymed, LONG index = -1) {
   return {format, nullptr, DVASPECT_CONTENT, index, tymed};

@@ -17,7 +17,8 @@ enum class TShellFormat : std::uint8_t {
   FileDescriptor,   ///< "FileGroupDescriptorW"
   FileContents,     ///< "FileContents", a stream for each descriptor
   PreferredEffect,  ///< "Preferred DropEffect": what the source wants, DROPEFFECT_
-  PerformedEffect,  ///< "Performed DropEffect": what the target did
+  PerformedEffect,  ///< "Performed DropEffect": with DROPEFFECT_MOVE the source has to delete
+  LogicalEffect,    ///< "Logical Performed DropEffect": what was done
   PasteSucceeded    ///< "Paste Succeeded": told to the source when all is done
 };
 CLIPFORMAT FormatOf(TShellFormat format);

@@ -27,6 +27,12 @@ struct TShellHooks {
   std::function<void(const TShellFailure& failure)> OnFailure;
   /// Properties of one or more objects as lines "Label: value".
   std::function<void(const TString& title, const TString& report)> OnProperties;
+  /// A file is to be opened by a program that the user chooses. False if he did not.
+  std::function<bool(const TString& path, HWND window)> OnOpenWith;
+  /// Files were dropped by the right button: which of these DROPEFFECT_ bits is meant, asked by a
+  /// menu at that point of the screen; `usual` is its default, 0 cancels. Without it `usual` is
+  /// done.
+  std::function<DWORD(DWORD effects, DWORD usual, POINTL screen)> OnDropMenu;
   /// A verb that concerns the view of a folder: "list", "details", "sortbyname", "refresh" ...
   std::function<void(const TString& verb, PCIDLIST_ABSOLUTE folder)> OnViewVerb;
 };

@@ -13,6 +13,7 @@ namespace {
 HRESULT MakeCommonObject(TShellObjects objects, REFIID iid, void** object) {
   if (iid == IID_IContextMenu || iid == IID_IContextMenu2 || iid == IID_IContextMenu3)
     return MakeItemMenu(std::move(objects), {}, iid, object);
+  if (iid == IID_IDropTarget && objects.size() == 1) return MakeDropTarget(objects[0], iid, object);
   return iid == IID_IDataObject ? DataOf(objects)->QueryInterface(iid, object) : E_NOINTERFACE;
 }
 

@@ -57,8 +57,8 @@ class TItemMenu final : public TVerbMenu {
   const TShellObject& First() const { return fObjects->front(); }
   bool IsSingle() const { return fObjects->size() == 1; }
   bool All(DWORD attribute) const { return (fCommon & attribute) != 0; }
-  bool InTrash() const { return First().Folder->ClassId() == RecycleBinClassId; }
-  bool IsTrash() const {
+  bool InTrash() const { return IsTrash(*First().Folder); }
+  bool OfTrash() const {
     return IsSingle() && SameText(First().Name(TNameForm::Parsing), TrashName);
   }
   template <class TBody>
@@ -81,16 +81,9 @@ class TItemMenu final : public TVerbMenu {
   TVerbs fStatic;
 };
 
-// What all objects have in common; each is asked once for a menu.
-DWORD CommonOf(const TShellObjects& objects) {
-  DWORD common = SFGAO_FOLDER | SFGAO_CANMOVE | SFGAO_CANCOPY | SFGAO_CANLINK | SFGAO_CANDELETE |
-                 SFGAO_CANRENAME | SFGAO_HASPROPSHEET;
-  for (const TShellObject& object : objects) {
-    common &= object.Attributes(common);
-    if (common == 0) break;
-  }
-  return common;
-}
+// What a menu asks of its objects, each of them once.
+constexpr DWORD MenuAttributes = SFGAO_FOLDER | SFGAO_CANMOVE | SFGAO_CANCOPY | SFGAO_CANLINK |
+                                 SFGAO_CANDELETE | SFGAO_CANRENAME | SFGAO_HASPROPSHEET;
 
 // Whether the folders that the objects lie in let them go.
 bool MayChangeAll(const TShellObjects& objects) {
@@ -119,6 +112,9 @@ void TItemMenu::AddOpening(TVerbs& verbs, UINT flags) {
     if ((flags & CMF_EXPLORE) && All(SFGAO_FOLDER))
       verbs.push_back(
           Command(u"explore", u"E&xplore", u"Explores the selected folders.", On(OpenObjects)));
+    if (IsSingle() && !All(SFGAO_FOLDER) && !First().Path().empty())
+      verbs.push_back(Command(u"openas", u"Open wit&h...", u"Opens the file by another program.",
+                              On(OpenObjectsWith)));
   }
   if (fHasKeys) {
     verbs.insert(verbs.end(), fStatic.begin(), fStatic.end());
@@ -149,7 +145,7 @@ void TItemMenu::AddTrash(TVerbs& verbs) {
   if (InTrash())
     verbs.push_back(Command(u"undelete", u"R&estore", u"Moves the items back to where they were.",
                             On(RestoreObjects)));
-  if (IsTrash())
+  if (OfTrash())
     verbs.push_back(Command(u"empty", u"Empty Recycle &Bin", u"Deletes what is in the trash.",
                             [](const TVerbCall& call) { return EmptyTrash(call); }));
 }
@@ -175,7 +171,7 @@ void TItemMenu::AddTransfer(TVerbs& verbs) {
 void TItemMenu::AddPaste(TVerbs& verbs) {
   Ref<TFolderNode> node;
   if (FAILED(First().Folder->Open(First().Child.Get(), node))) return;
-  if (NativeOf(*node).empty() && !IsTrash()) return;
+  if (NativeOf(*node).empty() && !IsTrash(*node)) return;
   verbs.push_back(Command(u"paste", u"&Paste", u"Brings what is on the clipboard here.",
                           [node](const TVerbCall& call) { return PasteInto(*node, false, call); }));
   verbs.back().Enabled = CanPaste(*node, false);
@@ -212,7 +208,7 @@ void TItemMenu::AddProperties(TVerbs& verbs) {
 
 std::vector<TMenuVerb> TItemMenu::MakeVerbs(UINT flags) {
   TVerbs verbs;
-  fCommon = CommonOf(*fObjects);
+  fCommon = CommonOf(*fObjects, MenuAttributes);
   fMayChange = MayChangeAll(*fObjects);
   if (!(flags & CMF_NOVERBS)) {
     AddTrash(verbs);

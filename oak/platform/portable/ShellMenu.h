@@ -80,8 +80,8 @@ class TVerbMenu : public TInterfacedObject<IContextMenu3> {
 HRESULT MakeItemMenu(TShellObjects objects, std::span<const HKEY> keys, REFIID iid, void** menu);
 /// The menu of a folder's background.
 HRESULT MakeBackgroundMenu(const Ref<TFolderNode>& folder, REFIID iid, void** menu);
-/// What belongs to the view of a folder: the background menu, and a view that shows nothing and
-/// gives that menu.
+/// What belongs to the view of a folder: the background menu, what can be dropped there, and a view
+/// that shows nothing and gives that menu.
 HRESULT MakeViewObject(const Ref<TFolderNode>& folder, REFIID iid, void** object);
 
 /// CDefFolderMenu_Create2.

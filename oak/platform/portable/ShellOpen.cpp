@@ -28,23 +28,63 @@ HRESULT ExecuteShell(const TString& path, PCIDLIST_ABSOLUTE pidl, const TVerbCal
   return Execute(info);
 }
 
-HRESULT OpenObjects(const TShellObjects& objects, const TVerbCall& call) {
+namespace {
+
+// What is opened of an object: a path, or a list for what has none.
+struct TOpened {
+  TString Path;
+  TPidl List;
+};
+
+HRESULT FindOpened(const TShellObject& object, TOpened& opened) {
+  opened = {object.Path(), object.Pidl()};
+  if (!object.Attributes(SFGAO_LINK)) return S_OK;
+  // The shell's links mean nothing to the desktop.
+  const PCUITEMID_CHILD child = object.Child.Get();
+  std::vector<TPidl> place(1);
+  const HRESULT result = object.Folder->SourceOf(child).GetLinkTarget(child, place[0]);
+  if (FAILED(result)) return result;
+  const TShellObjects target = ObjectsOf(place);
+  opened = {target.empty() ? TString() : target[0].Path(), std::move(place[0])};
+  return S_OK;
+}
+
+HRESULT OpenEach(const TShellObjects& objects, const TVerbCall& call,
+                 const std::function<HRESULT(const TOpened& opened)>& open) {
   TVerbRun run(call);
   for (const TShellObject& object : objects) {
-    std::vector<TPidl> place(1);
-    place[0] = object.Pidl();
-    TString path = object.Path();
-    HRESULT result = S_OK;
-    if (object.Attributes(SFGAO_LINK)) {  // the shell's links mean nothing to the desktop
-      const PCUITEMID_CHILD child = object.Child.Get();
-      result = object.Folder->SourceOf(child).GetLinkTarget(child, place[0]);
-      const TShellObjects target = FAILED(result) ? TShellObjects() : ObjectsOf(place);
-      path = target.empty() ? TString() : target[0].Path();
-    }
-    if (SUCCEEDED(result)) result = ExecuteShell(path, place[0].Get(), call);
+    TOpened opened;
+    HRESULT result = FindOpened(object, opened);
+    if (SUCCEEDED(result)) result = open(opened);
     if (FAILED(result)) run.Fail(result, object.Name(TNameForm::AbsoluteEditing));
   }
   return run.Finish();
+}
+
+}  // namespace
+
+HRESULT OpenObjects(const TShellObjects& objects, const TVerbCall& call) {
+  return OpenEach(objects, call, [&](const TOpened& opened) {
+    return ExecuteShell(opened.Path, opened.List.Get(), call);
+  });
+}
+
+HRESULT OpenObjectsWith(const TShellObjects& objects, const TVerbCall& call) {
+  const auto hooks = ShellHooks();
+  bool isCancelled = false;
+  const HRESULT result = OpenEach(objects, call, [&](const TOpened& opened) -> HRESULT {
+    if (hooks->OnOpenWith) {
+      isCancelled = !hooks->OnOpenWith(opened.Path, call.Window);
+      return S_OK;
+    }
+    SHELLEXECUTEINFOW info{};
+    info.hwnd = call.Window;
+    info.lpVerb = u"openas";
+    info.lpFile = W(opened.Path);
+    info.nShow = call.Show;
+    return Execute(info);
+  });
+  return isCancelled ? HRESULT_FROM_WIN32(ERROR_CANCELLED) : result;
 }
 
 HRESULT OpenPrompt(const TString& directory, const TVerbCall& call) {

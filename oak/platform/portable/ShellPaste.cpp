@@ -206,8 +206,6 @@ bool HasFiles(IDataObject& data) {
   return HasFormat(data, CF_HDROP) || HasFormat(data, FormatOf(TShellFormat::FileDescriptor));
 }
 
-bool IsTrash(const TFolderNode& folder) { return folder.ClassId() == RecycleBinClassId; }
-
 void TransferFiles(const TStringArray& paths, const std::string& directory, bool move,
                    TVerbRun& run) {
   TFileTransfer transfer(directory, move, run);
@@ -215,37 +213,32 @@ void TransferFiles(const TStringArray& paths, const std::string& directory, bool
     if (!run.IsCancelled()) transfer.Transfer(path);
 }
 
-}  // namespace
-
-bool CanPaste(const TFolderNode& folder, bool link) {
-  Ref<IDataObject> data;
-  if (Api().OleGetClipboard(data.Put()) != S_OK || !data) return false;
-  if (IsTrash(folder)) return !link && HasFormat(*data, CF_HDROP);
-  const std::string directory = NativeOf(folder);
-  if (directory.empty() || ::access(directory.c_str(), W_OK) != 0) return false;
-  return link ? HasFormat(*data, FormatOf(TShellFormat::IdList)) || HasFormat(*data, CF_HDROP)
-              : HasFiles(*data);
+bool IsCut(IDataObject& data) {
+  return ReadEffect(data, TShellFormat::PreferredEffect, DROPEFFECT_COPY) == DROPEFFECT_MOVE;
 }
 
-HRESULT TransferData(IDataObject& data, const TFolderNode& folder, DWORD effect,
-                     const TVerbCall& call) {
-  if (IsTrash(folder)) {
-    TVerbCall trash = call;
-    trash.Mask &= ~CMIC_MASK_SHIFT_DOWN;
-    TShellObjects objects = ObjectsOf(ListsOf(data));
-    // What lies there already is not deleted once more, which would be for good.
-    std::erase_if(objects, [](const TShellObject& object) {
-      return IsTrash(*object.Folder) || IsTrashEntry(object.Native());
-    });
-    return DeleteObjects(objects, trash);
-  }
-  const std::string directory = NativeOf(folder);
-  if (directory.empty()) return STG_E_ACCESSDENIED;
-  if (effect == DROPEFFECT_LINK) return MakeShortcuts(ObjectsOf(ListsOf(data)), directory, call);
+HRESULT MoveDataToTrash(IDataObject& data, const TVerbCall& call) {
+  TVerbCall trash = call;
+  trash.Mask &= ~CMIC_MASK_SHIFT_DOWN;
+  TShellObjects objects = ObjectsOf(ListsOf(data));
+  // What lies there already is not deleted once more, which would be for good.
+  std::erase_if(objects, [](const TShellObject& object) {
+    return IsTrash(*object.Folder) || IsTrashEntry(object.Native());
+  });
+  return DeleteObjects(objects, trash);
+}
+
+HRESULT BringData(IDataObject& data, const TFolderNode& folder, DWORD effect,
+                  const TVerbCall& call) {
+  const std::string directory = DirectoryToFill(folder);
+  if (!directory.empty() && effect == DROPEFFECT_LINK)
+    return MakeShortcuts(ObjectsOf(ListsOf(data)), directory, call);
   TVerbRun run(call);
   const TStringArray paths = PathsOf(data);
   HRESULT result = S_OK;
-  if (paths.empty())
+  if (directory.empty())
+    result = STG_E_ACCESSDENIED;
+  else if (paths.empty())
     result = TDescribedTransfer(data, directory, run).Run();
   else
     TransferFiles(paths, directory, effect == DROPEFFECT_MOVE, run);
@@ -253,22 +246,47 @@ HRESULT TransferData(IDataObject& data, const TFolderNode& folder, DWORD effect,
   return run.Finish();
 }
 
+// The target moves files itself. A source that was told of a move would delete what is left, and
+// that may be all of it, where the files were moved to the folder that they lie in.
+void TellSource(IDataObject& data, DWORD effect) {
+  const DWORD left = effect == DROPEFFECT_MOVE ? DROPEFFECT_NONE : effect;
+  static_cast<void>(WriteEffect(data, TShellFormat::PerformedEffect, left));
+  static_cast<void>(WriteEffect(data, TShellFormat::LogicalEffect, effect));
+  static_cast<void>(WriteEffect(data, TShellFormat::PasteSucceeded, effect));
+}
+
+}  // namespace
+
+bool CanPaste(const TFolderNode& folder, bool link) {
+  Ref<IDataObject> data;
+  if (Api().OleGetClipboard(data.Put()) != S_OK || !data) return false;
+  if (IsTrash(folder)) return !link && HasFormat(*data, CF_HDROP) && IsCut(*data);
+  if (!TakesObjects(NativeOf(folder))) return false;
+  return link ? HasFormat(*data, FormatOf(TShellFormat::IdList)) || HasFormat(*data, CF_HDROP)
+              : HasFiles(*data);
+}
+
+HRESULT TransferData(IDataObject& data, const TFolderNode& folder, DWORD effect,
+                     const TVerbCall& call) {
+  const HRESULT result = effect == DROPEFFECT_MOVE && IsTrash(folder)
+                             ? MoveDataToTrash(data, call)
+                             : BringData(data, folder, effect, call);
+  if (result == S_OK) TellSource(data, effect);
+  return result;
+}
+
 HRESULT PasteInto(const TFolderNode& folder, bool link, const TVerbCall& call) {
   Ref<IDataObject> data;
   HRESULT result = Api().OleGetClipboard(data.Put());
   if (FAILED(result) || !data) return FAILED(result) ? result : E_FAIL;
-  const DWORD wanted = ReadEffect(*data, TShellFormat::PreferredEffect, DROPEFFECT_COPY);
   // Files alone can be moved: of streams the source would have to be told first.
-  const bool move = !link && wanted == DROPEFFECT_MOVE && HasFormat(*data, CF_HDROP);
+  const bool move = !link && IsCut(*data) && HasFormat(*data, CF_HDROP);
   const DWORD effect = link ? DROPEFFECT_LINK : move ? DROPEFFECT_MOVE : DROPEFFECT_COPY;
   result = TransferData(*data, folder, effect, call);
-  if (result != S_OK) return result;
-  static_cast<void>(WriteEffect(*data, TShellFormat::PerformedEffect, effect));
-  static_cast<void>(WriteEffect(*data, TShellFormat::PasteSucceeded, effect));
   // What was cut can be pasted once.
-  if (move && Api().OleIsCurrentClipboard(data.Get()) == S_OK)
+  if (result == S_OK && move && Api().OleIsCurrentClipboard(data.Get()) == S_OK)
     static_cast<void>(Api().OleSetClipboard(nullptr));
-  return S_OK;
+  return result;
 }
 
 }  // namespace oak

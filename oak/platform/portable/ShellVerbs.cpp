@@ -10,6 +10,7 @@
 #include "oak/platform/portable/FileSystemSource.h"
 #include "oak/platform/portable/PortableClasses.h"
 #include "oak/platform/portable/PortableFiles.h"
+#include "oak/platform/portable/PortableKnownFolders.h"
 #include "oak/platform/portable/PortableMemory.h"
 #include "oak/platform/portable/ShellChanges.h"
 #include "oak/platform/portable/ShellData.h"
@@ -58,9 +59,41 @@ DWORD TShellObject::Attributes(DWORD mask) const {
 }
 
 std::string NativeOf(const TFolderNode& folder) {
-  TString path;
-  if (FAILED(folder.GetFolderName(TNameForm::FileSystemPath, path)) || path.empty()) return {};
-  return NativePath(path).value_or(std::string());
+  const TString path = ShownDirectory(folder);
+  return path.empty() ? std::string() : NativePath(path).value_or(std::string());
+}
+
+bool IsTrash(const TFolderNode& folder) { return folder.ClassId() == RecycleBinClassId; }
+
+namespace {
+
+// The known folder that is to be there; nil for other directories.
+const TKnownFolder* MissingKnownFolder(const std::string& directory) {
+  if (::access(directory.c_str(), F_OK) == 0 || errno != ENOENT) return nullptr;
+  return FindKnownFolderByPath(WindowsPath(directory), TKnownFolderMatch::Exact);
+}
+
+}  // namespace
+
+bool TakesObjects(const std::string& directory) {
+  return !directory.empty() &&
+         (::access(directory.c_str(), W_OK) == 0 || MissingKnownFolder(directory));
+}
+
+std::string DirectoryToFill(const TFolderNode& folder) {
+  const std::string directory = NativeOf(folder);
+  if (directory.empty()) return directory;
+  if (const TKnownFolder* known = MissingKnownFolder(directory))
+    static_cast<void>(EnsureKnownFolder(*known, true));
+  return directory;
+}
+
+DWORD CommonOf(const TShellObjects& objects, DWORD mask) {
+  for (const TShellObject& object : objects) {
+    mask &= object.Attributes(mask);
+    if (mask == 0) break;
+  }
+  return mask;
 }
 
 TShellObjects ObjectsOf(const std::vector<TPidl>& lists) {
@@ -243,7 +276,7 @@ HRESULT EmptyTrash(const TVerbCall& call) {
 HRESULT MakeNewObject(const TFolderNode& folder, TStringView name, bool isFolder,
                       const TVerbCall& call) {
   TVerbRun run(call);
-  const std::string directory = NativeOf(folder);
+  const std::string directory = DirectoryToFill(folder);
   std::string made;
   int error = ENOTDIR;
   if (!directory.empty())

@@ -72,6 +72,8 @@ inline constexpr HRESULT IntoItself = static_cast<HRESULT>(0x800700A1);  // ERRO
 
 // All of these announce what they change, and give the result that InvokeCommand gives.
 HRESULT OpenObjects(const TShellObjects& objects, const TVerbCall& call);
+/// Lets the user choose the program: by the hooks, else by the desktop.
+HRESULT OpenObjectsWith(const TShellObjects& objects, const TVerbCall& call);
 /// To the trash; for good with Shift, and what lies in the trash.
 HRESULT DeleteObjects(const TShellObjects& objects, const TVerbCall& call);
 HRESULT CopyToClipboard(const TShellObjects& objects, bool cut);
@@ -94,16 +96,30 @@ HRESULT ShowFolderProperties(const TFolderNode& folder);
 /// Whether a folder can take what lies on the clipboard; `link`: as shortcuts.
 bool CanPaste(const TFolderNode& folder, bool link);
 HRESULT PasteInto(const TFolderNode& folder, bool link, const TVerbCall& call);
-/// The same for data of another place. `effect` is DROPEFFECT_MOVE, _COPY or _LINK.
+/// The same for data of another place. `effect` is DROPEFFECT_MOVE, _COPY or _LINK; the trash knows
+/// moving alone. The data is told what was done, if all of it was.
 HRESULT TransferData(IDataObject& data, const TFolderNode& folder, DWORD effect,
                      const TVerbCall& call);
+
+/// What can be dropped on an object: a folder, or a link to one. E_NOINTERFACE for what takes
+/// nothing.
+HRESULT MakeDropTarget(const TShellObject& object, REFIID iid, void** target);
+/// What can be dropped on a folder's background.
+HRESULT MakeDropTarget(const Ref<TFolderNode>& folder, REFIID iid, void** target);
 
 /// The objects of absolute lists; those that cannot be bound are left out.
 TShellObjects ObjectsOf(const std::vector<TPidl>& lists);
 /// A data object of objects of one or more folders.
 Ref<IDataObject> DataOf(const TShellObjects& objects);
-/// Native path of a folder; empty if it has none.
+/// Which SFGAO_ bits of the mask all objects have; the mask if there are none.
+DWORD CommonOf(const TShellObjects& objects, DWORD mask);
+bool IsTrash(const TFolderNode& folder);
+/// Native path of the directory that a folder shows; empty if it shows none.
 std::string NativeOf(const TFolderNode& folder);
+/// The same, for something to be put there: a known folder is made if it is missing.
+std::string DirectoryToFill(const TFolderNode& folder);
+/// Whether something may be put into a directory, also if it is yet to be made.
+bool TakesObjects(const std::string& directory);
 
 /// SHMultiFileProperties, SHQueryRecycleBinW.
 void BindShellProperties(TApi& api);

@@ -122,6 +122,7 @@ TEST_F(Explorer, FilesAreCopiedMovedAndDeletedByKeys) {
   Press(vkDelete, ssShift);
   EXPECT_EQ(OnDisk("inner"), TNames{"deep"});
   EXPECT_THAT(Rows(), ElementsAre("deep"));
+  EXPECT_EQ(list.GetItemFocused(), Row(u"deep"));  // for the next key
 }
 
 TEST_F(Explorer, NamesAreGivenInTheRow) {
@@ -146,6 +147,9 @@ TEST_F(Explorer, NamesAreGivenInTheRow) {
   Press(vkReturn);
   EXPECT_EQ(OnDisk(), (TNames{"b.txt", "inner", "made", "renamed.txt"}));
   EXPECT_EQ(folder.Read("b.txt"), "second");
+  EXPECT_EQ(form.GetStatus().GetText().find(u"4 objects"), TString::npos);  // but why not
+  Select(u"b.txt");
+  EXPECT_EQ(form.GetStatus().GetText(), u"4 objects, 1 selected");
 }
 
 TEST_F(Explorer, TheShellsMenuActsOnTheSelection) {
@@ -172,6 +176,40 @@ TEST_F(Explorer, TheShellsMenuActsOnTheSelection) {
   choose(u"New|Folder", {300, list.GetClientSize().Height - 30});
   EXPECT_EQ(OnDisk().size(), 5u);
   EXPECT_EQ(Rows().size(), 5u);
+  EXPECT_EQ(form.GetStatus().GetText(), u"5 objects");
+}
+
+TEST_F(Explorer, ObjectsAreDraggedWhereTheyBelong) {
+  const auto at = [&](TStringView name) { return Row(name)->DisplayRect(drLabel).Center(); };
+  const auto below = [&](TTreeNode* parent, TStringView name) {
+    parent->Expand(false);
+    TTreeNode* found = parent->GetFirstChild();
+    while (found->GetText() != name) found = found->GetNextSibling();
+    found->MakeVisible();
+    return found;
+  };
+  const TPoint background{300, list.GetClientSize().Height - 30};
+  screen->Drag(list, at(u"a.txt"), list, at(u"inner"));  // from row to row
+  EXPECT_EQ(OnDisk("inner"), (TNames{"a.txt", "deep"}));
+  EXPECT_THAT(Rows(), ElementsAre("inner", "b.txt"));
+  TTreeNode* const inner = below(tree.GetSelected(), u"inner");
+  screen->Drag(list, at(u"b.txt"), tree, inner->DisplayRect(true).Center(), ssCtrl);  // as a copy
+  EXPECT_EQ(OnDisk("inner"), (TNames{"a.txt", "b.txt", "deep"}));
+  EXPECT_EQ(folder.Read("b.txt"), "second");
+  EXPECT_EQ(tree.GetDropTargetNode(), nullptr);
+  // Nothing comes of these: onto itself, onto a file, onto the folder that it lies in.
+  screen->Drag(list, at(u"inner"), list, at(u"inner") + TPoint(12, 0));
+  screen->Drag(list, at(u"inner"), list, at(u"b.txt"));
+  screen->Drag(list, at(u"b.txt"), list, background, ssCtrl);
+  EXPECT_EQ(OnDisk(), (TNames{"b.txt", "inner"}));
+  // Within the tree; the press goes to what it drags.
+  TTreeNode* const top = tree.GetSelected();
+  TTreeNode* const deep = below(below(top, u"inner"), u"deep");
+  const TRect name = top->DisplayRect(true);  // too long for the tree
+  screen->Drag(tree, deep->DisplayRect(true).Center(), tree, {name.Left + 8, name.Center().Y},
+               ssCtrl);
+  EXPECT_EQ(OnDisk(), (TNames{"b.txt", "deep", "inner"}));
+  EXPECT_EQ(OnDisk("inner"), (TNames{"a.txt", "b.txt", "deep"}));
 }
 
 }  // namespace
