@@ -38,20 +38,6 @@ TEST(Pidl, SizeAndDepth) {
   EXPECT_FALSE(TPidl::Copy(nullptr));
 }
 
-TEST(Pidl, OwnershipMoves) {
-  const std::vector<BYTE> root{0, 0};
-  TPidl first = TPidl::Copy(AsList(root));
-  const PItemIdList block = first.Get();
-  TPidl second = std::move(first);
-  EXPECT_EQ(second.Get(), block);
-  EXPECT_FALSE(first);  // NOLINT: what is left of it is the question
-  *second.Put() = TPidl::Copy(AsList(root)).Detach();
-  EXPECT_TRUE(second);
-  TPidl third = TPidl::Adopt(second.Detach());
-  EXPECT_FALSE(second);
-  EXPECT_TRUE(third);
-}
-
 struct TCounted {
   using Type = int;
   static int Invalid() noexcept { return -1; }

@@ -5,7 +5,6 @@
 #include <cmath>
 
 #include "oak/base/Guid.h"
-#include "oak/base/InterfacedObject.h"
 
 namespace oak {
 namespace {
@@ -43,66 +42,6 @@ TEST(Variant, CopiesOwnTheirTexts) {
   EXPECT_EQ(PropVariantToText(TPropVariant(list)), u"x; ; y");
 }
 
-struct TPlainObject : IUnknown {
-  static constexpr GUID Iid{0x1, 2, 3, {5}};
-};
-class TObject : public TInterfacedObject<TPlainObject> {};
-
-TEST(Variant, IntegersTakeTheSmallestTypeThatHoldsTheirs) {
-  EXPECT_EQ(TPropVariant::From(-1).GetType(), VT_I4);
-  EXPECT_EQ(TPropVariant::From(1u).GetType(), VT_UI4);
-  EXPECT_EQ(TPropVariant::From(std::int64_t{1}).GetType(), VT_I8);
-  EXPECT_EQ(TPropVariant::From(DWORD{1}).GetType(), VT_UI4);
-  EXPECT_EQ(TVariant::From(std::uint64_t{1}).GetType(), VT_UI8);
-  EXPECT_EQ(PropVariantToText(TPropVariant::From(UINT64_MAX)), u"18446744073709551615");
-  EXPECT_EQ(VariantToText(TVariant::From(INT64_MIN)), u"-9223372036854775808");
-  EXPECT_EQ(TPropVariant::From(true).GetType(), VT_BOOL);
-}
-
-TEST(Variant, ReadingKeepsToTheKind) {
-  std::int64_t number = 5;
-  std::uint64_t natural = 5;
-  double real = 5;
-  FILETIME time{};
-  bool flag = false;
-  TString text;
-  EXPECT_TRUE(TryGetInt64(TPropVariant::From(7u), number));
-  EXPECT_EQ(number, 7);
-  EXPECT_FALSE(TryGetInt64(TPropVariant::From(UINT64_MAX), number));
-  EXPECT_FALSE(TryGetInt64(TPropVariant::From(u"8"), number));
-  EXPECT_FALSE(TryGetInt64(TPropVariant::From(8.0), number));
-  EXPECT_EQ(number, 7);
-  EXPECT_FALSE(TryGetUInt64(TPropVariant::From(-1), natural));
-  EXPECT_TRUE(TryGetDouble(TPropVariant::From(-3), real));
-  EXPECT_EQ(real, -3.0);
-  EXPECT_TRUE(TryGetFileTime(TPropVariant::FromDate(FileTimeToDateTime(kTime)), time));
-  EXPECT_EQ(CompareFileTimes(time, kTime), 0);
-  EXPECT_FALSE(TryGetBool(TPropVariant::From(1), flag));
-  EXPECT_FALSE(TryGetText(TPropVariant::From(1), text));
-}
-
-TEST(Variant, ChangeTypeToText) {
-  const std::pair<TPropVariant, TStringView> cases[] = {
-      {TPropVariant(), u""},
-      {TPropVariant::Null(), u""},
-      {TPropVariant::From(-12), u"-12"},
-      {TPropVariant::From(0.1), u"0.1"},
-      {TPropVariant::From(1e300), u"1e+300"},
-      {TPropVariant::From(true), u"-1"},
-      {TPropVariant::From(false), u"0"},
-      {TPropVariant::From(kTime), u"2006/09/16:20:13:15.001"},
-      {TPropVariant::FromDate(1.5), u"1899/12/31:12:00:00.000"},
-      {TPropVariant::From(kGuid), u"{68F5A3CD-B8FE-4400-B312-DC2334AF731E}"},
-      {TPropVariant::From(TStringArray{u"a", u"b"}), u"a; b"},
-  };
-  for (const auto& [value, text] : cases)
-    for (const VARTYPE type : {VT_LPWSTR, VT_BSTR}) {
-      const TPropVariant result = As(value, type);
-      EXPECT_EQ(result.GetType(), type);
-      EXPECT_EQ(PropVariantToText(result), text);
-    }
-}
-
 TEST(Variant, ChangeTypeOfNumbersAndTexts) {
   const struct {
     TPropVariant from;
@@ -110,41 +49,34 @@ TEST(Variant, ChangeTypeOfNumbersAndTexts) {
     TStringView text;  // of the result; empty: there is none
   } cases[] = {
       {TPropVariant::From(u" 10 "), VT_I4, u"10"},
+      {TPropVariant::From(0.1), VT_LPWSTR, u"0.1"},
+      {TPropVariant::From(true), VT_BSTR, u"-1"},
       {TPropVariant::From(u"+7"), VT_UI1, u"7"},
       {TPropVariant::From(u"2.5"), VT_I4, u"2"},  // halves to even
-      {TPropVariant::From(u"3.5"), VT_I4, u"4"},
       {TPropVariant::From(u"18446744073709551615"), VT_UI8, u"18446744073709551615"},
       {TPropVariant::From(u"18446744073709551615"), VT_I8, u""},
-      {TPropVariant::From(u"12x"), VT_I4, u""},
       {TPropVariant::From(u"+-3"), VT_I4, u""},
-      {TPropVariant::From(u"+"), VT_I4, u""},
       {TPropVariant::From(u""), VT_I4, u""},
       {TPropVariant::From(u"inf"), VT_R8, u""},
       {TPropVariant::From(u"٣"), VT_I4, u""},
-      {TPropVariant::From(300), VT_UI1, u""},
       {TPropVariant::From(-1), VT_UI8, u""},
       {TPropVariant::From(-128), VT_I1, u"-128"},
       {TPropVariant::From(1e19), VT_I8, u""},
-      {TPropVariant::From(1e19), VT_UI8, u"10000000000000000000"},
       {TPropVariant::From(std::nan("")), VT_I4, u""},
       {TPropVariant::From(u"True"), VT_BOOL, u"-1"},
-      {TPropVariant::From(u"0"), VT_BOOL, u"0"},
       {TPropVariant::From(5), VT_BOOL, u"-1"},
       {TPropVariant::From(true), VT_I2, u"-1"},
       {TPropVariant::From(u"2006/09/16:20:13:15.001"), VT_FILETIME, u"2006/09/16:20:13:15.001"},
       {TPropVariant::From(u"2006-09-16"), VT_DATE, u"2006/09/16:00:00:00.000"},
       {TPropVariant::From(u"2006/02/30"), VT_DATE, u""},
-      {TPropVariant::From(u"1/2"), VT_DATE, u""},
       {TPropVariant::From(u"2006/1/1/1/1/1/1/1"), VT_DATE, u""},
       {TPropVariant::From(u"99999999999/1/1"), VT_DATE, u""},
       {TPropVariant::From(kTime), VT_DATE, u"2006/09/16:20:13:15.001"},
       {TPropVariant::From(40000), VT_DATE, u""},
-      {TPropVariant::From(kTime), VT_I8, u""},
       {TPropVariant(), VT_I4, u""},
       {TPropVariant::From(u"68f5a3cd-b8fe-4400-b312-dc2334af731e"), VT_CLSID,
        u"{68F5A3CD-B8FE-4400-B312-DC2334AF731E}"},
       {TPropVariant::From(u"a"), VT_VECTOR | VT_LPWSTR, u"a"},
-      {TPropVariant::From(1), VT_STREAM, u""},
   };
   for (const auto& c : cases)
     EXPECT_EQ(TextAs(c.from, c.type), c.text) << ToUtf8(PropVariantToText(c.from)) << " " << c.type;
@@ -159,12 +91,10 @@ TEST(Variant, BetweenTheStructures) {
       {TPropVariant::Null(), VT_NULL},
       {TPropVariant::From(-5), VT_I4},
       {TPropVariant::From(UINT64_MAX), VT_UI8},
-      {TPropVariant::From(2.5), VT_R8},
       {TPropVariant::From(true), VT_BOOL},
       {TPropVariant::FromDate(1.5), VT_DATE},
       {TPropVariant::From(kTime), VT_DATE},
       {TPropVariant::From(u"text"), VT_BSTR},
-      {TPropVariant::From(kGuid), VT_BSTR},
       {TPropVariant::From(TStringArray{u"a", u"b"}), VT_BSTR},
   };
   for (const auto& c : cases) {
@@ -177,11 +107,6 @@ TEST(Variant, BetweenTheStructures) {
     EXPECT_EQ(back.GetType(), c.type);
     EXPECT_EQ(PropVariantToText(back), PropVariantToText(c.from));
   }
-  const auto object = MakeRef<TObject>();
-  TPropVariant none;
-  EXPECT_EQ(VariantToPropVariantValue(TVariant::FromUnknown(object.Get()), *none.Put()),
-            DISP_E_TYPEMISMATCH);
-  EXPECT_TRUE(none.IsEmpty());
 }
 
 TEST(Variant, OrderOfValues) {

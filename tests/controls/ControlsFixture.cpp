@@ -4,34 +4,6 @@
 
 namespace oak::tests {
 
-void PrintTo(const TShownImages& images, std::ostream* out) {
-  *out << " image " << images.Image;
-  if (images.State >= 0) *out << " state " << images.State;
-  if (images.Overlay >= 0) *out << " overlay " << images.Overlay;
-  if (images.Cut) *out << " cut";
-}
-
-void PrintTo(const TShownRow& row, std::ostream* out) {
-  if (row.Checked) *out << "[x]";
-  if (row.Marked) *out << "*";
-  if (row.Focused) *out << "!";
-  for (const TString& cell : row.Cells) *out << "|" << ToUtf8(cell);
-  PrintTo(row.Images, out);
-}
-
-void PrintTo(const TShownNode& node, std::ostream* out) {
-  *out << std::string(static_cast<std::size_t>(std::max(0, node.Level)), '.');
-  if (node.HasButton) *out << (node.Expanded ? "v" : ">");
-  *out << ToUtf8(node.Text) << (node.Marked ? "*" : "");
-  PrintTo(node.Images, out);
-}
-
-void PrintTo(const TShownColumn& column, std::ostream* out) {
-  *out << ToUtf8(column.Caption) << ":" << column.Width;
-  if (column.Mark != TListSortMark::None)
-    *out << (column.Mark == TListSortMark::Up ? " up" : " down");
-}
-
 std::unique_ptr<TImageList> MakeImages(int size, int count) {
   auto images = std::make_unique<TImageList>(nullptr, size, size);
   constexpr TPixel colors[] = {0xFFD04030, 0xFF30A040, 0xFF3060C0, 0xFFC0A020};
@@ -46,15 +18,6 @@ std::unique_ptr<TImageList> MakeImages(int size, int count) {
 }
 
 // --- the list -----------------------------------------------------------------------------------
-
-bool TListUnderTest::Note(const std::string& event, bool log) {
-  if (log) Log.push_back(event);
-  if (!OnEvent) return true;
-  const TLifeGuard guard = GetLifeGuard();
-  const auto hook = OnEvent;
-  hook(event);
-  return guard.IsAlive();
-}
 
 bool TListUnderTest::NoteOf(const TListItem* item, const std::string& event, bool log) {
   const bool hooked = OnEvent != nullptr;
@@ -103,113 +66,40 @@ std::string TListUnderTest::Selection() {
   return text.empty() ? text : text.substr(1);
 }
 
-void TListUnderTest::DoSelectItem(TListItem* item, bool selected) {
-  const std::string index = std::to_string(item->GetIndex());
-  if (NoteOf(item, (selected ? "select " : "deselect ") + index))
-    TCustomListView::DoSelectItem(item, selected);
-}
-void TListUnderTest::Change(TListItem* item, TItemChange change) {
-  if (NoteOf(item, "change", false)) TCustomListView::Change(item, change);
-}
-void TListUnderTest::MouseDown(TMouseButton button, TShiftState shift, int x, int y) {
-  if (Note("mouse down")) TCustomListView::MouseDown(button, shift, x, y);
-}
-void TListUnderTest::MouseUp(TMouseButton button, TShiftState shift, int x, int y) {
-  if (Note("mouse up")) TCustomListView::MouseUp(button, shift, x, y);
-}
-void TListUnderTest::Click() {
-  if (Note("click")) TCustomListView::Click();
-}
-void TListUnderTest::DblClick() {
-  if (Note("double click")) TCustomListView::DblClick();
-}
-void TListUnderTest::KeyDown(std::uint16_t& key, TShiftState shift) {
-  if (Note("key", false)) TCustomListView::KeyDown(key, shift);
-}
-void TListUnderTest::KeyPress(char16_t& key) {
-  if (Note("char", false)) TCustomListView::KeyPress(key);
-}
-void TListUnderTest::DoBeginDrag(TMouseButton button) {
-  if (Note(button == mbLeft ? "drag" : "drag right") && OnBeginDrag) OnBeginDrag(button);
-}
-void TListUnderTest::ColClick(TListColumn* column) {
-  if (Note("column click " + std::to_string(column->GetIndex()))) TCustomListView::ColClick(column);
-}
-void TListUnderTest::ColRightClick(TListColumn* column, TPoint point) {
-  if (Note("column right " + (column ? std::to_string(column->GetIndex()) : std::string("none"))))
-    TCustomListView::ColRightClick(column, point);
-}
-void TListUnderTest::ColResized(int column, bool finished) {
-  if (Note("column size " + std::to_string(column) + (finished ? " end" : ""), finished))
-    TCustomListView::ColResized(column, finished);
-}
-bool TListUnderTest::CanDragColumn(int from, int to, int x) {
-  return Note("column drag?", false) && TCustomListView::CanDragColumn(from, to, x);
-}
-void TListUnderTest::ColDragged(int from, int to) {
-  if (Note("column drag " + std::to_string(from) + " " + std::to_string(to)))
-    TCustomListView::ColDragged(from, to);
-}
-bool TListUnderTest::CanEdit(TListItem* item) {
-  return NoteOf(item, "edit?") && TCustomListView::CanEdit(item);
-}
-void TListUnderTest::Edit(TListItem* item, const TString& text) {
-  if (NoteOf(item, "edit " + ToUtf8(text))) TCustomListView::Edit(item, text);
-}
-void TListUnderTest::CancelEdit(TListItem* item) {
-  if (NoteOf(item, "edit cancelled")) TCustomListView::CancelEdit(item);
-}
-void TListUnderTest::GetImageIndex(TListItem* item) {
-  ++ImageRequests;
-  if (NoteOf(item, "image", false)) TCustomListView::GetImageIndex(item);
-}
-TString TListUnderTest::GetColumnText(TListItem* item, int column) {
-  ++TextRequests;
-  return NoteOf(item, "text", false) ? TCustomListView::GetColumnText(item, column) : TString();
-}
-int TListUnderTest::IncrementalSearch(const TString& text, int start) {
-  return Note("search " + ToUtf8(text)) ? TCustomListView::IncrementalSearch(text, start) : -1;
-}
-bool TListUnderTest::IsCustomDrawn(TCustomDrawTarget target, TCustomDrawStage stage) {
-  return DrawsAll || TCustomListView::IsCustomDrawn(target, stage);
-}
-bool TListUnderTest::CustomDraw(TCanvas& canvas, const TRect& rect, TCustomDrawStage stage) {
-  return Note(stage == cdPrePaint ? "draw all" : "drawn all", false) &&
-         TCustomListView::CustomDraw(canvas, rect, stage);
-}
-bool TListUnderTest::CustomDrawItem(TCanvas& canvas, TListItem* item, TCustomDrawState state,
-                                    TCustomDrawStage stage) {
-  LastState = state;
-  return NoteOf(item, stage == cdPrePaint ? "draw row" : "drawn row", false) &&
-         TCustomListView::CustomDrawItem(canvas, item, state, stage);
-}
-bool TListUnderTest::CustomDrawSubItem(TCanvas& canvas, TListItem* item, int column,
-                                       TCustomDrawState state, TCustomDrawStage stage) {
-  return NoteOf(item, stage == cdPrePaint ? "draw cell" : "drawn cell", false) &&
-         TCustomListView::CustomDrawSubItem(canvas, item, column, state, stage);
-}
-void TListUnderTest::WMContextMenu(TPoint screen) {
-  if (Note("menu")) TCustomListView::WMContextMenu(screen);
-}
-void TListUnderTest::DoEnter() {
-  if (Note("enter")) TCustomListView::DoEnter();
-}
-void TListUnderTest::DoExit() {
-  if (Note("exit")) TCustomListView::DoExit();
-}
-void TListUnderTest::Resize() {
-  if (Note("resize", false)) TCustomListView::Resize();
-}
-
 // --- the tree -----------------------------------------------------------------------------------
 
-bool TTreeUnderTest::Note(const std::string& event, bool log) {
-  if (log) Log.push_back(event);
-  if (!OnEvent) return true;
-  const TLifeGuard guard = GetLifeGuard();
-  const auto hook = OnEvent;
-  hook(event);
-  return guard.IsAlive();
+void TTreeUnderTest::Build(std::initializer_list<TStringView> lines) {
+  std::vector<TTreeNode*> path;
+  for (const TStringView line : lines) {
+    const std::size_t level = line.find_first_not_of(u' ');
+    path.resize(level);
+    TTreeNode* const parent = level ? path[level - 1] : nullptr;
+    path.push_back(Items().AddChild(parent, TString(line.substr(level))));
+  }
+}
+
+std::string TTreeUnderTest::ShapeOf(TTreeNode* parent) const {
+  std::string text;
+  int count = 0;
+  TTreeNode* last = nullptr;
+  TTreeNode* node = parent ? parent->GetFirstChild() : Items().GetFirstNode();
+  for (; node; node = node->GetNextSibling(), ++count) {
+    EXPECT_EQ(node->GetPrevSibling(), last);
+    EXPECT_EQ(node->GetParent(), parent);
+    EXPECT_EQ(node->GetIndex(), count);
+    text += (text.empty() ? "" : " ") + ToUtf8(node->GetText());
+    if (node->GetFirstChild()) text += "(" + ShapeOf(node) + ")";
+    last = node;
+  }
+  EXPECT_EQ(parent ? parent->GetLastChild() : Items().GetLastNode(), last);
+  EXPECT_EQ(parent ? parent->GetCount() : count, count);
+  return text;
+}
+
+TTreeNode* TTreeUnderTest::Node(TStringView text) const {
+  TTreeNode* node = Items().GetFirstNode();
+  while (node && node->GetText() != text) node = node->GetNext();
+  return node;
 }
 
 TTreeNode* TTreeUnderTest::Find(TStringView path) const {
@@ -231,92 +121,6 @@ TPoint TTreeUnderTest::AtButton(TTreeNode* node) const {
   return {text.Left - images - GetIndent() / 2, text.Center().Y};
 }
 
-namespace {
-std::string Of(const TTreeNode* node) {
-  return node ? " " + ToUtf8(node->GetText()) : std::string(" none");
-}
-}  // namespace
-
-bool TTreeUnderTest::CanChange(TTreeNode* node) {
-  return Note("select?" + Of(node)) && TCustomTreeView::CanChange(node);
-}
-void TTreeUnderTest::Change(TTreeNode* node) {
-  if (Note("selected" + Of(node))) TCustomTreeView::Change(node);
-}
-bool TTreeUnderTest::CanExpand(TTreeNode* node) {
-  const TTreeNodeWatch watch(*this, node);
-  return Note("expand?" + Of(node)) && watch.Exists() && TCustomTreeView::CanExpand(node);
-}
-void TTreeUnderTest::Expanded(TTreeNode* node) {
-  if (Note("expanded" + Of(node))) TCustomTreeView::Expanded(node);
-}
-bool TTreeUnderTest::CanCollapse(TTreeNode* node) {
-  const TTreeNodeWatch watch(*this, node);
-  return Note("collapse?" + Of(node)) && watch.Exists() && TCustomTreeView::CanCollapse(node);
-}
-void TTreeUnderTest::Collapsed(TTreeNode* node) {
-  if (Note("collapsed" + Of(node))) TCustomTreeView::Collapsed(node);
-}
-bool TTreeUnderTest::CanEdit(TTreeNode* node) {
-  const TTreeNodeWatch watch(*this, node);
-  return Note("edit?") && watch.Exists() && TCustomTreeView::CanEdit(node);
-}
-void TTreeUnderTest::Edit(TTreeNode* node, const TString& text) {
-  const TTreeNodeWatch watch(*this, node);
-  if (Note("edit " + ToUtf8(text)) && watch.Exists()) TCustomTreeView::Edit(node, text);
-}
-void TTreeUnderTest::CancelEdit(TTreeNode* node) {
-  if (Note("edit cancelled")) TCustomTreeView::CancelEdit(node);
-}
-void TTreeUnderTest::Delete(TTreeNode* node) {
-  if (Note("delete" + Of(node), false)) TCustomTreeView::Delete(node);
-}
-void TTreeUnderTest::Added(TTreeNode* node) {
-  if (Note("add", false)) TCustomTreeView::Added(node);
-}
-void TTreeUnderTest::GetImageIndex(TTreeNode* node) {
-  const TTreeNodeWatch watch(*this, node);
-  if (Note("image", false) && watch.Exists()) TCustomTreeView::GetImageIndex(node);
-}
-void TTreeUnderTest::DoBeginDrag(TTreeNode* node, TMouseButton button) {
-  const TTreeNodeWatch watch(*this, node);
-  if (Note((button == mbLeft ? "drag" : "drag right") + Of(node)) && watch.Exists() && OnBeginDrag)
-    OnBeginDrag(node, button);
-}
-bool TTreeUnderTest::IsCustomDrawn(TCustomDrawTarget target, TCustomDrawStage stage) {
-  return DrawsAll || TCustomTreeView::IsCustomDrawn(target, stage);
-}
-bool TTreeUnderTest::CustomDrawItem(TCanvas& canvas, TTreeNode* node, TCustomDrawState state,
-                                    TCustomDrawStage stage) {
-  const TTreeNodeWatch watch(*this, node);
-  return Note(stage == cdPrePaint ? "draw row" : "drawn row", false) && watch.Exists() &&
-         TCustomTreeView::CustomDrawItem(canvas, node, state, stage);
-}
-void TTreeUnderTest::MouseDown(TMouseButton button, TShiftState shift, int x, int y) {
-  if (Note("mouse down")) TCustomTreeView::MouseDown(button, shift, x, y);
-}
-void TTreeUnderTest::MouseUp(TMouseButton button, TShiftState shift, int x, int y) {
-  if (Note("mouse up")) TCustomTreeView::MouseUp(button, shift, x, y);
-}
-void TTreeUnderTest::Click() {
-  if (Note("click")) TCustomTreeView::Click();
-}
-void TTreeUnderTest::DblClick() {
-  if (Note("double click")) TCustomTreeView::DblClick();
-}
-void TTreeUnderTest::KeyDown(std::uint16_t& key, TShiftState shift) {
-  if (Note("key", false)) TCustomTreeView::KeyDown(key, shift);
-}
-void TTreeUnderTest::WMContextMenu(TPoint screen) {
-  if (Note("menu")) TCustomTreeView::WMContextMenu(screen);
-}
-void TTreeUnderTest::DoEnter() {
-  if (Note("enter")) TCustomTreeView::DoEnter();
-}
-void TTreeUnderTest::DoExit() {
-  if (Note("exit")) TCustomTreeView::DoExit();
-}
-
 // --- fixtures -----------------------------------------------------------------------------------
 
 TControlsTest::TControlsTest() {
@@ -326,12 +130,12 @@ TControlsTest::TControlsTest() {
 
 TControlsTest::~TControlsTest() {
   form.reset();
-  screen->Pump();
+  screen->Drain();
 }
 
 void TControlsTest::Show() {
   form->Show();
-  screen->Pump();
+  screen->Drain();
   screen->Paint();
 }
 
@@ -461,7 +265,7 @@ void TListTest::ShowReport(int rows, std::initializer_list<int> widths) {
   list->Fill(rows);
   Show();
   list->SetFocus();
-  screen->Pump();
+  screen->Drain();
   list->Take();
 }
 
@@ -470,7 +274,7 @@ void TListTest::ShowStyle(TViewStyle style, int rows) {
   list->Fill(rows);
   Show();
   list->SetFocus();
-  screen->Pump();
+  screen->Drain();
   list->Take();
 }
 
@@ -493,15 +297,5 @@ TTreeTest::TTreeTest() {
 }
 
 TTreeTest::~TTreeTest() { form.reset(); }
-
-void TTreeTest::Build(std::initializer_list<TStringView> lines) {
-  std::vector<TTreeNode*> path;
-  for (const TStringView line : lines) {
-    const std::size_t level = line.find_first_not_of(u' ');
-    path.resize(level);
-    TTreeNode* const parent = level ? path[level - 1] : nullptr;
-    path.push_back(tree->Items().AddChild(parent, TString(line.substr(level))));
-  }
-}
 
 }  // namespace oak::tests

@@ -47,11 +47,11 @@ class Density : public TControlsTest {
   }
   /// As an application does it: pictures of the size that the density asks for.
   void MoveTo(int pixelsPerInch) {
-    screen->SetDensity(*form, pixelsPerInch);
+    screen->SetPixelsPerInch(*form, pixelsPerInch);
     const std::unique_ptr<TImageList> made = MakeImages(form->ScaledPixels(16), 4);
     images->SetSize(made->GetWidth(), made->GetHeight());
     images->Assign(made.get());
-    screen->Pump();
+    screen->Drain();
     screen->Paint();
   }
   TSizes Measure() {

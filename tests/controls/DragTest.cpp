@@ -77,17 +77,8 @@ class TDropLog : public TInterfacedObject<IDropTarget> {
 class DragAndDrop : public TControlsTest {
  protected:
   DragAndDrop() {
-    tree->SetBounds(10, 10, 200, 240);
-    tree->SetParent(form.get());
-    for (const TStringView name : {u"north", u"east", u"south"})
-      tree->Items().Add(nullptr, TString(name));
-    list->SetBounds(220, 10, 300, 240);
-    list->SetViewStyle(vsReport);
-    list->SetParent(form.get());
-    list->AddColumns({200});
-    list->Fill(5);
-    tree->SetDropTarget(treeTarget.Get());
-    list->SetDropTarget(listTarget.Get());
+    PlaceTree();
+    PlaceList();
     list->OnBeginDrag = [this](TMouseButton) {
       std::vector<TString> names;
       for (TListItem* item : list->Items())
@@ -120,6 +111,22 @@ class DragAndDrop : public TControlsTest {
     listTarget.Reset();
     EXPECT_EQ(TCarriedNames::Count, 0);
   }
+  void PlaceTree() {
+    tree = new TTreeUnderTest;
+    tree->SetBounds(10, 10, 200, 240);
+    tree->SetParent(form.get());
+    tree->Build({u"north", u"east", u"south"});
+    tree->SetDropTarget(treeTarget.Get());
+  }
+  void PlaceList() {
+    list = new TListUnderTest;
+    list->SetBounds(220, 10, 300, 240);
+    list->SetViewStyle(vsReport);
+    list->SetParent(form.get());
+    list->AddColumns({200});
+    list->Fill(5);
+    list->SetDropTarget(listTarget.Get());
+  }
   void Begin(TWinControl& control, std::vector<TString> names) {
     ++drags;
     const auto data = Ref<IDataObject>::Adopt(new TCarriedNames(std::move(names)));
@@ -130,8 +137,8 @@ class DragAndDrop : public TControlsTest {
 
   Ref<TDropLog> treeTarget = Ref<TDropLog>::Adopt(new TDropLog);
   Ref<TDropLog> listTarget = Ref<TDropLog>::Adopt(new TDropLog);
-  TTreeUnderTest* tree = new TTreeUnderTest;
-  TListUnderTest* list = new TListUnderTest;
+  TTreeUnderTest* tree = nullptr;
+  TListUnderTest* list = nullptr;
   HRESULT result = E_FAIL;
   DWORD effect = 99;
   int drags = 0;
@@ -181,16 +188,16 @@ TEST_F(DragAndDrop, RightButtonAndEscape) {
   EXPECT_THAT(list->Take(), Contains("drag right"));
 
   list->OnBeginDrag = [this](TMouseButton) {
-    screen->Later([this] { screen->Key(vkEscape); });
+    screen->Later([this] { screen->KeyPress(vkEscape); });
     Begin(*list, {u"lost"});
   };
   treeTarget->Log.clear();
   const TPoint from = list->At(2);
-  screen->PressMouse(*list, from);
-  screen->MoveMouse(*list, from + TPoint(40, 20));
+  screen->MouseDown(*list, from);
+  screen->MouseMove(*list, from + TPoint(40, 20));
   EXPECT_EQ(result, DRAGDROP_S_CANCEL);
   EXPECT_EQ(effect, 0u);
-  screen->ReleaseMouse();
+  screen->MouseUp();
   EXPECT_EQ(drags, 2);
   EXPECT_THAT(treeTarget->Log, ::testing::IsEmpty());
 }
@@ -202,7 +209,7 @@ TEST_F(DragAndDrop, TargetsComeAndGo) {
   EXPECT_TRUE(treeTarget->Log.empty());
   tree->SetDropTarget(treeTarget.Get());
   tree->RecreateWnd();
-  screen->Pump();
+  screen->Drain();
   screen->Drag(*list, list->At(1), *tree, tree->At(tree->Find(u"north")));
   EXPECT_NE(tree->Find(u"north|row 1"), nullptr);
 }
@@ -228,30 +235,16 @@ TEST_F(DragAndDrop, WhatMayHappenInTheMiddle) {
     treeTarget->OnOver = [&](TPoint) {
       if (!std::exchange(done, true)) one.Do();
     };
-    if (!tree) {
-      tree = new TTreeUnderTest;
-      tree->SetBounds(10, 10, 200, 240);
-      tree->SetParent(form.get());
-      tree->Items().Add(nullptr, u"north");
-      tree->SetDropTarget(treeTarget.Get());
-      screen->Pump();
-    }
+    if (!tree) PlaceTree();
+    screen->Drain();
     drags = 0;
-    auto begin = list->OnBeginDrag;
     list->OnBeginDrag = [this](TMouseButton) { Begin(*list, {u"x"}); };
     screen->Drag(*list, list->At(1), *tree, tree->At(tree->Items().GetFirstNode()));
     EXPECT_TRUE(done);
     EXPECT_EQ(drags, 1);
     EXPECT_EQ(survived, list != nullptr);
-    if (!list && form) {
-      list = new TListUnderTest;
-      list->SetBounds(220, 10, 300, 240);
-      list->SetViewStyle(vsReport);
-      list->SetParent(form.get());
-      list->AddColumns({200});
-      list->Fill(5);
-      screen->Pump();
-    }
+    if (!list && form) PlaceList();
+    screen->Drain();
   }
 }
 

@@ -95,7 +95,7 @@ TEST_F(ControlInput, KeysOfListsAndTrees) {
       swallow = used;
       for (const TKeyCase& one : KeyCases) {
         SCOPED_TRACE(one.Name);
-        screen->Key(one.Key, one.Shift);
+        screen->KeyPress(one.Key, one.Shift);
         TLog wanted{std::string("down ") + one.Name};
         if (one.Char && !used) wanted.push_back(one.Char);
         wanted.push_back(std::string("up ") + one.Name);
@@ -103,15 +103,25 @@ TEST_F(ControlInput, KeysOfListsAndTrees) {
       }
     }
     // What was used up does nothing more.
-    screen->Key(vkDown);
-    screen->Key(vkEnd);
-    screen->Type(u"c");
+    screen->KeyPress(vkDown);
+    screen->KeyPress(vkEnd);
+    screen->TypeText(u"c");
     swallow = false;
     Take();
   }
   EXPECT_EQ(list->Selection(), "[1]");
   EXPECT_EQ(tree->GetSelected(), tree->Find(u"b"));
   EXPECT_EQ(screen->Focused(), tree);
+  // The form sees them first if it wants.
+  form->SetKeyPreview(true);
+  form->OnKeyDown = [this](TObject*, std::uint16_t& key, TShiftState) {
+    log.push_back("form");
+    if (key == vkF5) key = 0;
+  };
+  screen->KeyPress(vkF5);
+  EXPECT_THAT(Take(), ElementsAre("form", "up 116"));
+  screen->KeyPress(vkF2);
+  EXPECT_THAT(Take(), ElementsAre("form", "down 113", "up 113"));
 }
 
 TEST_F(ControlInput, KeysOfAComboBox) {
@@ -126,20 +136,20 @@ TEST_F(ControlInput, KeysOfAComboBox) {
   combo->OnEnter = [&](TObject*) { focus.push_back("enter"); };
   combo->OnExit = [&](TObject*) { focus.push_back("exit"); };
   combo->SetFocus();
-  screen->Type(u"x");
-  screen->Key(vkReturn);
-  screen->Key(vkEscape);
+  screen->TypeText(u"x");
+  screen->KeyPress(vkReturn);
+  screen->KeyPress(vkEscape);
   EXPECT_THAT(Take(), ElementsAre("down 88", "char 120", "up 88", "down 13", "char 13", "up 13",
                                   "down 27", "char 27", "up 27"));
   swallow = true;
-  screen->Type(u"y");
-  screen->Key(vkDown);
+  screen->TypeText(u"y");
+  screen->KeyPress(vkDown);
   EXPECT_EQ(combo->GetText(), u"x");
   EXPECT_EQ(combo->GetItemIndex(), -1);
   swallow = false;
   // List and field are parts of one control.
   combo->SetDroppedDown(true);
-  screen->Key(vkEscape);
+  screen->KeyPress(vkEscape);
   EXPECT_FALSE(combo->GetDroppedDown());
   EXPECT_THAT(focus, ElementsAre("enter"));
   screen->Click(*edit, {5, 5});
@@ -162,14 +172,14 @@ TEST_F(ControlInput, ImageBesideTheTextOfAComboBox) {
   combo->SetItemIndex(1);
   EXPECT_EQ(screen->ImageOf(*combo), -1);
   combo->SelectAll();
-  screen->Type(u"x");
+  screen->TypeText(u"x");
   EXPECT_EQ(screen->ImageOf(*combo), 3);
   combo->SetEditImageIndex(2);
   EXPECT_EQ(screen->ImageOf(*combo), 2);
   EXPECT_EQ(screen->TextOf(*combo), u"x");
   combo->InsertItem(0, {u"zero", 0, -1, 0, nullptr});
   combo->RecreateWnd();
-  screen->Pump();
+  screen->Drain();
   EXPECT_EQ(screen->ImageOf(*combo), 2);
   combo->SetEditImageIndex(-1);
   EXPECT_EQ(screen->ImageOf(*combo), -1);
@@ -202,8 +212,8 @@ TEST_F(ControlInput, SideButtonsGoToWhoeverWantsThem) {
                                                           {panel, {450, 250}}};
   for (const auto& [control, point] : places) {
     SCOPED_TRACE(control->GetTop());
-    screen->ExtraClick(*control, point, false);
-    screen->ExtraClick(*control, point, true);
+    screen->ExtraButton(*control, point, false);
+    screen->ExtraButton(*control, point, true);
     EXPECT_THAT(std::exchange(panel->Moves, {}), ElementsAre(-1, 1));
   }
   EXPECT_EQ(list->Selection(), "");
@@ -270,7 +280,7 @@ TEST_F(ControlInput, ATextIsShownAsItStands) {
   rich->SetText(source + u"\r\n2");
   EXPECT_EQ(ToUtf8(screen->TextOf(*rich)), ToUtf8(source) + "\r\n2");
   rich->RecreateWnd();
-  screen->Pump();
+  screen->Drain();
   EXPECT_EQ(ToUtf8(screen->TextOf(*rich)), ToUtf8(source) + "\r\n2");
   EXPECT_FALSE(rich->GetModified());
 }
@@ -285,15 +295,10 @@ TEST_F(ControlInput, KeyboardOpensTheMenuOfATree) {
   Show();
   tree->SetFocus();
   tree->SetSelected(tree->Find(u"b"));
-  menu.OnPopup = [this](TObject*) { log.push_back("popup"); };
   screen->QueueMenuChoice(u"Open");
-  screen->Key(vkApps);
-  EXPECT_THAT(Take(), ElementsAre("popup", "open"));
+  screen->KeyPress(vkApps);
+  EXPECT_THAT(Take(), ElementsAre("open"));
   EXPECT_EQ(menu.GetPopupComponent(), tree);
-  screen->QueueMenuChoice(u"");
-  screen->Key(vkF10, {ssShift});
-  EXPECT_THAT(Take(), ElementsAre("popup"));
-  EXPECT_EQ(screen->Focused(), tree);
   EXPECT_EQ(tree->GetSelected(), tree->Find(u"b"));
   // A program that answers the key itself gets no menu besides.
   for (TWinControl* const control : std::initializer_list<TWinControl*>{tree, list}) {
@@ -303,7 +308,7 @@ TEST_F(ControlInput, KeyboardOpensTheMenuOfATree) {
     control->SetFocus();
     tree->Take();
     list->Take();
-    screen->Key(vkF10, {ssShift});
+    screen->KeyPress(vkF10, {ssShift});
     EXPECT_THAT(tree->Take(), ::testing::Not(::testing::Contains("menu")));
     EXPECT_THAT(list->Take(), ::testing::Not(::testing::Contains("menu")));
   }
@@ -333,7 +338,7 @@ TEST_F(ControlInput, AFormWithoutFrameThatGoesWhenItIsLeft) {
   for (int i = 0; i < 2; ++i) {
     popup.Show();
     rows.SetFocus();
-    screen->Pump();
+    screen->Drain();
     EXPECT_EQ(popup.GetClientRect(), TRect(0, 0, 120, 90));
     EXPECT_EQ(rows.GetBoundsRect(), TRect(0, 0, 120, 90));
     EXPECT_EQ(screen->Focused(), &rows);
@@ -343,47 +348,6 @@ TEST_F(ControlInput, AFormWithoutFrameThatGoesWhenItIsLeft) {
     EXPECT_EQ(screen->Focused(), edit);
     EXPECT_THAT(Take(), ElementsAre("deactivate", "form back"));
   }
-}
-
-TEST_F(ControlInput, PlacesSurviveMinimisingAndSizing) {
-  auto* const bottom = Place<TPanel>({0, 0, 100, 30});
-  auto* const right = Place<TPanel>({0, 0, 80, 100});
-  auto* const body = Place<TPanel>({0, 0, 100, 100});
-  bottom->SetAlign(alBottom);
-  right->SetAlign(alRight);
-  body->SetAlign(alClient);
-  auto* const list = Place<TListUnderTest>({10, 12, 110, 62}, body);
-  list->SetAnchors({akLeft, akTop, akRight, akBottom});
-  auto* const corner = Place<TButton>({20, 20, 60, 40}, right);
-  corner->SetAnchors({akRight, akBottom});
-  Show();
-  struct TPlaces {
-    TRect Bottom, Right, Body, List, Corner;
-    bool operator==(const TPlaces&) const = default;
-  };
-  const auto places = [&] {
-    return TPlaces{screen->BoundsOf(*bottom), screen->BoundsOf(*right), screen->BoundsOf(*body),
-                   screen->BoundsOf(*list), screen->BoundsOf(*corner)};
-  };
-  const TPlaces first = places();
-  const TSize client = form->GetClientSize();
-  EXPECT_EQ(first.Bottom, TRect(0, client.Height - 30, client.Width, client.Height));
-  EXPECT_EQ(first.Right, TRect(client.Width - 80, 0, client.Width, client.Height - 30));
-  EXPECT_EQ(first.Body, TRect(0, 0, client.Width - 80, client.Height - 30));
-  screen->ResizeForm(*form, 660, 450);
-  const TPlaces wide = places();
-  EXPECT_EQ(wide.List.TopLeft(), first.List.TopLeft());
-  EXPECT_EQ(wide.List.BottomRight(), first.List.BottomRight() + TPoint(100, 70));
-  EXPECT_EQ(wide.Corner.TopLeft(), first.Corner.TopLeft() + TPoint(0, 70));
-  for (const TWindowState state : {wsMinimized, wsMaximized}) {
-    screen->SetFormState(*form, state);
-    screen->SetFormState(*form, wsNormal);
-    EXPECT_TRUE(places() == wide);
-  }
-  // Too small for all of it, and back.
-  screen->ResizeForm(*form, 150, 60);
-  screen->ResizeForm(*form, 560, 380);
-  EXPECT_TRUE(places() == first);
 }
 
 }  // namespace

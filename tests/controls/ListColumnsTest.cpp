@@ -52,7 +52,7 @@ TEST_F(ListColumns, FollowTheModel) {
   for (const TCase& one : cases) {
     SCOPED_TRACE(one.What);
     one.Do();
-    screen->Pump();
+    screen->Drain();
     ExpectShown(*list);
   }
 }
@@ -120,7 +120,7 @@ TEST_F(ListColumns, UserMovesThem) {
   // The icon and the label stand in the column of the caption, wherever that is.
   EXPECT_EQ(list->GetHitTest(list->At(1).X, list->At(1).Y).SubItem, 2);
   list->RecreateWnd();
-  screen->Pump();
+  screen->Drain();
   ExpectShown(*list);
 
   list->SetFullDrag(false);

@@ -11,7 +11,7 @@ class ListEdit : public TListTest {
  protected:
   void Begin(int index) {
     ASSERT_TRUE(list->Row(index)->EditCaption());
-    screen->Pump();
+    screen->Drain();
     list->Take();
   }
 };
@@ -26,20 +26,20 @@ TEST_F(ListEdit, IsTakenWithReturnAndDroppedWithEscape) {
   EXPECT_NE(list->GetEditControl(), nullptr);
   EXPECT_EQ(list->GetEditText(), u"row 1");
   EXPECT_EQ(screen->Focused(), list);
-  screen->Type(u"other");
+  screen->TypeText(u"other");
   EXPECT_EQ(list->GetEditText(), u"other");
-  screen->Key(vkReturn);
+  screen->KeyPress(vkReturn);
   EXPECT_FALSE(list->IsEditing());
   EXPECT_EQ(list->Row(1)->GetCaption(), u"other");
   EXPECT_THAT(list->Take(), ElementsAre("edit other"));
   ExpectShown(*list);
 
-  screen->Key(vkF2);
+  screen->KeyPress(vkF2);
   EXPECT_FALSE(list->IsEditing()) << "what that key means is the program's affair";
   list->SetSelected(list->Row(2));
   list->Row(2)->EditCaption();
-  screen->Type(u"lost");
-  screen->Key(vkEscape);
+  screen->TypeText(u"lost");
+  screen->KeyPress(vkEscape);
   EXPECT_FALSE(list->IsEditing());
   EXPECT_EQ(list->Row(2)->GetCaption(), u"row 2");
   EXPECT_EQ(screen->Focused(), list);
@@ -75,9 +75,9 @@ TEST_F(ListEdit, KnowsManyEnds) {
     list->Items().Clear();
     list->Fill(4);
     Begin(1);
-    screen->Type(u"new");
+    screen->TypeText(u"new");
     one.Do();
-    screen->Pump();
+    screen->Drain();
     TLog events = list->Take();
     std::erase_if(events, [](const std::string& text) { return !text.starts_with("edit "); });
     if (!one.Events.empty()) {
@@ -103,8 +103,8 @@ TEST_F(ListEdit, MayBeRefused) {
   // The program changes what the user typed.
   list->OnEdited = [](TObject*, TListItem*, TString& text) { text += u"!"; };
   Begin(0);
-  screen->Type(u"x");
-  screen->Key(vkReturn);
+  screen->TypeText(u"x");
+  screen->KeyPress(vkReturn);
   EXPECT_EQ(list->Row(0)->GetCaption(), u"x!");
   ExpectShown(*list);
 }
@@ -114,10 +114,10 @@ TEST_F(ListEdit, ProgramWorksTheField) {
   Begin(2);
   list->SetEditText(u"name.txt");
   list->SelectEditText(0, 4);
-  screen->Type(u"other");
+  screen->TypeText(u"other");
   EXPECT_EQ(list->GetEditText(), u"other.txt");
   list->SelectEditText(0, -1);
-  screen->Type(u"z");
+  screen->TypeText(u"z");
   EXPECT_EQ(list->GetEditText(), u"z");
   list->EndEditing(false);
   EXPECT_EQ(list->Row(2)->GetCaption(), u"z");
@@ -126,7 +126,7 @@ TEST_F(ListEdit, ProgramWorksTheField) {
 TEST_F(ListEdit, FollowsItsRow) {
   ShowReport(4);
   Begin(2);
-  screen->Type(u"mine");
+  screen->TypeText(u"mine");
   list->Items().Insert(0)->SetCaption(u"before");
   ASSERT_TRUE(list->GetEditedItem());
   list->EndEditing(false);
@@ -144,7 +144,7 @@ TEST_F(ListEdit, SecondClickOpensIt) {
   EXPECT_FALSE(list->IsEditing());
   screen->Advance(700);
   EXPECT_TRUE(list->IsEditing());
-  screen->Key(vkEscape);
+  screen->KeyPress(vkEscape);
   EXPECT_FALSE(list->IsEditing());
   list->Take();
   screen->DoubleClick(*list, list->At(1));

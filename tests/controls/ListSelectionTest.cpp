@@ -137,7 +137,7 @@ TEST_F(ListSelection, StaysWithTheRows) {
   for (const TCase& one : cases) {
     SCOPED_TRACE(one.What);
     one.Do();
-    screen->Pump();
+    screen->Drain();
     Expect(one.Selection);
   }
 }
@@ -190,7 +190,7 @@ TEST_F(ListSelection, TypedTextLeadsToARow) {
   for (const TCase& one : {TCase{u"b", "[1]"}, TCase{u"br", "[2]"}, TCase{u"c", "[3]"},
                            TCase{u"bet", "[4]"}, TCase{u"bet", "[1]"}, TCase{u"a", "[0]"}}) {
     SCOPED_TRACE(ToUtf8(one.Typed));
-    screen->Type(one.Typed);
+    screen->TypeText(one.Typed);
     Expect(one.Selection);
     screen->Advance(1100);
   }

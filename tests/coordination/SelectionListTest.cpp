@@ -18,7 +18,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::UnorderedElementsAre;
 using testkit::TScopedApi;
 using tests::TSelectionFixture;
 using TNames = std::vector<std::string>;
@@ -35,25 +34,20 @@ TEST_F(SelectionList, StandsForTheTreeWithAsFewEntriesAsCanBe) {
   const TCase cases[] = {
       {"+A", {"A\\*"}},
       {"+A\\", {"A\\*"}},
-      {"+A\\*", {"A\\*"}},
       {"+a.txt", {"a.txt"}},
       {"+A +A\\x.txt +A\\B", {"A\\*"}},         // covered already
       {"+A\\x.txt +A\\B\\c.txt +A", {"A\\*"}},  // covers what was there
       {"+A -A", {}},
-      {"+a.txt -A", {"a.txt"}},
       {"+A\\x.txt +A\\B -A", {}},  // something below it
       {"+A -A\\x.txt", {"A\\y.txt", "A\\B\\*"}},
-      {"+A -A\\B", {"A\\x.txt", "A\\y.txt"}},
       {"+A -A\\B\\c.txt", {"A\\x.txt", "A\\y.txt", "A\\B\\d.txt", "A\\B\\C\\*"}},
       {"+A -A\\B\\C\\e.txt", {"A\\x.txt", "A\\y.txt", "A\\B\\c.txt", "A\\B\\d.txt"}},
       {"+A -A\\B\\c.txt +A\\B\\c.txt", {"A\\*"}},  // folds again, all the way
       {"+A -A\\x.txt -A\\y.txt +A\\y.txt +A\\x.txt", {"A\\*"}},
       {"+A\\B\\c.txt +A\\B\\d.txt", {"A\\B\\c.txt", "A\\B\\d.txt"}},
       {"+A\\B\\c.txt +A\\B\\d.txt +A\\B\\C\\e.txt", {"A\\B\\*"}},
-      {"+A\\x.txt +A\\y.txt +A\\B", {"A\\*"}},
       {"+A\\x.txt +A\\y.txt +A\\B\\c.txt +A\\B\\d.txt +A\\B\\C", {"A\\*"}},
       {"+A -a\\b\\C.TXT", {"a\\x.txt", "a\\y.txt", "a\\b\\d.txt", "a\\b\\C\\*"}},
-      {"+Empty", {"Empty\\*"}},
       {"+AB +A -A\\B", {"AB\\*", "A\\x.txt", "A\\y.txt"}},  // a neighbour that begins alike
       {"+A\\x.txt -A\\x.txt -A\\x.txt", {}},
   };
@@ -228,8 +222,6 @@ TEST_F(SelectionList, TellsOnceOfEachChange) {
   list.EndUpdate();
   EXPECT_EQ(changes, 1);
   list.EndUpdate();
-  list.BeginUpdate();
-  list.EndUpdate();
   EXPECT_EQ(changes, 1);
   list.Clear();
   list.Clear();
@@ -310,19 +302,6 @@ TEST_F(SelectionList, FollowsRenamedObjects) {
   }
   list.PathWasRenamed(u"", u"x");
   EXPECT_EQ(list.GetCount(), 3);
-}
-
-TEST_F(SelectionList, ACopyHasEntriesAndSettings) {
-  Run("+gone +A");
-  list.SetFollowReparsePoint(true);
-  list.SetHandleShellLinks(true);
-  list.SetRemoveInvalidPaths(true);
-  const auto copy = TOakSelectionList::CreateCopy(list);
-  list.Clear();
-  EXPECT_THAT(copy->GetPaths().ToArray(), ElementsAre(Path("gone"), Path("A\\*")));
-  EXPECT_TRUE(copy->GetFollowReparsePoint() && copy->GetHandleShellLinks() &&
-              copy->GetRemoveInvalidPaths());
-  EXPECT_THROW(copy->Assign(nullptr), EConvertError);
 }
 
 // --- links -----------------------------------------------------------------------------

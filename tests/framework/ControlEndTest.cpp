@@ -1,189 +1,109 @@
 // Controls and forms that end in the middle of what happens to them. These tests say most under the
 // address sanitizer.
 #include "oak/framework/StdCtrls.h"
-#include "oak/framework/Timer.h"
 #include "tests/framework/ControlFixture.h"
 
 namespace oak::tests {
 namespace {
 
+using TEnd = std::function<void()>;
+
 /// One way in which a user makes an event of a control happen.
 struct TEndCase {
   const char* Name;
-  std::function<void(TWatchedControl&, std::function<void()> end)> Arrange;
+  std::function<void(TWatchedControl&, TEnd end)> Arrange;
   std::function<void(testkit::THeadlessScreen&, TWatchedControl&)> Act;
 };
 
+/// Ends it in this event.
+template <class TOwner, class TEvent>
+auto EndsIn(TEvent TOwner::*event) {
+  return
+      [event](TWatchedControl& control, TEnd end) { control.*event = [end](auto&&...) { end(); }; };
+}
+
 std::vector<TEndCase> EndCases() {
-  auto click = [](testkit::THeadlessScreen& s, TWatchedControl& c) { s->DoubleClick(c, {3, 3}); };
-  auto key = [](testkit::THeadlessScreen& s, TWatchedControl& c) {
+  using T = TWatchedControl;
+  auto click = [](testkit::THeadlessScreen& s, T& c) { s->DoubleClick(c, {3, 3}); };
+  auto key = [](testkit::THeadlessScreen& s, T& c) {
     c.SetFocus();
     s->KeyPress(u'A');
   };
+  auto leave = [](testkit::THeadlessScreen& s, T& c) {
+    s->MouseMove(c.ClientToScreen({3, 3}));
+    s->Wheel(1);
+    s->MouseMove({0, 0});
+  };
   return {
-      {"OnClick", [](TWatchedControl& c, auto end) { c.OnClick = [=](TObject*) { end(); }; },
-       click},
-      {"OnDblClick", [](TWatchedControl& c, auto end) { c.OnDblClick = [=](TObject*) { end(); }; },
-       click},
-      {"OnMouseDown",
-       [](TWatchedControl& c, auto end) {
-         c.OnMouseDown = [=](TObject*, TMouseButton, TShiftState, int, int) { end(); };
-       },
-       click},
-      {"OnMouseUp",
-       [](TWatchedControl& c, auto end) {
-         c.OnMouseUp = [=](TObject*, TMouseButton, TShiftState, int, int) { end(); };
-       },
-       click},
-      {"OnMouseMove",
-       [](TWatchedControl& c, auto end) {
-         c.OnMouseMove = [=](TObject*, TShiftState, int, int) { end(); };
-       },
-       click},
-      {"OnMouseEnter",
-       [](TWatchedControl& c, auto end) { c.OnMouseEnter = [=](TObject*) { end(); }; }, click},
-      {"OnMouseLeave",
-       [](TWatchedControl& c, auto end) { c.OnMouseLeave = [=](TObject*) { end(); }; },
-       [](testkit::THeadlessScreen& s, TWatchedControl& c) {
-         s->MouseMove(c.ClientToScreen({3, 3}));
-         s->MouseMove({0, 0});
-       }},
-      {"OnMouseWheel",
-       [](TWatchedControl& c, auto end) {
-         c.OnMouseWheel = [=](TObject*, TShiftState, int, TPoint, bool&) { end(); };
-       },
-       [](testkit::THeadlessScreen& s, TWatchedControl& c) {
-         s->MouseMove(c.ClientToScreen({3, 3}));
-         s->Wheel(1);
-       }},
-      {"OnContextPopup",
-       [](TWatchedControl& c, auto end) {
-         c.OnContextPopup = [=](TObject*, TPoint, bool&) { end(); };
-       },
-       [](testkit::THeadlessScreen& s, TWatchedControl& c) {
+      {"click", EndsIn(&T::OnClick), click},
+      {"double click", EndsIn(&T::OnDblClick), click},
+      {"mouse down", EndsIn(&T::OnMouseDown), click},
+      {"mouse up", EndsIn(&T::OnMouseUp), click},
+      {"mouse move", EndsIn(&T::OnMouseMove), click},
+      {"mouse enter", EndsIn(&T::OnMouseEnter), click},
+      {"mouse leave", EndsIn(&T::OnMouseLeave), leave},
+      {"wheel", EndsIn(&T::OnMouseWheel), leave},
+      {"menu", EndsIn(&T::OnContextPopup),
+       [](auto& s, T& c) {
          s->RightClick(c, {3, 3});
        }},
-      {"OnKeyDown",
-       [](TWatchedControl& c, auto end) {
-         c.OnKeyDown = [=](TObject*, std::uint16_t&, TShiftState) { end(); };
-       },
-       key},
-      {"OnKeyPress",
-       [](TWatchedControl& c, auto end) { c.OnKeyPress = [=](TObject*, char16_t&) { end(); }; },
-       key},
-      {"OnKeyUp",
-       [](TWatchedControl& c, auto end) {
-         c.OnKeyUp = [=](TObject*, std::uint16_t&, TShiftState) { end(); };
-       },
-       key},
-      {"OnEnter", [](TWatchedControl& c, auto end) { c.OnEnter = [=](TObject*) { end(); }; },
-       [](testkit::THeadlessScreen&, TWatchedControl& c) { c.SetFocus(); }},
-      {"OnExit", [](TWatchedControl& c, auto end) { c.OnExit = [=](TObject*) { end(); }; },
-       [](testkit::THeadlessScreen& s, TWatchedControl& c) {
+      {"key down", EndsIn(&T::OnKeyDown), key},
+      {"key press", EndsIn(&T::OnKeyPress), key},
+      {"key up", EndsIn(&T::OnKeyUp), key},
+      {"enter", EndsIn(&T::OnEnter), [](auto&, T& c) { c.SetFocus(); }},
+      {"exit", EndsIn(&T::OnExit),
+       [](auto& s, T& c) {
          c.SetFocus();
          s->KeyPress(vkTab);
        }},
-      {"OnResize", [](TWatchedControl& c, auto end) { c.OnResize = [=](TObject*) { end(); }; },
-       [](testkit::THeadlessScreen&, TWatchedControl& c) { c.SetWidth(77); }},
-      {"OnResize in a layout",
-       [](TWatchedControl& c, auto end) {
+      {"resize", EndsIn(&T::OnResize), [](auto&, T& c) { c.SetWidth(77); }},
+      {"resize in a layout",
+       [](T& c, TEnd end) {
          c.SetAlign(alTop);
-         c.OnResize = [=](TObject*) { end(); };
+         const auto arrange = EndsIn(&T::OnResize);
+         arrange(c, std::move(end));
        },
-       [](testkit::THeadlessScreen& s, TWatchedControl& c) {
-         s->ResizeWindow(*c.GetParentForm(), 300, 300);
-       }},
-      {"OnPaint",
-       [](TWatchedControl& c, auto end) {
-         c.OnPaint = [=](TObject*, TCanvas&, const TRect&) { end(); };
+       [](auto& s, T& c) { s->ResizeWindow(*c.GetParentForm(), 300, 300); }},
+      {"paint",
+       [](T& c, TEnd end) {
+         const auto arrange = EndsIn(&T::OnPaint);
+         arrange(c, std::move(end));
          c.Invalidate();
        },
-       [](testkit::THeadlessScreen& s, TWatchedControl&) { s.Drain(); }},
-      {"WndProc", [](TWatchedControl& c, auto end) { c.OnWndProc = [=](TMessage&) { end(); }; },
-       [](testkit::THeadlessScreen& s, TWatchedControl& c) {
+       [](auto& s, T&) { s.Drain(); }},
+      {"message", EndsIn(&T::OnWndProc),
+       [](auto& s, T& c) {
          c.PostMessage(FirstPrivateMessage);
          s.Drain();
        }},
-      {"CreateWnd", [](TWatchedControl& c, auto end) { c.OnCreateWnd = [=] { end(); }; },
-       [](testkit::THeadlessScreen&, TWatchedControl& c) { c.RecreateWnd(); }},
+      {"new window", EndsIn(&T::OnCreateWnd), [](auto&, T& c) { c.RecreateWnd(); }},
   };
 }
 
 class ControlEnd : public TScreenTest {};
 
-TEST_F(ControlEnd, AControlMayBeDestroyedInEachOfItsEvents) {
-  for (const TEndCase& c : EndCases()) {
-    SCOPED_TRACE(c.Name);
-    TPlainForm form;
-    auto* control = new TWatchedControl(&form);
-    auto* other = new TEdit;
-    other->SetParent(&form);
-    other->SetTop(100);
-    form.Show();
-    bool ended = false;
-    c.Arrange(*control, [&] {
-      delete control;
-      ended = true;  // the handler's own state has to outlive its control
-    });
-    c.Act(screen, *control);
-    EXPECT_TRUE(ended);
-    EXPECT_EQ(form.GetControlCount(), 1);
-    screen.Drain();
-  }
-}
-
-TEST_F(ControlEnd, AFormMayBeDestroyedInEachEventOfItsControls) {
-  for (const TEndCase& c : EndCases()) {
-    SCOPED_TRACE(c.Name);
-    auto* form = new TPlainForm;
-    auto* control = new TWatchedControl(form);
-    auto* other = new TEdit;
-    other->SetParent(form);
-    other->SetTop(100);
-    form->Show();
-    bool ended = false;
-    c.Arrange(*control, [&] {
-      if (!ended) {
-        ended = true;
-        delete form;
-      }
-    });
-    c.Act(screen, *control);
-    EXPECT_TRUE(ended);
-    EXPECT_EQ(Screen().GetFormCount(), 0);
-    screen.Drain();
-  }
-}
-
-TEST_F(ControlEnd, AFormGoesWithAllThatIsPending) {
-  for (const bool released : {false, true}) {
-    auto* form = new TPlainForm;
-    auto* timer = new TTimer(form);
-    timer->SetInterval(10);
-    int ticks = 0;
-    timer->OnTimer = [&](TObject*) { ++ticks; };
-    TLog notes;
-    auto* control = new TWatchedControl(form, &notes);
-    auto* edit = new TEdit;
-    edit->SetParent(form);
-    edit->SetTop(100);
-    form->Show();
-    edit->SetFocus();
-    screen.Advance(25);
-    EXPECT_EQ(ticks, 2);
-    screen->MouseMove(control->ClientToScreen({2, 2}));
-    screen->MouseDown();
-    ASSERT_TRUE(control->GetMouseCapture());
-    control->PostMessage(FirstPrivateMessage);
-    control->SetHint(u"hint");
-    control->SetShowHint(true);
-    released ? form->Release() : delete form;
-    screen.Advance(1000);
-    screen->MouseUp();
-    EXPECT_LE(ticks, 2);
-    EXPECT_EQ(Screen().GetFormCount(), 0);
-    EXPECT_EQ(screen->GetTimerCount(), 0u);
-  }
+TEST_F(ControlEnd, AControlOrItsFormMayBeDestroyedInEachOfItsEvents) {
+  for (const bool withForm : {false, true})
+    for (const TEndCase& c : EndCases()) {
+      SCOPED_TRACE(std::string(c.Name) + (withForm ? ", form" : ", control"));
+      auto* form = new TPlainForm;
+      auto* control = new TWatchedControl(form);
+      auto* other = new TEdit;
+      other->SetParent(form);
+      other->SetTop(100);
+      form->Show();
+      bool ended = false;
+      c.Arrange(*control, [&] {
+        if (std::exchange(ended, true)) return;
+        withForm ? delete std::exchange(form, nullptr) : delete control;
+      });
+      c.Act(screen, *control);
+      EXPECT_TRUE(ended);
+      EXPECT_EQ(Screen().GetFormCount(), withForm ? 0 : 1);
+      EXPECT_EQ(form ? form->GetControlCount() : 1, 1);
+      screen.Drain();
+      delete form;
+    }
 }
 
 TEST_F(ControlEnd, AFormMayBeDestroyedInItsOwnEvents) {

@@ -39,8 +39,6 @@ class TWatchedControl : public TCustomControl {
   }
   ~TWatchedControl() override { BeginDestroy(); }
 
-  using TCustomControl::DestroyHandle;
-
   std::function<void(TMessage&)> OnWndProc;
   std::function<void()> OnCreateWnd;
   int Painted = 0;
@@ -48,20 +46,7 @@ class TWatchedControl : public TCustomControl {
  protected:
   void CreateWnd() override {
     TCustomControl::CreateWnd();
-    Note(IsRecreating() ? "create again" : "create");
     FireEvent(OnCreateWnd);
-  }
-  void DestroyWnd() override {
-    Note(IsRecreating() ? "destroy to recreate" : "destroy");
-    TCustomControl::DestroyWnd();
-  }
-  void WMDestroy() override {
-    Note(HandleAllocated() ? "wmdestroy" : "wmdestroy without window");
-    TCustomControl::WMDestroy();
-  }
-  void WMWindowPosChanging(TRect& bounds) override {
-    ++PosChanging;
-    TCustomControl::WMWindowPosChanging(bounds);
   }
   void DoEnter() override {
     Note("enter");
@@ -82,8 +67,6 @@ class TWatchedControl : public TCustomControl {
   }
 
  public:
-  int PosChanging = 0;
-
  private:
   void Note(const std::string& text) {
     if (fLog) fLog->push_back(fName.empty() ? text : fName + " " + text);

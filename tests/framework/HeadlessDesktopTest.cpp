@@ -10,16 +10,15 @@
 namespace oak::tests {
 namespace {
 
+class HeadlessDesktop : public THeadlessTest {};
+
 using testkit::THeadlessScreen;
 
 std::uint16_t KeyA() { return u'A'; }
 
 // --- mouse -------------------------------------------------------------------
 
-TEST(HeadlessDesktop, MouseReachesTheTopmostWindowAndTheCapture) {
-  THeadlessScreen screen(FailWith);
-  TProbeForm form;
-  TLog log;
+TEST_F(HeadlessDesktop, MouseReachesTheTopmostWindowAndTheCapture) {
   TProbe low(form, {0, 0, 100, 100}, "low", &log), high(form, {50, 50, 150, 150}, "high", &log);
   form.Show();
   screen.Drain();
@@ -42,25 +41,7 @@ TEST(HeadlessDesktop, MouseReachesTheTopmostWindowAndTheCapture) {
                              "low click", "low up 60,60 left ctrl", "low keyup 17"}));
 }
 
-TEST(HeadlessDesktop, ADoubleClickIsOneByItsNameOnly) {
-  THeadlessScreen screen(FailWith);
-  TProbeForm form;
-  TLog log;
-  TProbe probe(form, {0, 0, 100, 100}, "p", &log);
-  form.Show();
-  screen->Click(probe, {1, 1});
-  screen->Click(probe, {1, 1});
-  EXPECT_EQ(std::count(log.begin(), log.end(), "p double"), 0);
-  EXPECT_EQ(std::count(log.begin(), log.end(), "p click"), 2);
-  screen->DoubleClick(probe, {1, 1});
-  EXPECT_EQ(std::count(log.begin(), log.end(), "p double"), 1);
-  EXPECT_EQ(std::count(log.begin(), log.end(), "p click"), 3);
-}
-
-TEST(HeadlessDesktop, DisabledWindowsLeaveTheMouseToWhatTheyLieIn) {
-  THeadlessScreen screen(FailWith);
-  TProbeForm form;
-  TLog log;
+TEST_F(HeadlessDesktop, DisabledWindowsLeaveTheMouseToWhatTheyLieIn) {
   TProbe outer(form, {0, 0, 100, 100}, "outer", &log);
   TProbe inner(outer, {10, 10, 50, 50}, "inner", &log);
   form.Show();
@@ -73,49 +54,9 @@ TEST(HeadlessDesktop, DisabledWindowsLeaveTheMouseToWhatTheyLieIn) {
   EXPECT_EQ(Take(log), TLog{});
 }
 
-TEST(HeadlessDesktop, RightButtonAndKeysAskForTheContextMenu) {
-  THeadlessScreen screen(FailWith);
-  TProbeForm form;
-  TLog log;
-  TProbe probe(form, {10, 10, 100, 100}, "p", &log);
-  form.Show();
-  screen->RightClick(probe, {2, 3});
-  const TPoint at = probe.ClientToScreen({2, 3});
-  EXPECT_EQ(log.back(), "p menu " + std::to_string(at.X) + "," + std::to_string(at.Y));
-  screen->KeyPress(vkApps);
-  EXPECT_EQ(log[log.size() - 2], "p menu -1,-1");
-  Take(log);
-  screen->KeyPress(vkF10, {ssShift});
-  EXPECT_EQ(std::count(log.begin(), log.end(), "p menu -1,-1"), 1);
-}
-
-TEST(HeadlessDesktop, TheWheelGoesToThePointerAndUpwardsUntilItIsUsed) {
-  THeadlessScreen screen(FailWith);
-  TProbeForm form;
-  TLog log;
-  TProbe outer(form, {0, 0, 100, 100}, "outer", &log);
-  TProbe inner(outer, {10, 10, 50, 50}, "inner", &log);
-  form.Show();
-  screen->MouseMove(inner.ClientToScreen({1, 1}));
-  Take(log);
-  inner.UsesWheel = true;
-  screen->Wheel(-2);
-  EXPECT_EQ(Take(log), TLog{"inner wheel -240"});
-  inner.UsesWheel = false;
-  outer.UsesWheel = true;
-  screen->Wheel(1);
-  EXPECT_EQ(Take(log), (TLog{"inner wheel 120", "outer wheel 120"}));
-  outer.UsesWheel = false;
-  screen->Wheel(1);
-  EXPECT_EQ(Take(log), (TLog{"inner wheel 120", "outer wheel 120"}));
-}
-
 // --- focus and keys ----------------------------------------------------------
 
-TEST(HeadlessDesktop, KeysGiveCharactersUnlessTheyAreTaken) {
-  THeadlessScreen screen(FailWith);
-  TProbeForm form;
-  TLog log;
+TEST_F(HeadlessDesktop, KeysGiveCharactersUnlessTheyAreTaken) {
   TProbe probe(form, {0, 0, 100, 100}, "p", &log);
   form.Show();
   Take(log);
@@ -132,54 +73,9 @@ TEST(HeadlessDesktop, KeysGiveCharactersUnlessTheyAreTaken) {
   EXPECT_FALSE(screen->IsKeyDown(KeyA()));
 }
 
-TEST(HeadlessDesktop, FocusFollowsTabsFormsAndTheEndOfControls) {
-  THeadlessScreen screen(FailWith);
-  TLog log;
-  TProbeForm first(u"First"), second(u"Second");
-  second.SetBounds(500, 100, 200, 200);
-  TProbe a(first, {0, 0, 50, 50}, "a", &log);
-  auto b = std::make_unique<TProbe>(first, TRect{50, 0, 100, 50}, "b", &log);
-  TProbe c(second, {0, 0, 50, 50}, "c", &log);
-  first.Show();
-  screen->KeyPress(vkTab);
-  EXPECT_TRUE(b->Focused());
-  second.Show();
-  EXPECT_TRUE(c.Focused());
-  EXPECT_FALSE(first.IsActive());
-  EXPECT_EQ(screen->GetTopWindows().back(), screen->GetActiveWindow());
-  screen->ActivateWindow(first);
-  EXPECT_TRUE(b->Focused());
-  b.reset();
-  screen.Drain();
-  EXPECT_TRUE(a.Focused());
-  first.Hide();
-  EXPECT_TRUE(c.Focused());
-  second.Hide();
-  EXPECT_EQ(screen->GetActiveWindow(), nullptr);
-  EXPECT_EQ(screen->GetFocusedWindow(), nullptr);
-}
-
-TEST(HeadlessDesktop, ADestroyedActiveFormLeavesTheKeysToTheNext) {
-  THeadlessScreen screen(FailWith);
-  TLog log;
-  TProbeForm stays(u"Stays");
-  TProbe probe(stays, {0, 0, 50, 50}, "p", &log);
-  stays.Show();
-  auto goes = std::make_unique<TProbeForm>(u"Goes");
-  goes->Show();
-  EXPECT_TRUE(goes->IsActive());
-  goes.reset();
-  screen.Drain();
-  EXPECT_TRUE(stays.IsActive());
-  EXPECT_TRUE(probe.Focused());
-}
-
 // --- messages, timers, order -------------------------------------------------
 
-TEST(HeadlessDesktop, MessagesComeBeforeInputAndPaintsComeLast) {
-  THeadlessScreen screen(FailWith);
-  TProbeForm form;
-  TLog log;
+TEST_F(HeadlessDesktop, MessagesComeBeforeInputAndPaintsComeLast) {
   TProbe probe(form, {0, 0, 100, 100}, "p", &log);
   form.Show();
   screen.Drain();
@@ -207,25 +103,7 @@ TEST(HeadlessDesktop, MessagesComeBeforeInputAndPaintsComeLast) {
   EXPECT_EQ(probe.Paints, paints + 1);
 }
 
-TEST(HeadlessDesktop, WhatWasQueuedForAWindowEndsWithIt) {
-  THeadlessScreen screen(FailWith);
-  TProbeForm form;
-  TLog log;
-  auto probe = std::make_unique<TProbe>(form, TRect{0, 0, 100, 100}, "p", &log);
-  form.Show();
-  screen.Drain();
-  const HWND handle = probe->GetHandle();
-  probe->PostMessage(FirstPrivateMessage);
-  probe.reset();
-  Take(log);
-  EXPECT_FALSE(screen->IsWindow(handle));
-  screen.Drain();
-  EXPECT_EQ(Take(log), TLog{});
-}
-
-TEST(HeadlessDesktop, TimersTickInTheOrderOfTheirTimeAndCatchUpOnce) {
-  THeadlessScreen screen(FailWith);
-  TLog log;
+TEST_F(HeadlessDesktop, TimersTickInTheOrderOfTheirTimeAndCatchUpOnce) {
   auto fast = screen->CreateTimer(30, [&] { log.push_back("fast"); });
   auto slow = screen->CreateTimer(70, [&] { log.push_back("slow"); });
   screen.Advance(140);
@@ -242,7 +120,7 @@ TEST(HeadlessDesktop, TimersTickInTheOrderOfTheirTimeAndCatchUpOnce) {
   EXPECT_EQ(Take(log), TLog{"last"});
 }
 
-TEST(HeadlessDesktop, AnotherThreadWakesAWaitingLoop) {
+TEST(HeadlessDesktopThreads, AnotherThreadWakesAWaitingLoop) {
   THeadlessScreen screen(FailWith, false);
   std::atomic<bool> woken{false};
   bool ran = false;
@@ -259,10 +137,7 @@ TEST(HeadlessDesktop, AnotherThreadWakesAWaitingLoop) {
   EXPECT_TRUE(woken);
 }
 
-TEST(HeadlessDesktop, AnyThreadPostsToAWindow) {
-  THeadlessScreen screen(FailWith);
-  TProbeForm form;
-  TLog log;
+TEST_F(HeadlessDesktop, AnyThreadPostsToAWindow) {
   TProbe probe(form, {0, 0, 100, 100}, "p", &log);
   form.Show();
   screen.Drain();
@@ -273,8 +148,7 @@ TEST(HeadlessDesktop, AnyThreadPostsToAWindow) {
   EXPECT_EQ(Take(log), TLog{"p message 2011 5"});
 }
 
-TEST(HeadlessDesktop, WaitingUnderAVirtualClockWithNothingToWaitForReturns) {
-  THeadlessScreen screen(FailWith);
+TEST_F(HeadlessDesktop, WaitingUnderAVirtualClockWithNothingToWaitForReturns) {
   screen->WaitMessage();
   const auto timer = screen->CreateTimer(50, [] {});
   screen->WaitMessage();  // nobody advances the clock meanwhile
@@ -283,9 +157,7 @@ TEST(HeadlessDesktop, WaitingUnderAVirtualClockWithNothingToWaitForReturns) {
 
 // --- painting ----------------------------------------------------------------
 
-TEST(HeadlessDesktop, OnlyInvalidPartsOfShownWindowsArePainted) {
-  THeadlessScreen screen(FailWith);
-  TProbeForm form;
+TEST_F(HeadlessDesktop, OnlyInvalidPartsOfShownWindowsArePainted) {
   TProbe probe(form, {0, 0, 100, 100}, "p"), hidden(form, {100, 0, 200, 100}, "h");
   hidden.SetVisible(false);
   probe.SetCaption(u"abc");
@@ -316,9 +188,7 @@ TEST(HeadlessDesktop, OnlyInvalidPartsOfShownWindowsArePainted) {
   EXPECT_EQ(probe.Paints, 3);
 }
 
-TEST(HeadlessDesktop, PartialPaintsDoNotPileUp) {
-  THeadlessScreen screen(FailWith);
-  TProbeForm form;
+TEST_F(HeadlessDesktop, PartialPaintsDoNotPileUp) {
   TProbe probe(form, {0, 0, 300, 200}, "p");
   form.Show();
   for (int i = 0; i < 3'000; ++i) {
@@ -326,93 +196,6 @@ TEST(HeadlessDesktop, PartialPaintsDoNotPileUp) {
     screen->Paint();
   }
   EXPECT_LT(screen->WindowOf(probe)->GetDrawing().size(), 600u);
-}
-
-// --- windows that end in their own handlers ----------------------------------
-
-TEST(HeadlessDesktop, AControlMayEndInAnyOfItsHandlers) {
-  const char* const lines[] = {"move 5,5", "down 5,5 left", "enter",    "click",    "up 5,5 left",
-                               "double",   "key 65",        "char a",   "keyup 65", "wheel 120",
-                               "leave",    "menu ",         "message ", "exit"};
-  for (const char* line : lines) {
-    SCOPED_TRACE(line);
-    THeadlessScreen screen(FailWith);
-    TProbeForm form;
-    TProbe other(form, {200, 0, 250, 50}, "other");
-    auto probe = std::make_unique<TProbe>(form, TRect{0, 0, 100, 100}, "p");
-    bool met = false;
-    probe->OnLine = [&](const std::string& found) {
-      if (met || !found.starts_with(line)) return;
-      met = true;
-      probe.reset();
-    };
-    form.Show();
-    const TPoint at = form.ClientToScreen({5, 5});
-    screen->SetAutoRun(false);
-    screen->Click(at);
-    screen->DoubleClick(at);
-    screen->KeyPress(KeyA());
-    screen->MouseMove(at);
-    screen->Wheel(1);
-    screen->RightClick(at);
-    screen->Later([&] {
-      if (probe) probe->PostMessage(FirstPrivateMessage);
-    });
-    screen->KeyPress(vkTab);
-    screen->MouseMove(form.ClientToScreen({220, 20}));
-    screen.Drain();
-    EXPECT_TRUE(met);
-    EXPECT_EQ(probe, nullptr);
-  }
-}
-
-TEST(HeadlessDesktop, AFormMayEndInTheHandlersOfItsControls) {
-  for (const char* line : {"down 5,5 left", "click", "key 65", "enter", "menu ", "wheel 120"}) {
-    SCOPED_TRACE(line);
-    THeadlessScreen screen(FailWith);
-    auto form = std::make_unique<TProbeForm>();
-    auto* const probe = new TProbe(*form, TRect{0, 0, 100, 100}, "p");  // the form's
-    probe->OnLine = [&](const std::string& found) {
-      if (found.starts_with(line)) form.reset();
-    };
-    form->Show();
-    if (form) {
-      const TPoint at = form->ClientToScreen({5, 5});
-      screen->Click(at);
-      screen->KeyPress(KeyA());
-      screen->Wheel(1);
-      screen->RightClick(at);
-    }
-    EXPECT_EQ(form, nullptr);
-    EXPECT_EQ(screen->GetWindowCount(), 0u);
-  }
-}
-
-TEST(HeadlessDesktop, AWindowMadeAnewInItsHandlersKeepsWorking) {
-  for (const char* line : {"move 5,5", "down 5,5 left", "click", "key 65", "char a", "wheel 120"}) {
-    SCOPED_TRACE(line);
-    THeadlessScreen screen(FailWith);
-    TProbeForm form;
-    TLog log;
-    TProbe probe(form, {0, 0, 100, 100}, "p", &log);
-    int made = 0;
-    probe.OnLine = [&](const std::string& found) {
-      if (made > 0 || !found.starts_with(line)) return;
-      ++made;
-      probe.RecreateWnd();
-    };
-    form.Show();
-    const TPoint at = form.ClientToScreen({5, 5});
-    for (int round = 0; round < 2; ++round) {
-      screen->Click(at);
-      probe.SetFocus();
-      screen->KeyPress(KeyA());
-      screen->Wheel(1);
-    }
-    EXPECT_EQ(made, 1);
-    EXPECT_GE(std::count(log.begin(), log.end(), "p click"), 1);
-    EXPECT_TRUE(probe.Focused());
-  }
 }
 
 // --- scroll bars -------------------------------------------------------------
@@ -429,8 +212,7 @@ class TScrolled final : public THeadlessWindow {
   int GetPosition() const { return GetScrollInfo(sbVertical).Position; }
 };
 
-TEST(HeadlessDesktop, AScrollBarMovesByArrowsPagesThumbAndWheel) {
-  THeadlessScreen screen(FailWith);
+TEST_F(HeadlessDesktop, AScrollBarMovesByArrowsPagesThumbAndWheel) {
   TScrolled window(screen.Desktop());
   EXPECT_EQ(window.GetClientRect(), TRect(0, 0, 100, 134));
   const auto click = [&](int y) {

@@ -10,11 +10,6 @@ using testkit::THeadlessScreen;
 
 constexpr DWORD Copy = 1, Move = 2;
 
-/// Carries nothing: who drags what is not the desktop's business.
-class TData : public TEmptyDataObject<> {
- public:
-};
-
 /// The usual rules of a source, written down.
 class TSource : public TInterfacedObject<IDropSource> {
  public:
@@ -93,7 +88,8 @@ struct TDragFixture {
     Screen.Drain();
   }
   void Begin() {
-    const auto data = Ref<IDataObject>::Adopt(new TData);
+    // Who drags what is not the desktop's business.
+    const auto data = Ref<IDataObject>::Adopt(new TEmptyDataObject<>);
     const auto source = Ref<IDropSource>::Adopt(new TSource(Log));
     Result = Screen->DoDragDrop(Left, data.Get(), source.Get(), Copy | Move, &Effect);
   }
@@ -124,29 +120,6 @@ TEST(HeadlessDrag, EntersPassesOverAndDrops) {
   f.Screen->Click({5, 5});
   f.Screen.Drain();
   EXPECT_EQ(std::count(lines.begin(), lines.end(), "click"), 1);
-}
-
-TEST(HeadlessDrag, EscapeCancelsAndRefusalsDropNothing) {
-  TDragFixture f;
-  f.Screen->SetAutoRun(false);
-  f.Screen->MouseMove({10, 10});
-  f.Screen->MouseDown();
-  f.Screen->MouseMove({110, 50});
-  f.Screen->MouseMove({111, 50});
-  f.Screen->KeyPress(vkEscape);
-  f.Screen->MouseUp();
-  f.Screen.Drain();
-  EXPECT_EQ(f.Result, DRAGDROP_S_CANCEL);
-  EXPECT_EQ(f.Effect, 0u);
-  EXPECT_EQ(f.Log.back(), "middle leave");
-  EXPECT_EQ(f.Count("middle drop 0 111,50"), 0);
-
-  f.Drags = 0;
-  f.Screen->SetAutoRun(true);
-  f.Screen->Drag({10, 10}, {250, 50});
-  EXPECT_EQ(f.Result, DRAGDROP_S_DROP);
-  EXPECT_EQ(f.Effect, 0u);
-  EXPECT_EQ(f.Log.back(), "right leave");
 }
 
 TEST(HeadlessDrag, KeysAndTimeAreTold) {
@@ -196,12 +169,6 @@ TEST(HeadlessDrag, ADragThatNobodyEndsIsCancelledAsAFault) {
             std::vector<TString>{u"The drag waits for input that nobody gives."});
   f.Screen->ClearComplaints();
   f.Screen->MouseUp();
-}
-
-TEST(HeadlessDrag, TargetsAreReleasedWithTheirWindows) {
-  TDragFixture f;
-  f.Middle.reset();
-  EXPECT_EQ(f.MiddleTarget.Detach()->Release(), 0u);
 }
 
 }  // namespace

@@ -6,9 +6,11 @@
 namespace oak::tests {
 namespace {
 
+class HeadlessEdit : public THeadlessTest {};
+
 using testkit::THeadlessScreen;
 
-TEST(HeadlessEdit, KeysChangeTheText) {
+TEST_F(HeadlessEdit, KeysChangeTheText) {
   struct TCase {
     const char* Name;
     TString Before;
@@ -62,14 +64,13 @@ TEST(HeadlessEdit, KeysChangeTheText) {
   };
   for (const TCase& test : cases) {
     SCOPED_TRACE(test.Name);
-    THeadlessScreen screen(FailWith);
-    TProbeForm form;
     TEdit edit;
     edit.SetParent(&form);
     edit.SetText(test.Before);
     int changes = 0;
     edit.OnChange = [&](TObject*) { ++changes; };
     form.Show();
+    edit.SetFocus();
     edit.SelectText(test.Caret, 0);
     test.Act(screen.Desktop());
     EXPECT_EQ(edit.GetText(), test.After);
@@ -79,32 +80,7 @@ TEST(HeadlessEdit, KeysChangeTheText) {
   }
 }
 
-TEST(HeadlessEdit, LimitsAndReadOnly) {
-  THeadlessScreen screen(FailWith);
-  TProbeForm form;
-  TEdit edit;
-  edit.SetParent(&form);
-  edit.SetMaxLength(3);
-  form.Show();
-  screen->TypeText(u"abcd");
-  EXPECT_EQ(edit.GetText(), u"abc");
-  screen->SetClipboardText(u"xy\U0001F600");
-  edit.SelectAll();
-  screen->KeyPress(u'V', {ssCtrl});
-  EXPECT_EQ(edit.GetText(), u"xy");  // no half of a pair
-  edit.SetReadOnly(true);
-  screen->TypeText(u"z");
-  edit.SelectAll();
-  screen->KeyPress(u'X', {ssCtrl});
-  EXPECT_EQ(edit.GetText(), u"xy");
-  TString copied;
-  EXPECT_TRUE(screen->GetClipboardText(&copied));
-  EXPECT_EQ(copied, u"xy");
-}
-
-TEST(HeadlessEdit, TheMousePlacesTheCaretAndSelects) {
-  THeadlessScreen screen(FailWith);
-  TProbeForm form;
+TEST_F(HeadlessEdit, TheMousePlacesTheCaretAndSelects) {
   TEdit edit;
   edit.SetParent(&form);
   edit.SetText(u"abcdef");
@@ -121,9 +97,7 @@ TEST(HeadlessEdit, TheMousePlacesTheCaretAndSelects) {
   EXPECT_EQ(edit.GetSelText(), u"abcdef");
 }
 
-TEST(HeadlessEdit, AMemoHasLines) {
-  THeadlessScreen screen(FailWith);
-  TProbeForm form;
+TEST_F(HeadlessEdit, AMemoHasLines) {
   TMemo memo;
   memo.SetParent(&form);
   memo.SetBounds(0, 0, 200, 64);
@@ -144,9 +118,7 @@ TEST(HeadlessEdit, AMemoHasLines) {
   EXPECT_EQ(page, 4);
 }
 
-TEST(HeadlessEdit, ItMayEndInItsOwnChange) {
-  THeadlessScreen screen(FailWith);
-  TProbeForm form;
+TEST_F(HeadlessEdit, ItMayEndInItsOwnChange) {
   auto edit = std::make_unique<TEdit>();
   edit->SetParent(&form);
   edit->OnChange = [&](TObject*) { edit.reset(); };
@@ -201,30 +173,6 @@ TEST(HeadlessCombo, TheListIsWorkedByTheMouse) {
   f.Screen->Click({900, 900});
   EXPECT_EQ(Take(f.Log), (TLog{"drop", "close"}));
   EXPECT_EQ(f.Screen->GetTopWindows().size(), 1u);
-}
-
-TEST(HeadlessCombo, KeysChooseAndType) {
-  TComboFixture f;
-  f.Screen->KeyPress(vkDown);
-  f.Screen->KeyPress(vkDown);
-  EXPECT_EQ(Take(f.Log), (TLog{"select 0", "select 1"}));
-  f.Screen->KeyPress(vkDown, {ssAlt});
-  f.Screen->KeyPress(vkNext);
-  f.Screen->KeyPress(vkEscape);
-  EXPECT_EQ(f.Combo.GetItemIndex(), 1);
-  f.Screen->KeyPress(vkF4);
-  f.Screen->KeyPress(vkDown);
-  f.Screen->KeyPress(vkReturn);
-  EXPECT_EQ(Take(f.Log), (TLog{"drop", "close", "drop", "close", "select 2"}));
-  f.Combo.SelectAll();
-  f.Screen->TypeText(u"x");
-  EXPECT_EQ(Take(f.Log), TLog{"change"});
-  EXPECT_EQ(f.Combo.GetText(), u"x");
-  EXPECT_EQ(f.Combo.GetItemIndex(), -1);
-  f.Combo.SetReadOnly(true);
-  f.Combo.SetFocus();
-  f.Screen->TypeText(u"y");
-  EXPECT_EQ(f.Combo.GetText(), u"x");
 }
 
 TEST(HeadlessCombo, TheListClosesWithTheFocusTheComboAndTheForm) {

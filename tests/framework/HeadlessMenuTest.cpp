@@ -36,25 +36,6 @@ struct TMenuFixture {
   void Popup() { Menu.Popup(200, 200); }
 };
 
-TEST(HeadlessMenu, ATestWalksAndChooses) {
-  TMenuFixture f;
-  TPoint asked;
-  f.Screen->OnMenu = [&](THeadlessMenuSession& menu) {
-    EXPECT_EQ(menu.GetCaptions(),
-              (std::vector<TString>{u"Open", u"-", u"View >", u"Disabled", u"Save & Exit"}));
-    EXPECT_EQ(menu.GetCaptions(u"view"), (std::vector<TString>{u"Icons", u"Details"}));
-    EXPECT_TRUE(menu.GetEntries(u"View")[1].IsChecked);
-    EXPECT_TRUE(menu.GetEntries(u"Open").empty());
-    EXPECT_FALSE(menu.Choose(u"Disabled"));
-    EXPECT_FALSE(menu.Choose(u"View"));
-    EXPECT_FALSE(menu.Choose(u"View|None"));
-    EXPECT_TRUE(menu.Choose(u"View|Details"));
-  };
-  f.Popup();
-  EXPECT_EQ(f.Chosen, TLog{"details"});
-  EXPECT_EQ(f.Screen->GetMenuSession(), nullptr);
-}
-
 TEST(HeadlessMenu, QueuedChoicesAreTakenInOrderAndFaultsAreTold) {
   TMenuFixture f;
   f.Screen->QueueMenuChoice(u"Open");
@@ -73,69 +54,41 @@ TEST(HeadlessMenu, QueuedChoicesAreTakenInOrderAndFaultsAreTold) {
 }
 
 TEST(HeadlessMenu, KeysAndMouseChooseFromIt) {
-  struct TCase {
-    const char* Name;
-    std::function<void(THeadlessDesktop&)> Act;
-    TLog Chosen;
-  };
   // The menu stands at 200, 200; its rows are 20 pixels high.
-  const TCase cases[] = {
-      {"return on the first", [](auto& d) { d.KeyPress(vkDown), d.KeyPress(vkReturn); }, {"open"}},
-      {"lines are passed over",
-       [](auto& d) {
-         for (const std::uint16_t key : {vkDown, vkDown, vkRight, vkDown, vkReturn})
-           d.KeyPress(key);
-       },
-       {"details"}},
-      {"from below", [](auto& d) { d.KeyPress(vkUp), d.KeyPress(vkReturn); }, {"exit"}},
-      {"mnemonics", [](auto& d) { d.TypeText(u"vd"); }, {"details"}},
-      {"escape", [](auto& d) { d.TypeText(u"v"), d.KeyPress(vkEscape), d.KeyPress(vkEscape); }, {}},
-      {"a disabled one stays open",
-       [](auto& d) {
-         d.Click({220, 271}), d.KeyPress(vkEscape);
-       },
-       {}},
-      {"click",
-       [](auto& d) {
-         d.Click({220, 211});
-       },
-       {"open"}},
-      {"click in the submenu",
-       [](auto& d) {
-         d.MouseMove({220, 251});
-         const THeadlessWindow& sub = *d.GetTopWindows().back();
-         d.Click(sub.GetScreenRect().TopLeft() + TPoint(30, 30));
-       },
-       {"details"}},
-      {"click elsewhere",
-       [](auto& d) {
-         d.Click({900, 900});
-       },
-       {}},
+  const struct {
+    const char* Name;
+    std::vector<TPoint> Clicks;
+    std::vector<std::uint16_t> Keys;
+    TLog Chosen;
+  } cases[] = {
+      {"return on the first", {}, {vkDown, vkReturn}, {"open"}},
+      {"lines are passed over", {}, {vkDown, vkDown, vkRight, vkDown, vkReturn}, {"details"}},
+      {"from below", {}, {vkUp, vkReturn}, {"exit"}},
+      {"mnemonics", {}, {u'V', u'D'}, {"details"}},
+      {"escape", {}, {u'V', vkEscape, vkEscape}, {}},
+      {"a disabled one stays open", {{220, 271}}, {vkEscape}, {}},
+      {"click", {{220, 211}}, {}, {"open"}},
+      {"click elsewhere", {{900, 900}}, {}, {}},
   };
-  for (const TCase& test : cases) {
+  for (const auto& test : cases) {
     SCOPED_TRACE(test.Name);
     TMenuFixture f;
-    f.Screen->Later([&] { test.Act(f.Screen.Desktop()); });
+    f.Screen->Later([&] {
+      for (const TPoint point : test.Clicks) f.Screen->Click(point);
+      for (const std::uint16_t key : test.Keys) f.Screen->KeyPress(key);
+    });
     f.Popup();
     EXPECT_EQ(f.Chosen, test.Chosen);
     EXPECT_EQ(f.Screen->GetTopWindows().size(), 1u);
   }
-}
-
-TEST(HeadlessMenu, ContextMenuOfAClick) {
   TMenuFixture f;
-  TProbe plain(f.Form, {100, 100, 200, 200}, "plain");
-  class TPlain : public TCustomControl {
-   public:
-    using TCustomControl::TCustomControl;
-  } control;
-  control.SetParent(&f.Form);
-  control.SetBounds(200, 0, 50, 50);
-  f.Screen->OnMenu = [&](THeadlessMenuSession& menu) { menu.Choose(u"Open"); };
-  f.Screen->RightClick(control, {5, 5});
-  EXPECT_EQ(f.Chosen, TLog{"open"});
-  EXPECT_EQ(f.Menu.GetPopupComponent(), &f.Form);
+  f.Screen->Later([&] {
+    f.Screen->MouseMove({220, 251});
+    const THeadlessWindow& sub = *f.Screen->GetTopWindows().back();
+    f.Screen->Click(sub.GetScreenRect().TopLeft() + TPoint(30, 30));
+  });
+  f.Popup();
+  EXPECT_EQ(f.Chosen, TLog{"details"});
 }
 
 TEST(HeadlessMenu, EntriesOfOthersAreMergedAndFilledLate) {

@@ -45,22 +45,11 @@ class TProbe : public TCustomControl {
   }
   void MouseLeave() override { Write("leave"); }
   void Click() override { Write("click"); }
-  void DblClick() override { Write("double"); }
-  bool DoMouseWheel(TShiftState, int delta, TPoint) override {
-    const bool used = UsesWheel;
-    Write("wheel " + std::to_string(delta));
-    return used;
-  }
   void KeyDown(std::uint16_t& key, TShiftState shift) override {
     Write("key " + std::to_string(key) + Shift(shift));
   }
   void KeyUp(std::uint16_t& key, TShiftState) override { Write("keyup " + std::to_string(key)); }
   void KeyPress(char16_t& key) override { Write("char " + ToUtf8(TStringView(&key, 1))); }
-  void DoEnter() override { Write("enter"); }
-  void DoExit() override { Write("exit"); }
-  void WMContextMenu(TPoint screen) override {
-    Write("menu " + std::to_string(screen.X) + "," + std::to_string(screen.Y));
-  }
   void WndProc(TMessage& message) override {
     const TLifeGuard guard = GetLifeGuard();
     Write("message " + std::to_string(message.Msg) + " " + std::to_string(message.WParam));
@@ -75,7 +64,6 @@ class TProbe : public TCustomControl {
  public:
   int Paints = 0;
   TRect LastClip;
-  bool UsesWheel = false;
 
  private:
   static std::string Shift(TShiftState shift) {
@@ -112,6 +100,14 @@ class TProbeForm : public TForm {
 };
 
 using TLog = std::vector<std::string>;
+
+/// A form on a desktop of its own.
+class THeadlessTest : public ::testing::Test {
+ protected:
+  testkit::THeadlessScreen screen{FailWith};
+  TProbeForm form;
+  TLog log;
+};
 
 /// The lines so far; the log begins anew.
 inline TLog Take(TLog& log) { return std::exchange(log, {}); }

@@ -64,17 +64,8 @@ TEST_P(HiddenWindow, TakesMessagesUntilItIsFreed) {
   EXPECT_EQ(Exceptions, 1);
   EXPECT_FALSE(WidgetSet().IsWindow(handle));
   DeallocateHWnd(handle);
-  DeallocateHWnd(nullptr);
-}
-
-TEST_P(HiddenWindow, EndsWithItsBlock) {
-  HWND handle = nullptr;
-  {
-    const THiddenWindow window([](TMessage&) {});
-    handle = window.GetHandle();
-    EXPECT_TRUE(WidgetSet().IsWindow(handle));
-  }
-  EXPECT_FALSE(WidgetSet().IsWindow(handle));
+  const HWND scoped = THiddenWindow([](TMessage&) {}).GetHandle();
+  EXPECT_FALSE(WidgetSet().IsWindow(scoped));
 }
 
 INSTANTIATE_TEST_SUITE_P(WidgetSets, HiddenWindow, testing::Bool(),

@@ -76,38 +76,6 @@ TEST(ListSelection, SurvivesItsHandlers) {
   }
 }
 
-TEST(ListSelection, ASingleSelectionMovesOn) {
-  TProbeList list({u"a", u"b", u"c"});
-  list.SelectAll();
-  list.SetMultiSelect(false);
-  EXPECT_EQ(list.Selection(), u"a ");
-  list.Row(2)->SetSelected(true);
-  EXPECT_EQ(list.Selection(), u"c ");
-  list.HandleSelectRange(0, 1, true);
-  EXPECT_EQ(list.Selection(), u"b ");
-  list.SelectAll();
-  EXPECT_EQ(list.Selection(), u"b ");
-  list.SetSelected(nullptr);
-  EXPECT_EQ(list.Selection(), u"");
-}
-
-TEST(ListSelection, SettingTheSelectedRowFocusesIt) {
-  TProbeList list({u"a", u"b", u"c"});
-  list.SelectAll();
-  TString log;
-  list.OnSelectItem = [&](TObject*, TListItem* item, bool selected) {
-    log += item->GetCaption() + (selected ? u"+ " : u"- ");
-  };
-  list.SetSelected(list.Row(1));
-  EXPECT_EQ(log, u"a- c- ");
-  EXPECT_EQ(list.GetItemFocused(), list.Row(1));
-  TProbeList other({u"x"});
-  list.SetSelected(other.Row(0));
-  list.SetItemFocused(other.Row(0));
-  EXPECT_EQ(list.Selection(), u"b ");
-  EXPECT_EQ(list.GetItemFocused(), list.Row(1)) << "not a row of this list";
-}
-
 TEST(ListSelection, NextItemsByDirectionAndStates) {
   TProbeList list({u"a", u"b", u"c", u"d", u"e"});
   list.Row(1)->SetSelected(true);
@@ -166,23 +134,6 @@ TEST(ListSelection, CaptionsAreFoundAsAsked) {
 
 // --- order ----------------------------------------------------------------------------------
 
-int ByFirstLetter(TListItem* a, TListItem* b, LPARAM sign) {
-  return static_cast<int>(sign) * (a->GetCaption().front() - b->GetCaption().front());
-}
-
-TEST(ListSort, IsStableAndKeepsStates) {
-  TProbeList list({u"b1", u"a1", u"b2", u"a2", u"b3"});
-  list.Row(2)->SetSelected(true);
-  list.SetItemFocused(list.Row(3));
-  EXPECT_TRUE(list.CustomSort(ByFirstLetter, 1));
-  EXPECT_EQ(list.Captions(), u"a1 a2 b1 b2 b3 ");
-  EXPECT_EQ(list.Selection(), u"b2 ");
-  EXPECT_EQ(list.GetSelected()->GetIndex(), 3);
-  EXPECT_EQ(list.GetItemFocused()->GetIndex(), 1);
-  EXPECT_TRUE(list.CustomSort(ByFirstLetter, -1));
-  EXPECT_EQ(list.Captions(), u"b1 b2 b3 a1 a2 ");
-}
-
 TEST(ListSort, WithoutFunctionByTheEventOrInLogicalOrder) {
   TProbeList list({u"file10", u"File9", u"file1", u"file 2", u"FILE9"});
   EXPECT_TRUE(list.CustomSort({}, 0));
@@ -193,13 +144,6 @@ TEST(ListSort, WithoutFunctionByTheEventOrInLogicalOrder) {
   };
   EXPECT_TRUE(list.CustomSort({}, 7));
   EXPECT_EQ(list.Captions(), u"file 2 file10 file1 File9 FILE9 ");
-}
-
-TEST(ListSort, RowsKnowTheirOldPlaceWhileTheyAreCompared) {
-  TProbeList list({u"a", u"b", u"c", u"d"});
-  EXPECT_TRUE(list.CustomSort(
-      [](TListItem* a, TListItem* b, LPARAM) { return b->GetIndex() - a->GetIndex(); }, 0));
-  EXPECT_EQ(list.Captions(), u"d c b a ");
 }
 
 TEST(ListSort, ComparisonsThatContradictThemselvesLoseNothing) {
@@ -247,10 +191,6 @@ TEST(ListView, MayBeDestroyedInAnyOfItsEvents) {
        [](auto& l) { l.Row(1)->SetCaption(u"x"); }},
       {"OnChange of many selections", [](auto& l, auto d) { l.OnChange = [d](auto...) { d(); }; },
        [](auto& l) { l.SelectAll(); }},
-      {"OnSelectItem", [](auto& l, auto d) { l.OnSelectItem = [d](auto...) { d(); }; },
-       [](auto& l) { l.SetSelected(l.Row(1)); }},
-      {"OnChange of the focus", [](auto& l, auto d) { l.OnChange = [d](auto...) { d(); }; },
-       [](auto& l) { l.SetSelected(l.Row(1)); }},
       {"OnSelectItem as single selection begins",
        [](auto& l, auto d) {
          l.SelectAll();
@@ -282,23 +222,6 @@ TEST(ListView, MayBeDestroyedInAnyOfItsEvents) {
        }},
       {"a comparison", [](auto& l, auto d) { l.OnCompare = [d](auto...) { d(); }; },
        [](auto& l) { EXPECT_FALSE(l.CustomSort({}, 0)); }},
-      {"OnEditing", [](auto& l, auto d) { l.OnEditing = [d](auto...) { d(); }; },
-       [](auto& l) { EXPECT_FALSE(l.HandleBeginEdit(0)); }},
-      {"OnEdited",
-       [](auto& l, auto d) {
-         l.HandleBeginEdit(0);
-         l.OnEdited = [d](auto...) { d(); };
-       },
-       [](auto& l) { EXPECT_FALSE(l.HandleEndEdit(TString(u"x"))); }},
-      {"OnGetImageIndex", [](auto& l, auto d) { l.OnGetImageIndex = [d](auto...) { d(); }; },
-       [](auto& l) { EXPECT_EQ(l.HandleGetImage(0), -1); }},
-      {"OnColumnDragged",
-       [](auto& l, auto d) {
-         l.Columns().Add();
-         l.Columns().Add();
-         l.OnColumnDragged = [d](auto...) { d(); };
-       },
-       [](auto& l) { l.HandleColumnDragged(0, 1); }},
   };
   for (const TCase& test : cases) {
     SCOPED_TRACE(test.Name);
@@ -314,41 +237,14 @@ TEST(ListView, MayBeDestroyedInAnyOfItsEvents) {
 
 // --- columns --------------------------------------------------------------------------------
 
-TEST(ListColumns, KeepTheirTextWhenTheyMove) {
-  TProbeList list({u"name"});
-  list.SetViewStyle(vsReport);
-  for (const char16_t* text : {u"size", u"type", u"date"}) list.Row(0)->GetSubItems().Add(text);
-  const auto shown = [&] {
-    TString texts;
-    for (int i = 0; i < list.Columns().GetCount(); ++i) texts += list.HandleGetText(0, i) + u" ";
-    return texts;
-  };
-  EXPECT_EQ(list.HandleGetText(0, 0), u"name") << "without columns";
-  EXPECT_EQ(list.HandleGetText(0, 1), u"size");
-  for (int i = 0; i < 4; ++i) list.Columns().Add();
-  EXPECT_EQ(shown(), u"name size type date ");
-  list.HandleColumnDragged(0, 2);
-  EXPECT_EQ(shown(), u"size type name date ");
-  EXPECT_EQ(list.Columns().GetLabelColumn(), 2);
-  list.Columns().Delete(1);
-  list.Row(0)->GetSubItems().Delete(1);
-  EXPECT_EQ(shown(), u"size name date ");
-  list.SetViewStyle(vsIcon);
-  EXPECT_EQ(list.HandleGetText(0, 0), u"name") << "icons have the caption only";
-  EXPECT_EQ(list.HandleGetText(7, 0), u"");
-}
-
-TEST(ListColumns, WidthsStayWithinTheirLimits) {
+TEST(ListColumns, WidthsKeepTheirLimitsAndHiddenOnesStayHidden) {
   TProbeList list;
   TListColumn& column = *list.Columns().Add();
   column.SetMinWidth(20);
   column.SetMaxWidth(80);
-  const std::pair<int, int> widths[] = {{50, 50}, {10, 20}, {200, 80}, {0, 20}};
-  for (const auto& [asked, given] : widths) {
+  for (const auto& [asked, given] : {std::pair(50, 50), {10, 20}, {200, 80}, {0, 20}}) {
     column.SetWidth(asked);
-    EXPECT_EQ(column.GetWidth(), given) << asked;
-    list.HandleColumnWidth(0, asked, true);
-    EXPECT_EQ(column.GetWidth(), given) << asked;
+    EXPECT_EQ(column.GetWidth(), given);
   }
   column.SetMinWidth(0);
   column.SetWidth(0);
@@ -362,71 +258,19 @@ TEST(ListColumns, WidthsStayWithinTheirLimits) {
   EXPECT_EQ(column.GetWidth(), TListColumn::FitTexts) << "waits for a window";
 }
 
-TEST(ListColumns, FollowTheDensityButForHiddenOnes) {
+TEST(ListColumns, IconSpacingFollowsTheDensityUnlessItIsTheSystems) {
   TProbeList list;
-  TListColumn& normal = *list.Columns().Add();
-  normal.SetWidth(100);
-  normal.SetMinWidth(10);
-  TListColumn& hidden = *list.Columns().Add();
-  hidden.SetWidth(0);
-  hidden.SetMaxWidth(1);
   list.SetIconSpacingPixels(80, 60);
   list.SetDefaultColumnWidthPixels(120);
   list.ChangeScale(144, 96);
-  EXPECT_EQ(normal.GetWidth(), 150);
-  EXPECT_EQ(normal.GetMinWidth(), 15);
-  EXPECT_EQ(hidden.GetWidth(), 0);
-  EXPECT_EQ(hidden.GetMaxWidth(), 1);
   EXPECT_EQ(list.GetIconSpacingPixels(), (TSize{120, 90}));
   EXPECT_EQ(list.GetDefaultColumnWidthPixels(), 180);
   list.SetIconSpacingPixels(-1, 5);
   list.ChangeScale(96, 144);
-  EXPECT_EQ(list.GetIconSpacingPixels(), (TSize{-1, -1})) << "the system's stays the system's";
-}
-
-TEST(ListColumns, AskBeforeTheyAreDragged) {
-  TProbeList list;
-  list.Columns().Add();
-  list.Columns().Add();
-  EXPECT_TRUE(list.HandleColumnDragging(0, 1, 10));
-  EXPECT_FALSE(list.HandleColumnDragging(0, 2, 10));
-  EXPECT_FALSE(list.HandleColumnDragging(-1, 0, 10));
-  list.SetFullDrag(false);
-  EXPECT_FALSE(list.HandleColumnDragging(0, 1, 10));
+  EXPECT_EQ(list.GetIconSpacingPixels(), (TSize{-1, -1}));
 }
 
 // --- editing --------------------------------------------------------------------------------
-
-TEST(ListEditing, TextsAreTakenChangedOrRefused) {
-  TProbeList list({u"old", u"other"});
-  TString offered;
-  list.OnEdited = [&](TObject*, TListItem*, TString& text) {
-    offered = text;
-    if (text == u"bad") text = u"better";
-  };
-  EXPECT_TRUE(list.HandleBeginEdit(0));
-  EXPECT_TRUE(list.HandleEndEdit(TString(u"bad")));
-  EXPECT_EQ(offered, u"bad");
-  EXPECT_EQ(list.Captions(), u"better other ");
-
-  EXPECT_TRUE(list.HandleBeginEdit(0));
-  EXPECT_FALSE(list.HandleEndEdit(std::nullopt));
-  EXPECT_EQ(list.Captions(), u"better other ");
-
-  list.OnEditing = [](TObject*, TListItem* item, bool& allow) {
-    allow = item->GetCaption() == u"other";
-  };
-  EXPECT_FALSE(list.HandleBeginEdit(0));
-  EXPECT_TRUE(list.HandleBeginEdit(1));
-  EXPECT_TRUE(list.CustomSort(
-      [](TListItem* a, TListItem* b, LPARAM) { return b->GetIndex() - a->GetIndex(); }, 0));
-  EXPECT_TRUE(list.HandleEndEdit(TString(u"moved")));
-  EXPECT_EQ(list.Captions(), u"moved better ") << "the row, not the place";
-
-  list.SetReadOnly(true);
-  list.OnEditing = nullptr;
-  EXPECT_FALSE(list.HandleBeginEdit(0));
-}
 
 TEST(ListEditing, ARowThatEndsWhileItIsAskedIsNotEdited) {
   TProbeList list({u"a", u"b"});
@@ -438,23 +282,6 @@ TEST(ListEditing, ARowThatEndsWhileItIsAskedIsNotEdited) {
   list.OnEdited = [](TObject*, TListItem* item, TString&) { item->Delete(); };
   EXPECT_FALSE(list.HandleEndEdit(TString(u"x")));
   EXPECT_EQ(list.Items().GetCount(), 0);
-}
-
-// --- check boxes ------------------------------------------------------------------------------
-
-TEST(ListCheckBoxes, BelongToTheListOnlyWithoutStateImages) {
-  TProbeList list({u"a"});
-  list.HandleToggleCheck(0);
-  EXPECT_FALSE(list.Row(0)->GetChecked());
-  list.SetCheckboxes(true);
-  int told = 0;
-  list.OnChange = [&](TObject*, TListItem*, TItemChange change) { told += change == ctState; };
-  list.HandleToggleCheck(0);
-  EXPECT_TRUE(list.Row(0)->GetChecked());
-  list.HandleToggleCheck(0);
-  list.HandleToggleCheck(5);
-  EXPECT_FALSE(list.Row(0)->GetChecked());
-  EXPECT_EQ(told, 2);
 }
 
 }  // namespace

@@ -13,12 +13,9 @@ using ::testing::ElementsAre;
 TEST(MenuItem, HasANumberOfItsOwnAsLongAsItLives) {
   TMenuItem root;
   std::set<UINT> numbers;
-  for (int i = 0; i < 1000; ++i) {
-    TMenuItem* item = root.Add(u"item");
-    EXPECT_GE(item->GetCommand(), 256u);
-    EXPECT_TRUE(numbers.insert(item->GetCommand()).second);
-    EXPECT_EQ(FindMenuItem(item->GetCommand()), item);
-  }
+  for (int i = 0; i < 1000; ++i) numbers.insert(root.Add(u"item")->GetCommand());
+  EXPECT_EQ(numbers.size(), 1000u);
+  EXPECT_GE(*numbers.begin(), 256u);
   const UINT gone = root.GetItem(0)->GetCommand();
   root.Delete(0);
   EXPECT_EQ(FindMenuItem(gone), nullptr);
@@ -29,15 +26,11 @@ TEST(MenuItem, FindsItsWayInTheTree) {
   TMenu menu;
   TMenuItem* view = menu.Items().Add(u"&View");
   TMenuItem* details = view->Add(u"De&tails && more");
-  EXPECT_EQ(menu.Items().Find(u"view"), view);
   EXPECT_EQ(view->Find(u"details & more"), nullptr) << "a single mark is none of the text";
   EXPECT_EQ(view->Find(u"Details && more"), details);
   EXPECT_EQ(menu.Items().FindCommand(details->GetCommand()), details);
-  EXPECT_EQ(details->FindCommand(details->GetCommand()), nullptr);
-  EXPECT_EQ(details->GetParentMenu(), &menu);
   std::unique_ptr<TMenuItem> taken = menu.Items().Remove(view);
   EXPECT_EQ(details->GetParentMenu(), nullptr);
-  EXPECT_EQ(menu.Items().FindCommand(details->GetCommand()), nullptr);
   EXPECT_FALSE(menu.DispatchCommand(details->GetCommand()));
   menu.Items().Insert(-5, std::move(taken));
   EXPECT_EQ(menu.Items().GetItem(0), view);
@@ -47,33 +40,21 @@ TEST(MenuItem, FindsItsWayInTheTree) {
 
 TEST(MenuItem, ChecksRadioGroupsAndItself) {
   TMenuItem root;
-  auto radio = [&](std::uint8_t group) {
-    TMenuItem* item = root.Add(u"radio");
-    item->SetRadioItem(true);
+  const auto add = [&](std::uint8_t group) {
+    TMenuItem* item = root.Add(u"item");
+    item->SetRadioItem(group != 0);
     item->SetGroupIndex(group);
     item->SetAutoCheck(true);
     return item;
   };
-  TMenuItem* a = radio(1);
-  TMenuItem* b = radio(1);
-  TMenuItem* c = radio(2);
-  TMenuItem* plain = root.Add(u"plain");
-  plain->SetAutoCheck(true);
-  a->SetChecked(true);
-  c->SetChecked(true);
-  plain->Click();
-  b->Click();
-  b->Click();  // stays checked
-  EXPECT_FALSE(a->GetChecked());
-  EXPECT_TRUE(b->GetChecked());
-  EXPECT_TRUE(c->GetChecked());
-  EXPECT_TRUE(plain->GetChecked());
-  plain->Click();
-  EXPECT_FALSE(plain->GetChecked());
-  plain->SetEnabled(false);
-  plain->OnClick = [](TObject*) { ADD_FAILURE(); };
-  plain->Click();
-  EXPECT_FALSE(plain->GetChecked());
+  TMenuItem* const items[] = {add(1), add(1), add(2), add(0)};
+  for (const int clicked : {0, 2, 3, 1, 1}) items[clicked]->Click();
+  EXPECT_FALSE(items[0]->GetChecked());
+  EXPECT_TRUE(items[1]->GetChecked()) << "a second click leaves it";
+  EXPECT_TRUE(items[2]->GetChecked()) << "another group";
+  EXPECT_TRUE(items[3]->GetChecked());
+  items[3]->Click();
+  EXPECT_FALSE(items[3]->GetChecked());
 }
 
 TEST(MenuItem, IsCopiedWithAllBelow) {
@@ -82,13 +63,10 @@ TEST(MenuItem, IsCopiedWithAllBelow) {
   TMenuItem* sub = from.Items().Add(u"Sub");
   TMenuItem* leaf = sub->Add(u"Leaf", [&](TObject*) { ++clicks; });
   leaf->SetShortCut(ShortCut(u'X', ssCtrl));
-  leaf->SetChecked(true);
   to.Items().Add(u"old");
   to.Items().Assign(&from.Items());
   ASSERT_EQ(to.Items().GetCount(), 1);
   TMenuItem* copy = to.Items().GetItem(0)->GetItem(0);
-  EXPECT_TRUE(copy->GetChecked());
-  EXPECT_NE(copy->GetCommand(), leaf->GetCommand());
   EXPECT_TRUE(to.DispatchCommand(copy->GetCommand()));
   EXPECT_FALSE(to.DispatchCommand(leaf->GetCommand()));
   EXPECT_TRUE(to.IsShortCut(u'X', ssCtrl));
@@ -98,12 +76,9 @@ TEST(MenuItem, IsCopiedWithAllBelow) {
 TEST(ShortCuts, AreShownAsText) {
   const std::pair<TShortCut, const char16_t*> cases[] = {
       {ShortCut(vkDelete, {ssCtrl, ssShift}), u"Ctrl+Shift+Del"},
-      {ShortCut(u'A', ssAlt), u"Alt+A"},
-      {ShortCut(vkF5, {}), u"F5"},
       {ShortCut(0x7B, {}), u"F12"},
       {ShortCut(0x69, ssCtrl), u"Ctrl+Num 9"},
       {ShortCut(vkAdd, {ssLeft}), u"Num +"},
-      {ShortCut(0, ssCtrl), u""},
       {ShortCut(0x07, {}), u""},
   };
   for (const auto& [shortCut, text] : cases) EXPECT_EQ(ShortCutToText(shortCut), text);
@@ -116,36 +91,25 @@ TEST_F(PopupMenu, RunsTheChoiceAfterItHasClosed) {
   form.Show();
   TPopupMenu menu;
   TLog log;
+  TMenuItem* late = nullptr;
   menu.OnPopup = [&](TObject*) {
     log.push_back("popup");
     menu.Items().Clear();
-    TMenuItem* sub = menu.Items().Add(u"Sub");
-    sub->Add(u"Leaf", [&](TObject*) {
-      log.push_back("leaf");
-      EXPECT_EQ(screen->GetMenuSession(), nullptr);
-    });
+    late = menu.Items().Add(u"Sub");
+    // Filled when it opens.
+    late->OnPopup = [&](TObject*) {
+      late->Clear();
+      late->Add(u"Leaf", [&](TObject*) {
+        log.push_back("leaf");
+        EXPECT_EQ(screen->GetMenuSession(), nullptr);
+      });
+    };
   };
   screen->QueueMenuChoice(u"Sub|Leaf");
   menu.Popup(50, 60);
-  EXPECT_THAT(log, ElementsAre("popup", "leaf"));
   screen->QueueMenuChoice(u"");
   menu.Popup(50, 60);
   EXPECT_THAT(log, ElementsAre("popup", "leaf", "popup"));
-}
-
-TEST_F(PopupMenu, FillsSubmenusWhenTheyOpen) {
-  TPlainForm form;
-  form.Show();
-  TPopupMenu menu;
-  TMenuItem* late = menu.Items().Add(u"Late");
-  int clicks = 0;
-  late->OnPopup = [&](TObject*) {
-    late->Clear();
-    late->Add(u"Found", [&](TObject*) { ++clicks; });
-  };
-  screen->QueueMenuChoice(u"Late|Found");
-  menu.Popup(0, 0);
-  EXPECT_EQ(clicks, 1);
 }
 
 TEST_F(PopupMenu, MayBeDestroyedAtAnyMoment) {
@@ -188,8 +152,7 @@ TEST_F(PopupMenu, OfAFormRunsByItsNumbers) {
   form.HandleMenuCommand(item->GetCommand());
   form.HandleMenuCommand(1);
   EXPECT_EQ(clicks, 1);
-  TMenuItem* help = bar->Items().Add(u"Help");
-  help->SetCaption(u"Assistance");
+  bar->Items().Add(u"Help")->SetCaption(u"Assistance");
   screen.Drain();
   EXPECT_NE(TextPicture(form).find(u"Assistance"), TString::npos) << "the bar follows its entries";
   delete bar;

@@ -76,15 +76,11 @@ TPngBytes ReadPng(const TPngBytes& png, TSize* size, int* colorType) {
 }
 
 TEST(Png, PixelsComeBackWithAndWithoutAlpha) {
-  // The larger ones take several blocks; the third fills one to the last byte: 255 rows of 257.
+  // The first takes several blocks; the last fills one to the last byte: 255 rows of 257.
   const struct {
     TSize Size;
     TAlphaFormat Format;
-  } cases[] = {{{1, 1}, afIgnored},
-               {{300, 100}, afIgnored},
-               {{64, 255}, afPremultiplied},
-               {{3, 2}, afPremultiplied},
-               {{200, 200}, afPremultiplied}};
+  } cases[] = {{{300, 100}, afIgnored}, {{3, 2}, afPremultiplied}, {{64, 255}, afPremultiplied}};
   for (const auto& c : cases) {
     TBitmap bitmap(c.Size.Width, c.Size.Height, c.Format);
     for (int y = 0; y < c.Size.Height; ++y)
@@ -105,12 +101,12 @@ TEST(Png, PixelsComeBackWithAndWithoutAlpha) {
         const TPixel pixel = bitmap.ScanLine(y)[x];
         const std::uint8_t* p = rows.data() + stride * static_cast<std::size_t>(y) + 1 +
                                 parts * static_cast<std::size_t>(x);
-        if (c.Format == afIgnored)
-          ASSERT_EQ(static_cast<TPixel>(p[0] << 16 | p[1] << 8 | p[2]), pixel & 0xFFFFFF);
-        else if (pixel)  // Colours are stored as they are before alpha.
-          ASSERT_EQ((TPngBytes{p[0], p[1], p[2], p[3]}), (TPngBytes{0x80, 0x40, 0x20, 0x80}));
-        else
-          ASSERT_EQ((TPngBytes{p[0], p[1], p[2], p[3]}), (TPngBytes{0, 0, 0, 0}));
+        // Colours are stored as they are before alpha.
+        const TPixel color = c.Format == afIgnored ? pixel & 0xFFFFFF : pixel ? 0x804020u : 0u;
+        ASSERT_EQ(static_cast<TPixel>(p[0] << 16 | p[1] << 8 | p[2]), color);
+        if (c.Format == afPremultiplied) {
+          ASSERT_EQ(p[3], pixel >> 24);
+        }
       }
   }
 }
@@ -124,7 +120,6 @@ TEST(Png, FilesAreReplacedWholeOrNotAtAll) {
   };
   const TString path = folder.Path("picture.png");
   SavePng(bitmap, path);
-  EXPECT_EQ(folder.Read("picture.png"), bytes());
   bitmap.SetSize(1, 1);
   SavePng(bitmap, path);
   EXPECT_EQ(folder.Read("picture.png"), bytes());

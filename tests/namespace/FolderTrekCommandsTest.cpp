@@ -82,25 +82,6 @@ TEST_F(CursorCommands, ExtensionsMayEndTheCursorWhileTheyBuildAMenu) {
   }
 }
 
-TEST_F(CursorCommands, TheSenderIsTheOwner) {
-  TComponent owner;
-  for (TComponent* const parent : {static_cast<TComponent*>(nullptr), &owner}) {
-    auto* const cursor = new TFolderTrek(parent);
-    const std::unique_ptr<TFolderTrek> kept(cursor);
-    std::vector<const TObject*> senders;
-    cursor->OnBeforeShellCommand = [&](TObject* sender, TStringView, bool&, TCommandSource) {
-      senders.push_back(sender);
-    };
-    cursor->OnBeforeCommand = [&](TObject* sender, TBeforeCommandEventArgs& args) {
-      senders.push_back(sender);
-      args.SetCancel(true);
-    };
-    cursor->InvokeCommand(saCopy);
-    const TObject* expected = parent ? static_cast<TObject*>(parent) : cursor;
-    EXPECT_THAT(senders, ElementsAre(expected, expected));
-  }
-}
-
 TEST_F(CursorCommands, DeletingWhatCannotBeDeletedIsSilent) {
   World.Folder->Attributes = ~SFGAO_CANDELETE;
   EXPECT_FALSE(Cursor->InvokeContextMenuCommand(TShellCommand(u"Delete")));

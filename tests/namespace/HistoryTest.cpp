@@ -112,14 +112,6 @@ TEST_F(History, TellsWhetherAMoveIsPossible) {
     EXPECT_EQ(history.IsMovePossible(c.Delta), c.Possible) << c.Delta;
 }
 
-TEST_F(History, IgnoresWhatIsNoPlace) {
-  Run(u"ab<1");
-  history.Add(nullptr);
-  history.Add(NullItemIdList());
-  history.Add(TOakItemIdList::Create(folder.Path(u"missing")));
-  EXPECT_EQ(State(), "ab@0") << "what lies ahead stays, too";
-}
-
 TEST_F(History, APlaceThatIsGoneMakesRoom) {
   Run(u"a");
   Run(u"b");

@@ -10,6 +10,7 @@
 #include "oak/namespace/Oak.Shell.Types.Commands.h"
 #include "testkit/HeadlessForms.h"
 #include "testkit/OldWindows.h"
+#include "tests/MessageOf.h"
 #include "tests/namespace/FakeContextMenu.h"
 
 namespace oak::tests {
@@ -19,16 +20,6 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using testkit::TScopedApi;
-
-template <class TCall>
-TString FolderTrekErrorOf(TCall&& call) {
-  try {
-    call();
-  } catch (const EFolderTrekError& error) {
-    return error.GetMessage();
-  }
-  return u"(no EFolderTrekError)";
-}
 
 /// Keeps what ShellExecuteW was asked to start.
 struct TStarted {
@@ -139,10 +130,11 @@ TEST_F(ItemCommands, FailuresRaiseWithCodeAndName) {
   EXPECT_THROW(open(), EFolderTrekError) << "success without a menu";
 
   const TString missing = World.Files.Path(u"missing.txt");
-  const TString message =
-      FolderTrekErrorOf([&] { TOakItemIdList::Create(missing)->InvokeCommand(saCopyPath); });
+  const TString message = MessageOf<EFolderTrekError>(
+      [&] { TOakItemIdList::Create(missing)->InvokeCommand(saCopyPath); });
   EXPECT_TRUE(oak::Contains(message, missing)) << ToUtf8(message);
-  EXPECT_EQ(FolderTrekErrorOf([&] { World[u"a.txt"]->InvokeCommand(TShellCommand(u"rename")); }),
+  EXPECT_EQ(MessageOf<EFolderTrekError>(
+                [&] { World[u"a.txt"]->InvokeCommand(TShellCommand(u"rename")); }),
             u"saRename not supported. Use Rename instead.");
 }
 
@@ -160,7 +152,7 @@ TEST_F(ItemCommands, OpenACommandPromptInTheFolder) {
   EXPECT_THAT(started.Calls, ElementsAre("CMD.EXE||" + path, "CMD.EXE||" + path + "\\sub"));
   const auto computer = TOakItemIdList::CreateForSpecialFolder(SF_DRIVES, false);
   for (const TShellAction action : {saOpenCommandPrompt, saBdeUnlock})
-    EXPECT_EQ(FolderTrekErrorOf([&] { computer->InvokeCommand(action); }),
+    EXPECT_EQ(MessageOf<EFolderTrekError>([&] { computer->InvokeCommand(action); }),
               u"Only for file system objects a command promnpt can be opened.");
   EXPECT_EQ(started.Calls.size(), 2u);
 }

@@ -7,8 +7,10 @@
 #include <thread>
 #include <vector>
 
+#include "oak/namespace/FolderTrek.h"
 #include "oak/namespace/Oak.Shell.Types.h"
 #include "oak/namespace/OakItemIdList.h"
+#include "oak/namespace/Shell_Win32.h"
 #include "oak/platform/Api.h"
 #include "tests/namespace/TestFolder.h"
 
@@ -94,14 +96,28 @@ TEST_F(OakItemIdListThreads, ReadersGoOnWhileTheListIsReplaced) {
 }
 
 TEST_F(OakItemIdListThreads, SpecialFoldersAreMadeByAll) {
-  TItem::ClearCaches();
   const TString name = TItem::CreateForSpecialFolder(SF_DRIVES, false)->DisplayName(dnfInFolder);
-  OnThreads(kThreads, [&](int) {
-    for (const TOakShellFolder folder : {SF_PROFILE, SF_DRIVES, SF_DESKTOP, SF_NETWORK})
-      EXPECT_FALSE(TItem::CreateForSpecialFolder(folder, true)->IsInvalid());
+  TItem::ClearCaches();
+  OnThreads(kThreads, [&](int i) {
+    EXPECT_TRUE(Desktop());
+    for (int value = SF_BITBUCKET; value < SF_UNKNOWN; ++value)
+      TItem::CreateForSpecialFolder(static_cast<TOakShellFolder>((value + i * 7) % SF_UNKNOWN),
+                                    true);
     const auto found = TItem::CreateForSpecialFolder(name);
     EXPECT_TRUE(found && found->IsSpecialFolder(SF_DRIVES));
     EXPECT_TRUE(TItem::Parse(u"no such name at all", nullptr, false)->IsInvalid());
+  });
+}
+
+TEST_F(OakItemIdListThreads, EnumerateTheSameFolder) {
+  for (int i = 0; i < 50; ++i) fFolder.MakeFile(u"file" + IntToStr(i));
+  const auto item = TItem::Create(fFolder.Path());
+  OnThreads(kThreads, [&](int) {
+    TFolderTrek cursor;
+    cursor.SetFolderIdList(item);
+    int count = 0;
+    while (cursor.Next()) count += cursor.GetShellObjectName(true).empty() ? 0 : 1;
+    EXPECT_EQ(count, 52);
   });
 }
 

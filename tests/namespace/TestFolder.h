@@ -1,10 +1,7 @@
 // A directory of the test's own.
 #pragma once
 
-#include <filesystem>
-#include <string_view>
-
-#include "oak/base/Text.h"
+#include "tests/framework/TempFolder.h"
 
 namespace oak::tests {
 
@@ -12,25 +9,23 @@ namespace oak::tests {
 /// Windows form.
 class TTestFolder {
  public:
-  TTestFolder();
-  ~TTestFolder();
-  TTestFolder(const TTestFolder&) = delete;
-  TTestFolder& operator=(const TTestFolder&) = delete;
-
   /// Path of the directory or of something in it, as the library sees it.
-  TString Path(TStringView name = {}) const;
-  void MakeFile(TStringView name, std::string_view content = "content") const;
-  void MakeFolder(TStringView name) const;
-  bool Exists(TStringView name) const;
+  TString Path(TStringView name = {}) const {
+    const TString root = ExtractFileDir(fFolder.Path("x"));
+    return name.empty() ? root : root + u"\\" + TString(name);
+  }
+  void MakeFile(TStringView name, std::string_view content = "content") const {
+    std::ofstream(Native(name), std::ios::binary) << content;
+  }
+  void MakeFolder(TStringView name) const { std::filesystem::create_directories(Native(name)); }
+  bool Exists(TStringView name) const { return std::filesystem::exists(Native(name)); }
 
  private:
-  std::filesystem::path Native(TStringView name) const;
+  std::filesystem::path Native(TStringView name) const {
+    return fFolder.Native("") / ReplaceAll(name, u"\\", u"/");
+  }
 
-  std::filesystem::path fRoot;
+  TTempFolder fFolder;
 };
-
-/// The platform's own parts.
-std::filesystem::path NativeName(TStringView name);
-TString LibraryPath(const std::filesystem::path& native);
 
 }  // namespace oak::tests

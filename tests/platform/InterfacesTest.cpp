@@ -10,39 +10,23 @@
 namespace oak {
 namespace {
 
-struct TCondition final : TInterfacedObject<IQuerySolution, IObjectWithSite> {
-  HRESULT STDMETHODCALLTYPE MakeNot(ICondition*, BOOL, ICondition**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE MakeAndOr(CONDITION_TYPE, IEnumUnknown*, BOOL, ICondition**) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE MakeLeaf(LPCWSTR, CONDITION_OPERATION, LPCWSTR, const PROPVARIANT*,
-                                     IRichChunk*, IRichChunk*, IRichChunk*, BOOL,
-                                     ICondition**) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE Resolve(ICondition*, STRUCTURED_QUERY_RESOLVE_OPTION, const SYSTEMTIME*,
-                                    ICondition**) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE GetQuery(ICondition**, IEntity**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetErrors(REFIID, void**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetLexicalData(LPWSTR*, ITokenCollection**, LCID*,
-                                           IUnknown**) override {
-    return E_NOTIMPL;
-  }
+struct TPlace final : TInterfacedObject<IPersistFolder2, IObjectWithSite> {
+  HRESULT STDMETHODCALLTYPE GetClassID(CLSID*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Initialize(PCIDLIST_ABSOLUTE) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetCurFolder(PIDLIST_ABSOLUTE*) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE SetSite(IUnknown*) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE GetSite(REFIID, void**) override { return E_NOTIMPL; }
 };
 
 TEST(Interfaces, ObjectAnswersForAncestorsAndKeepsOneIdentity) {
-  const Ref<IQuerySolution> solution = MakeRef<TCondition>();
-  const Ref<IConditionFactory> factory = solution.As<IConditionFactory>();
-  const Ref<IObjectWithSite> site = solution.As<IObjectWithSite>();
-  ASSERT_TRUE(factory && site);
-  EXPECT_EQ(factory.Get(), solution.Get());
-  EXPECT_EQ(site.As<IUnknown>(), factory.As<IUnknown>());
-  EXPECT_FALSE(solution.As<IQueryParser>());
-  EXPECT_EQ(site.As<IQuerySolution>(), solution);
+  const Ref<IPersistFolder2> place = MakeRef<TPlace>();
+  const Ref<IPersist> ancestor = place.As<IPersist>();
+  const Ref<IObjectWithSite> site = place.As<IObjectWithSite>();
+  ASSERT_TRUE(ancestor && site);
+  EXPECT_EQ(ancestor.Get(), place.Get());
+  EXPECT_EQ(site.As<IUnknown>(), ancestor.As<IUnknown>());
+  EXPECT_FALSE(place.As<IPersistFile>());
+  EXPECT_EQ(site.As<IPersistFolder2>(), place);
 }
 
 std::string TextOf(const GUID& id) {

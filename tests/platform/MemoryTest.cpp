@@ -1,4 +1,4 @@
-// Strings and variants that cross an interface.
+// Variants that cross an interface.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -16,47 +16,6 @@ struct TCounted final : TInterfacedObject<IUnknown> {
     return Release();
   }
 };
-
-LPWSTR NewText(const TString& text) {
-  auto* copy = static_cast<WCHAR*>(CoTaskMemAlloc((text.size() + 1) * sizeof(WCHAR)));
-  std::memcpy(copy, W(text), (text.size() + 1) * sizeof(WCHAR));
-  return copy;
-}
-
-TEST(Memory, StringsKeepTheirLengthAndZeros) {
-  const TString text(u"a\0b", 3);
-  const BSTR copy = SysAllocStringLen(W(text), 3);
-  ASSERT_NE(copy, nullptr);
-  EXPECT_EQ(SysStringLen(copy), 3u);
-  EXPECT_EQ(FromW(copy, 4), TString(u"a\0b\0", 4));
-  SysFreeString(copy);
-
-  const BSTR empty = SysAllocString(W(u""));
-  ASSERT_NE(empty, nullptr);
-  EXPECT_EQ(SysStringLen(empty), 0u);
-  SysFreeString(empty);
-  EXPECT_EQ(SysAllocString(nullptr), nullptr);
-  EXPECT_EQ(SysStringLen(nullptr), 0u);
-  SysFreeString(nullptr);
-}
-
-TEST(Memory, CopiedPropertyLivesOnWhenTheFirstIsCleared) {
-  PROPVARIANT first{};
-  first.vt = VT_VECTOR | VT_LPWSTR;
-  first.calpwstr.cElems = 2;
-  first.calpwstr.pElems = static_cast<LPWSTR*>(CoTaskMemAlloc(2 * sizeof(LPWSTR)));
-  first.calpwstr.pElems[0] = NewText(u"one");
-  first.calpwstr.pElems[1] = NewText(u"two");
-  PROPVARIANT second{};
-  ASSERT_EQ(PropVariantCopy(&second, &first), S_OK);
-  EXPECT_EQ(PropVariantClear(&first), S_OK);
-  EXPECT_EQ(first.vt, VT_EMPTY);
-  ASSERT_EQ(second.calpwstr.cElems, 2u);
-  EXPECT_EQ(FromW(second.calpwstr.pElems[0]), u"one");
-  EXPECT_EQ(FromW(second.calpwstr.pElems[1]), u"two");
-  EXPECT_EQ(PropVariantClear(&second), S_OK);
-  EXPECT_EQ(PropVariantClear(&second), S_OK);  // empty: nothing to free twice
-}
 
 TEST(Memory, CopiesOfEveryPointerAreTheirOwn) {
   GUID id = FOLDERID_Desktop;

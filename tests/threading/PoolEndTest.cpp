@@ -12,6 +12,7 @@ using testing::UnorderedElementsAre;
 using testkit::TScopedApi;
 using enum TTaskStatus;
 
+/// Threads can't be ended by force here.
 class WorkerPoolEnd : public TPoolTest {
  protected:
   /// An item that sees no cancellation until the gate opens.
@@ -24,6 +25,11 @@ class WorkerPoolEnd : public TPoolTest {
                 (IsMainThread() ? " on main" : " on worker"));
     };
   }
+
+  std::vector<std::string> Messages;
+  TScopedApi<decltype(TApi::OutputDebugStringW)> Debug{
+      Api().OutputDebugStringW, [this](LPCWSTR text) { Messages.push_back(ToUtf8(FromW(text))); }};
+  TScopedApi<decltype(TApi::TerminateThread)> NoForce{Api().TerminateThread, nullptr};
 };
 
 // --- all done -------------------------------------------------------------------------
@@ -76,16 +82,7 @@ TEST_F(WorkerPoolEnd, AnItemThatFailsIsCancelledAndNotDelivered) {
 
 TEST_F(WorkerPoolEnd, WorkAddedDuringAllDoneWaitsForItsReturn) {
   TWorkerThreadPool pool(false);
-  pool.SetMinWorkerThreads(2);
-  pool.SetMaxRunningThreads(2);
-  TEvent gate(true);
-  Add(pool, Waiting(gate));
-  Add(pool, Waiting(gate));
-  ASSERT_TRUE(Clock.Settle());
-  gate.SetEvent();
-  ASSERT_TRUE(Clock.Settle());
-  ASSERT_EQ(pool.GetCount(), 2);
-  Trace.Take();
+  MakeIdle(pool, 2);
   TEvent inside;
   int calls = 0;
   pool.OnAllWorkItemsDone = [&](bool) {
@@ -203,12 +200,7 @@ TEST_F(WorkerPoolEnd, AnEndedPoolWorksAgain) {
 
 TEST_F(WorkerPoolEnd, IdleThreadsEndAtOnceAndSoDoesThePool) {
   auto pool = std::make_unique<TWorkerThreadPool>(false);
-  pool->SetMinWorkerThreads(3);
-  TEvent gate(true);
-  for (int i = 0; i < 3; ++i) Add(*pool, Waiting(gate));
-  ASSERT_TRUE(Clock.Settle());
-  gate.SetEvent();
-  ASSERT_TRUE(Clock.Settle());
+  MakeIdle(*pool, 3);
   const std::uint64_t before = Clock.GetTicks();
   pool.reset();
   EXPECT_EQ(Clock.GetTicks(), before);
@@ -225,10 +217,6 @@ TEST_F(WorkerPoolEnd, AThreadThatWaitsForTheMainThreadIsServed) {
 }
 
 TEST_F(WorkerPoolEnd, AThreadThatHangsIsGivenUp) {
-  std::vector<std::string> messages;
-  TScopedApi debug(Api().OutputDebugStringW,
-                   [&](LPCWSTR text) { messages.push_back(ToUtf8(FromW(text))); });
-  TScopedApi noForce(Api().TerminateThread, nullptr);
   TEvent gate;
   const auto item = Stubborn(gate);
   auto pool = std::make_unique<TWorkerThreadPool>(false);
@@ -241,9 +229,9 @@ TEST_F(WorkerPoolEnd, AThreadThatHangsIsGivenUp) {
   pool.reset();
   EXPECT_GE(Clock.GetTicks() - before, 3000u);
   EXPECT_LE(Clock.GetTicks() - before, 3100u);
-  ASSERT_EQ(messages.size(), 1u);
-  EXPECT_THAT(messages[0], testing::StartsWith("Terminating worker Thread with work item"));
-  EXPECT_THAT(messages[0], testing::EndsWith("TestItem the hard way."));
+  EXPECT_THAT(Messages, ElementsAre(testing::AllOf(
+                            testing::StartsWith("Terminating worker Thread with work item"),
+                            testing::EndsWith("TestItem the hard way."))));
   EXPECT_EQ(item->GetStatus(), Canceled);
   EXPECT_THAT(Trace.Take(), ElementsAre("all done, terminated on main"));
   // It comes back to a pool that is gone.
@@ -252,25 +240,10 @@ TEST_F(WorkerPoolEnd, AThreadThatHangsIsGivenUp) {
 }
 
 TEST_F(WorkerPoolEnd, AThreadWithoutWorkIsNamedByItsHandle) {
-  class THanging final : public TOakThread {
-   public:
-    explicit THanging(TEvent& gate) : fGate(gate) {}
-    ~THanging() override { Finish(); }
-    TString ClassName() const override { return u"THanging"; }
-
-   protected:
-    void Execute() override { fGate.WaitFor(); }
-
-   private:
-    TEvent& fGate;
-  };
-  TString message;
-  TScopedApi debug(Api().OutputDebugStringW, [&](LPCWSTR text) { message = FromW(text); });
-  TScopedApi noForce(Api().TerminateThread, nullptr);
   TEvent gate;
   TCustomThreadPool pool;
   pool.SetMaxTimeUntilHardTerminate(500);
-  auto* const thread = new THanging(gate);
+  auto* const thread = new TBodyThread([&](TBodyThread&) { gate.WaitFor(); });
   const auto handle =
       static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(thread->GetHandle()));
   pool.Add(thread);
@@ -279,7 +252,9 @@ TEST_F(WorkerPoolEnd, AThreadWithoutWorkIsNamedByItsHandle) {
   pool.Remove(thread);  // not over: the hard way
   EXPECT_GE(Clock.GetTicks() - before, 500u);
   EXPECT_LE(Clock.GetTicks() - before, 520u);
-  EXPECT_EQ(message, u"Terminating Thread THanging the hard way. Thread ID: " + IntToStr(handle));
+  EXPECT_THAT(Messages,
+              ElementsAre("Terminating Thread tests::TBodyThread the hard way. Thread ID: " +
+                          std::to_string(handle)));
   EXPECT_EQ(pool.GetCount(), 0);
   EXPECT_EQ(thread->GetStatus(), Canceled);
   EXPECT_EQ(thread->GetThreadPool(), nullptr);
@@ -288,8 +263,6 @@ TEST_F(WorkerPoolEnd, AThreadWithoutWorkIsNamedByItsHandle) {
 }
 
 TEST_F(WorkerPoolEnd, AClockThatFallsBackDoesNotPutOffTheEnd) {
-  TScopedApi debug(Api().OutputDebugStringW, [](LPCWSTR) {});
-  TScopedApi noForce(Api().TerminateThread, nullptr);
   TEvent gate;
   TWorkerThreadPool pool(false);
   const auto item = Stubborn(gate);
@@ -304,8 +277,6 @@ TEST_F(WorkerPoolEnd, AClockThatFallsBackDoesNotPutOffTheEnd) {
 }
 
 TEST_F(WorkerPoolEnd, AHungAllDoneDoesNotBlockThePool) {
-  TScopedApi debug(Api().OutputDebugStringW, [](LPCWSTR) {});
-  TScopedApi noForce(Api().TerminateThread, nullptr);
   TEvent gate;
   std::atomic<int> calls{0};
   TWorkerThreadPool pool(false);

@@ -81,6 +81,21 @@ class TTestItem : public TBasicWorkItem {
   const TCounted fCounted;
 };
 
+/// A thread with a body.
+class TBodyThread final : public TOakThread {
+ public:
+  explicit TBodyThread(std::function<void(TBodyThread&)> body,
+                       Ref<ICancellationIndicator> indicator = nullptr)
+      : TOakThread(std::move(indicator)), fBody(std::move(body)) {}
+  ~TBodyThread() override { Finish(); }
+
+ protected:
+  void Execute() override { fBody(*this); }
+
+ private:
+  const std::function<void(TBodyThread&)> fBody;
+};
+
 /// How busy the machine seems to be.
 class TScriptedCpu {
  public:
@@ -139,6 +154,18 @@ class TPoolTest : public ::testing::Test {
   static void Add(TWorkerThreadPool& pool, const Ref<IWorkItem>& item,
                   TPriority priority = TPriority::Normal) {
     pool.AddWorkItem(item, priority);
+  }
+  /// Gives the pool so many threads, which wait for work.
+  void MakeIdle(TWorkerThreadPool& pool, int threads) {
+    pool.SetMinWorkerThreads(threads);
+    pool.SetMaxRunningThreads(threads);
+    TEvent gate(true);
+    for (int i = 0; i < threads; ++i) Add(pool, Waiting(gate));
+    EXPECT_TRUE(Clock.Settle());
+    gate.SetEvent();
+    EXPECT_TRUE(Clock.Settle());
+    EXPECT_EQ(pool.GetCount(), threads);
+    Trace.Take();
   }
 
   testkit::TMainQueue Queue;

@@ -11,20 +11,6 @@ using testing::IsEmpty;
 using testkit::TScopedApi;
 using enum TTaskStatus;
 
-class TBodyThread final : public TOakThread {
- public:
-  explicit TBodyThread(std::function<void(TBodyThread&)> body,
-                       Ref<ICancellationIndicator> indicator = nullptr)
-      : TOakThread(std::move(indicator)), fBody(std::move(body)) {}
-  ~TBodyThread() override { Finish(); }
-
- protected:
-  void Execute() override { fBody(*this); }
-
- private:
-  const std::function<void(TBodyThread&)> fBody;
-};
-
 class OakThread : public TPoolTest {};
 
 TEST_F(OakThread, ItsStateFollowsItsLife) {
@@ -32,8 +18,6 @@ TEST_F(OakThread, ItsStateFollowsItsLife) {
   TBodyThread thread([&](TBodyThread&) { gate.WaitFor(); });
   thread.SetFreeOnTerminate(false);
   EXPECT_EQ(thread.GetStatus(), WaitingToRun);
-  thread.SetPaused(false);
-  EXPECT_EQ(thread.GetStatus(), WaitingToRun) << "only what is paused is resumed";
   thread.Start();
   EXPECT_EQ(thread.GetStatus(), Running);
   EXPECT_THROW(thread.Start(), EThread);

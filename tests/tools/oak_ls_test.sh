@@ -45,6 +45,8 @@ expect 0 'a.txt|b.md|folder.d|ä b|' --map "X=$tree/real" 'X:\'
 expect 0 'a.txt|' --map "X=$tree/link" "$tree/link/a.txt"
 expect 2 'a.txt|b.md|folder.d|ä b|' "$tree/none" "$tree/real"
 says err 'cannot find ".*none"'
+cd "$tree"
+expect 0 'a.txt|b.md|folder.d|ä b|' real
 expect 2 '' --map 'XY=/' .
 expect 2 '' --no-such-option
 expect 0 '' --json --map "X=$tree/real" --names 'X:\a.txt'

@@ -85,10 +85,10 @@ class Handles : public ::testing::Test {
   void Round(int number) {
     TFullForm form;
     form.Show();
-    screen->Pump();
+    screen->Drain();
     if (number % 4 == 1) {
       form.List.Row(1)->EditCaption();
-      screen->Pump();
+      screen->Drain();
     }
     if (number % 4 == 2) form.RecreateWnd();
     if (number % 4 == 3) {
@@ -96,7 +96,7 @@ class Handles : public ::testing::Test {
       screen->Paint();
     }
   }
-  std::unique_ptr<IScreenDriver> screen = MakeScreenDriver();
+  std::unique_ptr<IScreenDriver> screen = MakeScreen();
 };
 
 TEST_F(Handles, DoNotGrow) {
@@ -105,7 +105,7 @@ TEST_F(Handles, DoNotGrow) {
   for (int i = 0; i < warmUp; ++i) Round(i);
   const TResources before = Count();
   for (int i = 0; i < rounds; ++i) Round(i);
-  screen->Pump();
+  screen->Drain();
   EXPECT_EQ(Count(), before);
 }
 

@@ -2,34 +2,26 @@
 
 #include <gtest/gtest.h>
 
-#include "oak/base/InterfacedObject.h"
 #include "oak/framework/Forms.h"
 #include "oak/platform/portable/PortableMemory.h"
 #include "testkit/HeadlessForms.h"
+#include "tests/EmptyObjects.h"
 
 namespace oak::tests {
 namespace {
 
 /// Data with a text, or with none.
-class TTextData : public TInterfacedObject<IDataObject> {
+class TTextData : public TEmptyDataObject<> {
  public:
   explicit TTextData(TString text, bool hasText = true)
       : fText(std::move(text)), fHasText(hasText) {}
-  HRESULT GetData(FORMATETC* format, STGMEDIUM* medium) override {
+  HRESULT STDMETHODCALLTYPE GetData(FORMATETC* format, STGMEDIUM* medium) override {
     if (!fHasText || format->cfFormat != CF_UNICODETEXT) return E_NOTIMPL;
     *medium = {};
     medium->tymed = TYMED_HGLOBAL;
     medium->hGlobal = PortableGlobalCopy(fText.data(), fText.size() * sizeof(char16_t));
     return S_OK;
   }
-  HRESULT GetDataHere(FORMATETC*, STGMEDIUM*) override { return E_NOTIMPL; }
-  HRESULT QueryGetData(FORMATETC*) override { return E_NOTIMPL; }
-  HRESULT GetCanonicalFormatEtc(FORMATETC*, FORMATETC*) override { return E_NOTIMPL; }
-  HRESULT SetData(FORMATETC*, STGMEDIUM*, BOOL) override { return E_NOTIMPL; }
-  HRESULT EnumFormatEtc(DWORD, IEnumFORMATETC**) override { return E_NOTIMPL; }
-  HRESULT DAdvise(FORMATETC*, DWORD, IAdviseSink*, DWORD*) override { return E_NOTIMPL; }
-  HRESULT DUnadvise(DWORD) override { return E_NOTIMPL; }
-  HRESULT EnumDAdvise(IEnumSTATDATA**) override { return E_NOTIMPL; }
 
  private:
   const TString fText;

@@ -32,10 +32,14 @@ class LateImages : public TWin32Test {
     source->Count = std::max(source->Count, wanted + 1);
     return wanted;
   }
-  /// How many images the control itself can draw.
-  static int CountIn(TWinControl& control, UINT message, WPARAM kind) {
+  /// As many images as the control itself can draw.
+  void ExpectAfterDrawing(TWinControl& control, UINT message, WPARAM kind) {
+    Pump();
+    wanted += 3;
+    control.Invalidate();
+    ::UpdateWindow(control.GetHandle());
     const LRESULT list = ::SendMessageW(control.GetHandle(), message, kind, 0);
-    return ImageListCalls().GetImageCount(reinterpret_cast<HIMAGELIST>(list));
+    EXPECT_EQ(ImageListCalls().GetImageCount(reinterpret_cast<HIMAGELIST>(list)), wanted + 1);
   }
 
   const std::shared_ptr<TGrowingSource> source = std::make_shared<TGrowingSource>();
@@ -44,7 +48,7 @@ class LateImages : public TWin32Test {
   TTestForm form;
 };
 
-TEST_F(LateImages, AreThereWhenTheListDraws) {
+TEST_F(LateImages, AreThereWhenTheControlDraws) {
   TCustomListView list(nullptr);
   list.SetSmallImages(&images);
   list.SetLargeImages(&images);
@@ -52,30 +56,17 @@ TEST_F(LateImages, AreThereWhenTheListDraws) {
   list.OnGetImageIndex = [this](TObject*, TListItem* row) { row->SetImageIndex(Ask()); };
   list.SetBounds(0, 0, 200, 100);
   list.SetParent(&form);
-  form.Show();
-  for (const auto& [style, kind] : {std::pair(vsList, LVSIL_SMALL), {vsIcon, LVSIL_NORMAL}}) {
-    list.SetViewStyle(style);
-    Pump();
-    wanted += 3;
-    list.Invalidate();
-    ::UpdateWindow(list.GetHandle());
-    EXPECT_EQ(CountIn(list, LVM_GETIMAGELIST, static_cast<WPARAM>(kind)), wanted + 1);
-  }
-}
-
-TEST_F(LateImages, AreThereWhenTheTreeDraws) {
   TCustomTreeView tree(nullptr);
   tree.SetImages(&images);
   tree.Items().Add(nullptr, u"node");
   tree.OnGetImageIndex = [this](TObject*, TTreeNode* node) { node->SetImageIndex(Ask()); };
-  tree.SetBounds(0, 0, 200, 100);
+  tree.SetBounds(0, 110, 200, 100);
   tree.SetParent(&form);
   form.Show();
-  Pump();
-  wanted = 3;
-  tree.Invalidate();
-  ::UpdateWindow(tree.GetHandle());
-  EXPECT_EQ(CountIn(tree, TVM_GETIMAGELIST, TVSIL_NORMAL), wanted + 1);
+  ExpectAfterDrawing(tree, TVM_GETIMAGELIST, TVSIL_NORMAL);
+  ExpectAfterDrawing(list, LVM_GETIMAGELIST, LVSIL_NORMAL);
+  list.SetViewStyle(vsList);
+  ExpectAfterDrawing(list, LVM_GETIMAGELIST, LVSIL_SMALL);
 }
 
 }  // namespace

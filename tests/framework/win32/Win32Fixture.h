@@ -14,8 +14,8 @@
 #include "oak/framework/win32/Screenshot.h"
 #include "oak/framework/win32/Win32WidgetSet.h"
 #include "oak/platform/shell_api.h"
+#include "testkit/windows/OwnDesktop.h"
 #include "tests/framework/GeometryPrinting.h"
-#include "tests/framework/windows/OwnDesktop.h"
 
 namespace oak {
 namespace tests {
@@ -23,7 +23,7 @@ namespace tests {
 class TWin32Test : public ::testing::Test {
  protected:
   TWin32Test() {
-    EnterOwnDesktop();
+    testkit::EnterOwnDesktop();
     fFormer = SetWidgetSet(CreateSystemWidgetSet());
     Application().OnException = [](TObject*, const std::exception_ptr& exception) {
       ADD_FAILURE() << ToUtf8(ExceptionText(exception));
@@ -71,11 +71,6 @@ class TWin32Test : public ::testing::Test {
   static TString WindowText(HWND window) {
     TString text(256, u'\0');
     text.resize(static_cast<std::size_t>(::GetWindowTextW(window, WBuffer(text), 256)));
-    return text;
-  }
-  static TString ClassOf(HWND window) {
-    TString text(256, u'\0');
-    text.resize(static_cast<std::size_t>(::GetClassNameW(window, WBuffer(text), 256)));
     return text;
   }
   /// Keeps a picture where the developer asked for it.

@@ -1,6 +1,8 @@
 // The drawing of Windows against the library's own, and pictures that pass between both.
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "oak/framework/Bitmap.h"
 #include "oak/framework/BitmapCanvas.h"
 #include "oak/framework/GraphicsSystem.h"
@@ -78,66 +80,27 @@ int DifferentPixels(const TBitmap& a, const TBitmap& b) {
   return count;
 }
 
-void SetColours(TCanvas& canvas) {
-  canvas.GetPen().SetColor(RgbColor(255, 200, 0));
-  canvas.GetBrush().SetColor(RgbColor(10, 100, 200));
-}
-
 TEST_F(Gdi, BothCanvasesPaintTheSame) {
-  using TDraw = std::function<void(TCanvas&)>;
   const TBitmap disc = Disc(31);
   TBitmap opaque(10, 10);
   opaque.GetCanvas().GradientFill({0, 0, 10, 10}, clRed, clBlue, true);
+  const TRect box(3, 5, 20, 30);
+  const TRect large(2, 3, 32, 33);
+  const TPoint star[] = {{20, 2}, {31, 36}, {2, 15}, {38, 15}, {9, 36}};
   const struct {
     const char* Name;
-    TDraw Draw;
-    int Tolerance;
+    std::function<void(TCanvas&)> Draw;
+    int Tolerance;  ///< Of a colour; 255: of the pixels at the edges
   } cases[] = {
-      {"fill",
-       [](TCanvas& c) {
-         c.FillRect({-3, 5, 20, 100});
-       },
-       0},
-      {"frame",
-       [](TCanvas& c) {
-         c.FrameRect({3, 5, 20, 30});
-       },
-       0},
-      {"rectangle",
-       [](TCanvas& c) {
-         c.Rectangle({3, 5, 20, 30});
-       },
-       0},
-      {"rectangle without brush",
-       [](TCanvas& c) {
-         c.GetBrush().SetStyle(bsClear);
-         c.Rectangle({3, 5, 20, 30});
-         c.FillRect({0, 0, 9, 9});
-       },
-       0},
-      {"rectangle without pen",
-       [](TCanvas& c) {
-         c.GetPen().SetStyle(psClear);
-         c.Rectangle({3, 5, 20, 30});
-       },
-       0},
-      {"thick rectangle",
-       [](TCanvas& c) {
-         c.GetPen().SetWidth(3);
-         c.Rectangle({3, 5, 20, 30});
-       },
-       0},
-      {"lines",
-       [](TCanvas& c) {
-         c.MoveTo(2, 2);
-         c.LineTo(30, 2);
-         c.LineTo(30, 20);
-         c.LineTo(12, 38);
-         c.LineTo(12, 5);
-       },
-       0},
+      {"fill", [](TCanvas& c) { c.FillRect(TRect(-3, 5, 20, 100)); }, 0},
+      {"frame", [&](TCanvas& c) { c.FrameRect(box); }, 0},
+      {"rectangle", [&](TCanvas& c) { c.Rectangle(box); }, 0},
+      {"no brush", [&](TCanvas& c) { c.GetBrush().SetStyle(bsClear), c.Rectangle(box); }, 0},
+      {"no pen", [&](TCanvas& c) { c.GetPen().SetStyle(psClear), c.Rectangle(box); }, 0},
+      {"thick pen", [&](TCanvas& c) { c.GetPen().SetWidth(3), c.Rectangle(box); }, 0},
+      {"line", [](TCanvas& c) { c.MoveTo(30, 20), c.LineTo(12, 38), c.LineTo(12, 5); }, 0},
       {"clips",
-       [](TCanvas& c) {
+       [&](TCanvas& c) {
          const TClipScope outer(c, {5, 5, 30, 30});
          {
            const TClipScope inner(c, {0, 10, 15, 60});
@@ -150,58 +113,30 @@ TEST_F(Gdi, BothCanvasesPaintTheSame) {
       {"alpha and opacity", [&](TCanvas& c) { c.Draw(-4, 3, disc, 100); }, 2},
       {"opaque", [&](TCanvas& c) { c.Draw(35, 3, opaque); }, 0},
       {"opaque with opacity", [&](TCanvas& c) { c.Draw(7, 30, opaque, 128); }, 1},
-      {"stretched",
-       [&](TCanvas& c) {
-         c.StretchDraw({-5, 2, 25, 60}, disc);
-       },
-       1},
-      {"copied",
-       [&](TCanvas& c) {
-         c.CopyRect({2, 3, 12, 13}, opaque, {0, 0, 10, 10});
-       },
-       0},
-      {"copied in part and larger",
-       [&](TCanvas& c) {
-         c.CopyRect({2, 3, 32, 33}, opaque, {-5, 5, 5, 15});
-       },
-       0},
-      {"gradient",
-       [](TCanvas& c) {
-         c.GradientFill({2, 3, 32, 33}, clRed, clLime, true);
-       },
-       9},
-      {"focus",
-       [](TCanvas& c) {
-         c.DrawFocusRect({2, 3, 33, 34});
-       },
-       255},
+      {"stretched", [&](TCanvas& c) { c.StretchDraw(TRect(-5, 2, 25, 60), disc); }, 1},
+      {"copied", [&](TCanvas& c) { c.CopyRect(large, opaque, TRect(-5, 5, 5, 15)); }, 0},
+      {"gradient", [&](TCanvas& c) { c.GradientFill(large, clRed, clLime, true); }, 9},
+      {"focus", [&](TCanvas& c) { c.DrawFocusRect(large); }, 255},
+      {"star", [&](TCanvas& c) { c.GetPen().SetStyle(psClear), c.Polygon(star); }, 255},
   };
   for (const auto& c : cases) {
+    SCOPED_TRACE(c.Name);
     auto paint = [&](TCanvas& canvas) {
-      SetColours(canvas);
+      canvas.GetPen().SetColor(RgbColor(255, 200, 0));
+      canvas.GetBrush().SetColor(RgbColor(10, 100, 200));
       c.Draw(canvas);
     };
     const TBitmap gdi = PaintedByGdi({40, 40}, paint);
     const TBitmap ours = PaintedByUs({40, 40}, paint);
-    EXPECT_LE(Difference(gdi, ours), c.Tolerance) << c.Name;
-    EXPECT_GT(DifferentPixels(ours, PaintedByUs({40, 40}, [](TCanvas&) {})), 0) << c.Name;
+    EXPECT_LE(Difference(gdi, ours), c.Tolerance);
+    EXPECT_LE(DifferentPixels(gdi, ours), c.Tolerance == 255 ? 130 : 1600);
+    EXPECT_GT(DifferentPixels(ours, PaintedByUs({40, 40}, [](TCanvas&) {})), 0);
   }
-}
-
-TEST_F(Gdi, PolygonsDifferAtTheirEdgesAtMost) {
-  auto paint = [](TCanvas& canvas) {
-    SetColours(canvas);
-    canvas.GetPen().SetStyle(psClear);
-    const TPoint star[] = {{50, 5}, {78, 90}, {5, 38}, {95, 38}, {22, 90}};
-    canvas.Polygon(star);
-  };
-  EXPECT_LT(DifferentPixels(PaintedByGdi({100, 100}, paint), PaintedByUs({100, 100}, paint)), 160);
 }
 
 TEST_F(Gdi, ACanvasGivesItsContextBackAsItWas) {
   TDibSection section(20, 20);
   const HDC dc = section.GetDC();
-  ::SetTextColor(dc, RGB(1, 2, 3));
   const HGDIOBJ font = ::GetCurrentObject(dc, OBJ_FONT);
   const HGDIOBJ pen = ::GetCurrentObject(dc, OBJ_PEN);
   {
@@ -211,9 +146,7 @@ TEST_F(Gdi, ACanvasGivesItsContextBackAsItWas) {
     canvas.Rectangle({1, 1, 9, 9});
     canvas.PushClip({2, 2, 3, 3});
     canvas.TextOut(0, 0, u"x");
-    EXPECT_EQ(canvas.GetClipRect(), (TRect{2, 2, 3, 3}));
   }
-  EXPECT_EQ(::GetTextColor(dc), static_cast<COLORREF>(RGB(1, 2, 3)));
   EXPECT_EQ(::GetCurrentObject(dc, OBJ_FONT), font);
   EXPECT_EQ(::GetCurrentObject(dc, OBJ_PEN), pen);
   RECT clip{};
@@ -226,10 +159,7 @@ TEST_F(Gdi, TextLiesWhereItWasMeasured) {
   font.SetHeight(-16);
   const TString text = u"Äy Mg";
   const TSize size = TextExtent(font, text);
-  EXPECT_GT(size.Width, 16);
   EXPECT_GE(size.Height, 16);
-  EXPECT_EQ(TextExtent(font, u"").Height, size.Height);
-  EXPECT_GT(TextExtent(font, text + text).Width, size.Width);
   const TRect box(10, 10, 150, 60);
   auto paint = [&](TCanvas& canvas) {
     canvas.SetFont(font);
@@ -248,10 +178,6 @@ TEST_F(Gdi, TextLiesWhereItWasMeasured) {
     EXPECT_GT(inside, 40);
     EXPECT_EQ(outside, 0);
   }
-  const TRect wrapped =
-      MeasureText(font, {5, 5, 5 + size.Width, 6}, text + u" " + text, {tfWordBreak});
-  EXPECT_EQ(wrapped.TopLeft(), (TPoint{5, 5}));
-  EXPECT_GE(wrapped.Height(), 2 * size.Height);
 }
 
 TEST_F(Gdi, TextOnTransparentBitmapsCarriesAlpha) {
@@ -273,32 +199,24 @@ TEST_F(Gdi, TextOnTransparentBitmapsCarriesAlpha) {
 
 TEST_F(Gdi, BitmapsPassThroughHandles) {
   const TBitmap disc = Disc(21);
-  const TBitmap same = TBitmap::AdoptHandle(disc.CreateHandle());
-  EXPECT_EQ(same.GetAlphaFormat(), afPremultiplied);
-  EXPECT_TRUE(same.SameContents(disc));
+  EXPECT_TRUE(TBitmap::AdoptHandle(disc.CreateHandle()).SameContents(disc));
 
   TBitmap opaque(7, 3);
   opaque.GetCanvas().GradientFill({0, 0, 7, 3}, clRed, clBlue, false);
   const HBITMAP handle = opaque.CreateHandle();
-  const TBitmap copy = TBitmap::FromHandle(handle);
-  EXPECT_EQ(copy.GetAlphaFormat(), afIgnored);
-  EXPECT_TRUE(copy.SameContents(opaque));
+  EXPECT_TRUE(TBitmap::FromHandle(handle).SameContents(opaque));
   EXPECT_TRUE(::DeleteObject(handle)) << "the handle stayed the caller's";
-  EXPECT_EQ(TBitmap().CreateHandle(), nullptr);
-  EXPECT_TRUE(TBitmap::FromHandle(nullptr).IsEmpty());
   EXPECT_TRUE(TBitmap::AdoptHandle(reinterpret_cast<HBITMAP>(0x1234)).IsEmpty());
 
   // Straight alpha, as picture files give it, is multiplied.
   TDibSection straight(2, 1);
   straight.ScanLine(0)[0] = 0x80FF8000;
   straight.ScanLine(0)[1] = 0;
-  const TBitmap multiplied = TBitmap::FromHandle(straight.GetHandle());
-  EXPECT_EQ(multiplied.ScanLine(0)[0], 0x80804000u);
+  EXPECT_EQ(TBitmap::FromHandle(straight.GetHandle()).ScanLine(0)[0], 0x80804000u);
 
   // Two colours, bottom up, width not a multiple of anything.
   const BYTE bits[] = {0x40, 0, 0xA0, 0};
-  const HBITMAP mono = ::CreateBitmap(3, 2, 1, 1, bits);
-  const TBitmap read = TBitmap::AdoptHandle(mono);
+  const TBitmap read = TBitmap::AdoptHandle(::CreateBitmap(3, 2, 1, 1, bits));
   EXPECT_EQ(read.GetPixel(0, 0), clBlack);
   EXPECT_EQ(read.GetPixel(1, 0), clWhite);
   EXPECT_EQ(read.GetPixel(2, 1), clWhite);
@@ -337,48 +255,67 @@ TBitmap DrawnByModel(const TImageList& list, int index, int overlay) {
                      [&](TCanvas& canvas) { list.Draw(canvas, 0, 0, index, overlay); });
 }
 
-/// Half transparent, opaque and wholly transparent images, and an overlay as the last.
-void FillList(TImageList& list) {
-  list.SetSize(20, 20);
-  list.Add(Disc(20));
-  list.GetHandle();
-  TBitmap colours(40, 20);
-  colours.FillRect({0, 0, 20, 20}, clRed);
-  colours.FillRect({20, 0, 40, 20}, clLime);
-  list.Add(colours);
-  list.Add(TBitmap(20, 20, afPremultiplied));
-  TBitmap corner(20, 20, afPremultiplied);
-  corner.FillRect({0, 15, 5, 20}, clBlue);
-  list.Add(corner);
-  list.Overlay(4, 1);
-}
-
 TEST_F(Gdi, NativeListsShowTheImagesOfTheModel) {
-  TImageList list;
-  FillList(list);
-  list.Insert(1, Disc(13));
-  list.Delete(2);
-  list.Replace(0, Disc(17));
+  TBitmap images[] = {Disc(20), Disc(13), TBitmap(20, 20)};
+  images[2].Fill(clLime);
+  TImageList list(nullptr, 20, 20);
   const HIMAGELIST handle = list.GetHandle();
-  ASSERT_EQ(ImageListCalls().GetImageCount(handle), list.GetCount());
-  for (int i = 0; i < list.GetCount(); ++i)
-    EXPECT_LE(Difference(DrawnByList(list, i, 0), DrawnByModel(list, i, 0)), 3) << i;
+  std::mt19937 random(7);
+  for (int step = 0; step < 150; ++step) {
+    const int count = list.GetCount();
+    const TBitmap& image = images[random() % 3];
+    const int index = count ? static_cast<int>(random() % static_cast<unsigned>(count)) : 0;
+    const auto deed = count ? random() % 6 : 0;
+    if (deed == 0) list.Add(image);
+    if (deed == 1) list.Insert(index, image);
+    if (deed == 2) list.Replace(index, image);
+    if (deed == 3) list.Delete(index);
+    if (deed == 4) list.Overlay(index, static_cast<int>(random() % 15) + 1);
+    if (deed == 5 && step % 20 == 0) list.Clear();
+    ASSERT_EQ(ImageListCalls().GetImageCount(handle), list.GetCount()) << step;
+    // Wine draws no overlays on images with alpha.
+    const int overlay = win32::IsWine() ? 0 : static_cast<int>(random() % 16);
+    for (int i = 0; i < list.GetCount(); ++i)
+      ASSERT_LE(Difference(DrawnByList(list, i, overlay), DrawnByModel(list, i, overlay)), 3)
+          << step << ": deed " << deed << " at " << index << " of " << count << ", image " << i;
+  }
   list.SetSize(32, 32);
+  // Not in the walk: Wine's lists mix up which images have alpha when such a one is deleted.
+  list.Add(TBitmap(32, 32, afPremultiplied));
   list.Add(Disc(32));
   EXPECT_EQ(list.GetHandle(), handle) << "controls keep their handle";
-  int width = 0;
-  int height = 0;
-  ImageListCalls().GetIconSize(handle, &width, &height);
-  EXPECT_EQ(width, 32);
-  EXPECT_EQ(ImageListCalls().GetImageCount(handle), 1);
+  for (const int i : {0, 1})
+    EXPECT_LE(Difference(DrawnByList(list, i, 0), DrawnByModel(list, i, 0)), 3) << i;
 }
 
-TEST_F(Gdi, NativeListsShowTheOverlaysOfTheModel) {
-  if (win32::IsWine()) GTEST_SKIP() << "Wine draws no overlays on images with alpha";
-  TImageList list;
-  FillList(list);
-  for (int i = 0; i < list.GetCount(); ++i)
-    EXPECT_LE(Difference(DrawnByList(list, i, 1), DrawnByModel(list, i, 1)), 3) << i;
+TEST_F(Gdi, AFormerListLivesUntilItsUsersKnowTheNewOne) {
+  /// Lets go of the images as a control does it.
+  struct TUser : TComponent {
+    explicit TUser(TImageList& images) : Images(images) { FreeNotification(&images); }
+    void Notification(TComponent* component, TOperation operation) override {
+      TComponent::Notification(component, operation);
+      if (component == &Images) Seen = ImageListCalls().GetImageCount(Images.GetHandle());
+    }
+    TImageList& Images;
+    int Seen = -1;
+  };
+  auto list = std::make_unique<TImageList>(nullptr, 16, 16);
+  list->Add(Disc(16));
+  const HIMAGELIST former = list->GetHandle();
+  HIMAGELIST current = former;
+  TChangeLink link;
+  link.OnChange = [&](TObject*) {
+    EXPECT_EQ(ImageListCalls().GetImageCount(former), 1) << "still alive";
+    current = list->GetHandle();
+  };
+  list->RegisterChanges(&link);
+  list->SetColorDepth(cd24Bit);
+  EXPECT_NE(current, former);
+  EXPECT_FALSE(ImageListCalls().Destroy(former)) << "gone when all have heard";
+  const TUser user(*list);
+  list.reset();
+  EXPECT_EQ(user.Seen, 1) << "whole until then";
+  EXPECT_FALSE(ImageListCalls().Destroy(current));
 }
 
 TEST_F(Gdi, ListsOfTheSystemAreShownAndLent) {
@@ -396,16 +333,9 @@ TEST_F(Gdi, ListsOfTheSystemAreShownAndLent) {
     ASSERT_GT(list.GetCount(), info.iIcon);
     ASSERT_TRUE(list.GetBitmap(info.iIcon, image));
     EXPECT_EQ(image.GetSize(), (TSize{list.GetWidth(), list.GetHeight()}));
-    TDibSection section(list.GetWidth(), list.GetHeight());
-    section.Fill(0xFF404040u);
-    {
-      TCanvasWin32 canvas(section.GetDC());
-      list.Draw(canvas, 0, 0, info.iIcon);
-    }
-    TBitmap ours(list.GetWidth(), list.GetHeight());
-    ours.Fill(0x404040);
-    list.Draw(ours.GetCanvas(), 0, 0, info.iIcon);
-    EXPECT_LE(Difference(section.ToBitmap(), ours), 3);
+    const auto paint = [&](TCanvas& canvas) { list.Draw(canvas, 0, 0, info.iIcon); };
+    const TBitmap ours = PaintedByUs(image.GetSize(), paint);
+    EXPECT_LE(Difference(PaintedByGdi(image.GetSize(), paint), ours), 3);
     EXPECT_GT(DifferentPixels(ours, PaintedByUs(ours.GetSize(), [](TCanvas&) {})), 20);
   }
   EXPECT_GT(ImageListCalls().GetImageCount(system), 0) << "borrowed, so it lives on";
@@ -435,47 +365,6 @@ TEST_F(Gdi, IconsKeepTheirShape) {
   EXPECT_EQ(bitmap.ScanLine(2)[3], 0xFFFF0000u);
   EXPECT_EQ(bitmap.ScanLine(12)[3], 0u);
   EXPECT_TRUE(GraphicsSystem().GetIconBitmap(nullptr).IsEmpty());
-}
-
-TEST_F(Gdi, CheckBoxesDifferByStateAndHaveAnOutline) {
-  std::vector<TBitmap> boxes;
-  for (const TCheckBoxImage image :
-       {TCheckBoxImage::Unchecked, TCheckBoxImage::Checked, TCheckBoxImage::Grayed}) {
-    boxes.emplace_back(20, 20, afPremultiplied);
-    GraphicsSystem().DrawCheckBox(boxes.back(), {0, 0, 20, 20}, image, true, 96);
-    EXPECT_EQ(boxes.back().ScanLine(0)[0], 0u) << "around the box nothing is painted";
-  }
-  EXPECT_GT(DifferentPixels(boxes[0], boxes[1]), 5);
-  EXPECT_GT(DifferentPixels(boxes[1], boxes[2]), 5);
-  EXPECT_GT(DifferentPixels(boxes[0], TBitmap(20, 20, afPremultiplied)), 20);
-}
-
-TEST_F(Gdi, SystemFontsFollowTheDensity) {
-  for (const TSystemFont kind : {TSystemFont::Message, TSystemFont::IconTitle, TSystemFont::Menu}) {
-    TFont font;
-    TFont large;
-    GraphicsSystem().GetSystemFont(kind, 96, font);
-    GraphicsSystem().GetSystemFont(kind, 192, large);
-    EXPECT_EQ(large.GetPixelsPerInch(), 192);
-    EXPECT_NEAR(large.GetHeight(), 2 * font.GetHeight(), 2);
-    EXPECT_FALSE(font.GetName().empty());
-  }
-}
-
-TEST_F(Gdi, DoubleBuffersAppearAtTheEnd) {
-  TDibSection target(30, 30);
-  target.Fill(0xFF404040u);
-  {
-    const TDoubleBufferWin32 buffer(target.GetDC(), {5, 5, 15, 15});
-    TCanvasWin32 canvas(buffer.GetDC());
-    canvas.GetBrush().SetColor(clRed);
-    canvas.FillRect({0, 0, 30, 30});
-    EXPECT_EQ(target.ScanLine(7)[7], 0xFF404040u);
-  }
-  const TBitmap shown = target.ToBitmap();
-  EXPECT_EQ(shown.GetPixel(5, 14), clRed);
-  EXPECT_EQ(shown.GetPixel(4, 14), 0x404040u);
-  EXPECT_EQ(shown.GetPixel(15, 14), 0x404040u);
 }
 
 TEST_F(Gdi, ManyRoundsLeaveNoHandles) {

@@ -1,18 +1,17 @@
-// Commands of selections carried out on real files.
-#include <gmock/gmock.h>
+// Commands of selections carried out on real files, also while one platform call after the other
+// fails.
 #include <gtest/gtest.h>
 
 #include "oak/namespace/Oak.Shell.ItemIdListCollection.h"
 #include "oak/namespace/Oak.Shell.Types.h"
 #include "oak/namespace/OakItemIdList.h"
-#include "oak/namespace/Shell_Win32.Clipboard.h"
 #include "oak/platform/Api.h"
+#include "testkit/FaultInjection.h"
 #include "tests/namespace/TestFolder.h"
 
 namespace oak {
 namespace {
 
-using ::testing::UnorderedElementsAre;
 using tests::TTestFolder;
 
 class CollectionOnFiles : public ::testing::Test {
@@ -41,36 +40,36 @@ TEST_F(CollectionOnFiles, DeletesWhatLiesInSeveralFolders) {
   EXPECT_TRUE(folder.Exists(u"two"));
 }
 
-TEST_F(CollectionOnFiles, CopiesThePathsOfSeveralFolders) {
-  EXPECT_TRUE(Make({u"one\\a.txt", u"two\\deep\\c.txt"})->InvokeCommand(saCopy));
-  Ref<IDataObject> data;
-  ASSERT_EQ(Api().OleGetClipboard(data.Put()), S_OK);
-  FORMATETC format = HDropFormatEtc;
-  STGMEDIUM medium{};
-  ASSERT_EQ(data->GetData(&format, &medium), S_OK);
-  EXPECT_THAT(GetFilenamesFromHandle(medium.hGlobal),
-              UnorderedElementsAre(folder.Path(u"one\\a.txt"), folder.Path(u"two\\deep\\c.txt")));
-  Api().ReleaseStgMedium(&medium);
-  Api().OleSetClipboard(nullptr);
+/// Each question by itself, so that a failure of one does not spare the others.
+template <class TBody>
+void Documented(TBody&& body) {
+  try {
+    body();
+  } catch (const EOSError&) {
+  } catch (const EOleSysError&) {
+  } catch (const EInvalidOperation&) {
+  }
 }
 
-TEST_F(CollectionOnFiles, TheMenuOfSeveralFoldersHasTheCommonVerbs) {
-  const Ref<IContextMenu> menu = Make({u"one\\a.txt", u"two\\deep"}).As<IContextMenu>();
-  const HMENU handle = Api().CreatePopupMenu();
-  ASSERT_TRUE(SUCCEEDED(menu->QueryContextMenu(handle, 0, 1, 255, CMF_NORMAL)));
-  std::vector<std::string> verbs;
-  for (int i = 0; i < Api().GetMenuItemCount(handle); ++i) {
-    const UINT id = Api().GetMenuItemID(handle, i);
-    TString verb(64, u'\0');
-    if (id == 0 || id > 255 ||
-        FAILED(menu->GetCommandString(id - 1, GCS_VERBW, nullptr,
-                                      reinterpret_cast<CHAR*>(verb.data()), 64)))
-      continue;
-    verbs.push_back(ToUtf8(verb.c_str()));
+TEST_F(CollectionOnFiles, ObjectsOfTheShellAreThereOrRaise) {
+  for (const auto& names : {std::vector<TStringView>{u"one\\a.txt", u"one\\b.txt"},
+                            {u"one\\a.txt", u"two\\deep\\c.txt"}}) {
+    const int failed = testkit::SweepFaults([&] {
+      TOakItemIdList::ClearCaches();
+      const auto list = MakeRef<TItemIdListCollection>();
+      for (TStringView name : names) list->Add(folder.Path(name));
+      Documented([&] { EXPECT_TRUE(list->GetUIObject(IidOf<IDataObject>())); });
+      Documented([&] { EXPECT_TRUE(list->GetUIObject(IidOf<IContextMenu>())); });
+      Documented([&] { EXPECT_TRUE(list->InvokeCommandOnAll(saCopy)); });
+      // No exception may leave here.
+      const HMENU menu = Api().CreatePopupMenu();
+      list.As<IContextMenu>()->QueryContextMenu(menu, 0, 1, 255, CMF_NORMAL);
+      Api().DestroyMenu(menu);
+    });
+    EXPECT_GT(failed, 10);
   }
-  for (const char* verb : {"cut", "copy", "delete", "properties"})
-    EXPECT_THAT(verbs, ::testing::Contains(verb));
-  Api().DestroyMenu(handle);
+  TOakItemIdList::ClearCaches();
+  Api().OleSetClipboard(nullptr);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include "oak/namespace/FolderTrek.h"
 #include "oak/namespace/Oak.Shell.ControlHelper.h"
 #include "oak/namespace/OakItemIdList.h"
-#include "testkit/CallCounter.h"
 #include "testkit/ManualWorkerPool.h"
 #include "testkit/ScopedHost.h"
 #include "testkit/VirtualClock.h"
@@ -122,17 +121,6 @@ TEST_F(FolderTrekScripted, ShowsObjectsAccordingToOptions) {
   EXPECT_EQ(shown({soFileSystemOnly}), "folder") << "an archive is no folder then";
 }
 
-TEST_F(FolderTrekScripted, AsksOnceForSubFolders) {
-  fFolder->AddFolder(u"sub");
-  ASSERT_TRUE(fCursor.Next());
-  TCallCounter calls;
-  EXPECT_TRUE(fCursor.HasSubFolders());
-  const int first = calls.Total();
-  EXPECT_GT(first, 0);
-  EXPECT_TRUE(fCursor.HasSubFolders());
-  EXPECT_EQ(calls.Total(), first) << calls.ToString();
-}
-
 TEST_F(FolderTrekScripted, ARenameThatTheShellRefusesIsNotRaised) {
   fFolder->AddFile(u"a.txt");
   fFolder->SetFailure(TScriptedOperation::Rename, HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED));
@@ -224,14 +212,6 @@ TEST_F(FolderTrekSlowness, FailingAndEmptyFolders) {
   fFolder->SetFailure(TScriptedOperation::Next, S_FALSE);
   fFolder->ClearFailure(TScriptedOperation::Enumerate);
   EXPECT_FALSE(IsTakenAsSlow());
-}
-
-TEST_F(FolderTrekSlowness, LocalAndInvalidFoldersAreNotProbed) {
-  EXPECT_FALSE(TShellControlHelper::ShouldEnumerateAsync(nullptr, nullptr));
-  EXPECT_FALSE(TShellControlHelper::ShouldEnumerateAsync(NullItemIdList(), nullptr));
-  EXPECT_FALSE(TShellControlHelper::ShouldEnumerateAsync(
-      TOakItemIdList::CreateForSpecialFolder(SF_PROFILE, true), nullptr));
-  EXPECT_EQ(fPool->GetPending(), 0u);
 }
 
 TEST_F(FolderTrekSlowness, TheCursorHandsOverAndTerminates) {

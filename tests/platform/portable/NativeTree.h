@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -54,6 +55,32 @@ class TNativeTree {
   static int Remove(const char* path, const struct stat*, int, struct FTW*) {
     return ::remove(path);
   }
+  std::string fRoot;
+};
+
+inline struct stat StatOf(const std::string& path) {
+  struct stat info {};
+  EXPECT_EQ(::lstat(path.c_str(), &info), 0) << path;
+  return info;
+}
+
+/// A directory on another device than the tests' own, if the machine has one.
+class TOtherDevice {
+ public:
+  TOtherDevice() {
+    std::string pattern = "/dev/shm/oak-device-XXXXXX";
+    if (mkdtemp(pattern.data())) fRoot = pattern;
+  }
+  ~TOtherDevice() {
+    std::error_code ignored;
+    if (!fRoot.empty()) std::filesystem::remove_all(fRoot, ignored);
+  }
+  bool IsOther(const std::string& than) const {
+    return !fRoot.empty() && StatOf(fRoot).st_dev != StatOf(than).st_dev;
+  }
+  std::string Native(const std::string& name) const { return fRoot + "/" + name; }
+
+ private:
   std::string fRoot;
 };
 

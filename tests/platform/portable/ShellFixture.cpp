@@ -98,14 +98,6 @@ TString TShellTest::Name(IShellFolder* folder, PCUITEMID_CHILD child, SHGDNF fla
   return FromW(text.Get());
 }
 
-DWORD TShellTest::Attributes(TStringView text, DWORD mask) {
-  SFGAOF attributes = 0;
-  if (const auto item = Item(text)) {
-    EXPECT_GE(item->GetAttributes(mask, &attributes), 0) << Show(text);
-  }
-  return attributes;
-}
-
 TStringArray TShellTest::List(TStringView text, DWORD flags) {
   TStringArray names;
   const Ref<IShellFolder2> folder = Folder(text);

@@ -33,7 +33,6 @@ class TShellTest : public testing::Test {
   static TString Name(const Ref<IShellItem2>& item, SIGDN form);
   static TString Name(TStringView text, SIGDN form) { return Name(Item(text), form); }
   static TString Name(IShellFolder* folder, PCUITEMID_CHILD child, SHGDNF flags);
-  static DWORD Attributes(TStringView text, DWORD mask);
   /// In-folder names of the objects of a folder, in the order in which they come.
   static TStringArray List(TStringView text, DWORD flags);
 

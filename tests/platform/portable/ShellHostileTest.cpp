@@ -3,8 +3,8 @@
 #include <random>
 
 #include "oak/base/Variant.h"
+#include "testkit/portable/ScriptedFolder.h"
 #include "tests/platform/portable/ShellFixture.h"
-#include "tests/platform/portable/ShellMemoryFolder.h"
 
 namespace oak {
 namespace {
@@ -143,11 +143,9 @@ TEST_F(TShellHostile, ForeignBytes) {
 
 // Real lists, bent: every truncation, single bytes and random runs replaced.
 TEST_F(TShellHostile, BentLists) {
-  TFolderMount mount;
-  mount.Name = u"Memory";
-  mount.Source =
-      MakeMemoryFolder(std::make_shared<TMemoryTree>(), MemoryFolder(u"", {MemoryFolder(u"In")}));
-  const TScopedMount scope(std::move(mount));
+  const auto tree = testkit::TScriptedFolder::Make();
+  tree->AddFolder(u"In");
+  const TScopedMount scope(testkit::DesktopMount(tree, u"Memory"));
   std::mt19937 random(20240229);
   for (const char16_t* place : {u"C:\\Dir\\file.txt", u"\\\\server\\share\\inner", u"Memory\\In",
                                 u"::{26EE0668-A00A-44D7-9371-BEB064C98683}\\Programs"}) {
@@ -177,34 +175,13 @@ TEST_F(TShellHostile, BentLists) {
   }
 }
 
-TEST_F(TShellHostile, RandomBytes) {
-  std::mt19937 random(7);
-  for (int round = 0; round < 150; ++round) {
-    std::vector<BYTE> bytes(0x10200, 0);
-    const std::size_t length = 2 + random() % 80;
-    for (std::size_t i = 0; i < length; ++i) bytes[i] = static_cast<BYTE>(random());
-    bytes[1] = 0;
-    if (random() % 2) {  // pass for one of ours
-      bytes[2] = 0x4F;
-      bytes[3] = 0x6B;
-      bytes[4] = static_cast<BYTE>(random() % 16);
-      bytes[5] = static_cast<BYTE>(random() % 3);
-    }
-    AskForEverything(TTightList(bytes).Get());
-  }
-}
-
 // A list of thousands of elements must not cost a stack frame for each.
 TEST_F(TShellHostile, DeepLists) {
-  const std::vector<BYTE> share = BytesOf(Parse(u"C:\\Dir\\Sub"));
-  std::vector<BYTE> bytes(share.begin(), share.end() - 2);
-  const std::vector<BYTE> element(bytes.end() - static_cast<std::ptrdiff_t>(bytes.size() / 4),
-                                  bytes.end());
-  TPidl last = Parse(u"C:\\Dir\\Sub");
-  const PCUITEMID_CHILD sub = Api().ILFindLastID(last.Get());
-  const BYTE* subBytes = reinterpret_cast<const BYTE*>(sub);
-  const std::size_t subSize = static_cast<std::size_t>(subBytes[0] + 256 * subBytes[1]);
-  for (int i = 0; i < 2000; ++i) bytes.insert(bytes.end(), subBytes, subBytes + subSize);
+  const TPidl place = Parse(u"C:\\Dir\\Sub");
+  std::vector<BYTE> bytes = BytesOf(place);
+  bytes.resize(bytes.size() - 2);
+  const auto* const sub = reinterpret_cast<const BYTE*>(Api().ILFindLastID(place.Get()));
+  for (int i = 0; i < 2000; ++i) bytes.insert(bytes.end(), sub, sub + sub[0] + 256 * sub[1]);
   bytes.insert(bytes.end(), 2, 0);
   const TTightList list(bytes);
   Ref<IShellItem2> item;
@@ -212,22 +189,6 @@ TEST_F(TShellHostile, DeepLists) {
   EXPECT_EQ(Show(Name(item, SIGDN_PARENTRELATIVE)), "Sub");
   SFGAOF attributes = 0;
   EXPECT_TRUE(FAILED(item->GetAttributes(SFGAO_VALIDATE, &attributes)));
-}
-
-TEST_F(TShellHostile, RandomTexts) {
-  std::mt19937 random(99);
-  const char16_t alphabet[] = u"\\\\:.{}:%?|/Cc2 ~-shelfiUN\u00E4\xD800";
-  const char16_t* starts[] = {u"",        u"::{",  u"shell:", u"file:",
-                              u"\\\\?\\", u"\\\\", u"C:\\",   u"\\\\?\\Volume{"};
-  for (int round = 0; round < 4000; ++round) {
-    TString text = starts[random() % std::size(starts)];
-    for (std::size_t length = random() % 20; length > 0; --length)
-      text += alphabet[random() % (std::size(alphabet) - 1)];
-    HRESULT result = S_OK;
-    const TPidl pidl = Parse(text, &result);  // expects a list exactly on success
-    const TPidl simple = TPidl::Adopt(Api().SHSimpleIDListFromPath(W(text)));
-    if (simple) (void)Api().ILIsEqual(simple.Get(), pidl.Get());
-  }
 }
 
 }  // namespace

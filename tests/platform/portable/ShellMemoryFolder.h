@@ -1,34 +1,81 @@
-// A folder in memory, as a user of the mount interface would write it.
+// A folder in memory with columns and properties, as a user of the mount interface would write it.
 #pragma once
 
 #include <map>
-#include <memory>
-#include <mutex>
+#include <vector>
 
-#include "oak/platform/portable/PortableShell.h"
+#include "oak/base/Variant.h"
+#include "testkit/portable/ScriptedFolder.h"
 
 namespace oak {
 
-/// One object of the tree. A folder if it has children, even none.
-struct TMemoryObject {
-  TString Name;
-  DWORD Attributes = 0;
-  std::uint64_t Size = 0;
-  TString Comment;
-  std::shared_ptr<std::vector<TMemoryObject>> Children;
-};
+/// Names and contents are those of a scripted folder, whose own folders are plain. Any thread
+/// lists; properties and handlers are for the test's own.
+class TMemoryFolder final : public TFolderSource {
+ public:
+  TMemoryFolder(Ref<testkit::TScriptedFolder> objects, std::map<TString, std::uint64_t> sizes)
+      : fObjects(std::move(objects)), fSizes(std::move(sizes)) {}
 
-/// All sources of one tree share its lock.
-struct TMemoryTree {
-  std::mutex Lock;
-  HRESULT Failure = S_OK;   ///< what listing answers from the second object on
-  int Listed = 0;           ///< objects that cursors have delivered
-  std::vector<GUID> Asked;  ///< identifiers of handlers that were asked for
-};
+  std::vector<GUID> Asked;  ///< handlers that were asked for
 
-TMemoryObject MemoryFile(TStringView name, std::uint64_t size = 0, DWORD attributes = 0);
-TMemoryObject MemoryFolder(TStringView name, std::vector<TMemoryObject> children = {},
-                           DWORD attributes = 0);
-Ref<IFolderSource> MakeMemoryFolder(std::shared_ptr<TMemoryTree> tree, const TMemoryObject& folder);
+  HRESULT Enumerate(DWORD flags, Ref<IFolderCursor>& cursor) override {
+    return fObjects->Enumerate(flags, cursor);
+  }
+  HRESULT GetName(PCUITEMID_CHILD element, TNameForm form, TString& name) override {
+    return fObjects->GetName(element, form, name);
+  }
+  HRESULT GetAttributes(PCUITEMID_CHILD element, DWORD mask, DWORD& attributes) override {
+    return fObjects->GetAttributes(element, mask, attributes);
+  }
+  HRESULT Open(PCUITEMID_CHILD element, Ref<IFolderSource>& child) override {
+    return fObjects->Open(element, child);
+  }
+  HRESULT Create(TStringView name, bool folder, bool replace, TPidl& element) override {
+    return fObjects->Create(name, folder, replace, element);
+  }
+  HRESULT Rename(PCUITEMID_CHILD element, TStringView name, TNameForm form,
+                 TPidl& renamed) override {
+    return fObjects->Rename(element, name, form, renamed);
+  }
+  HRESULT Destroy(PCUITEMID_CHILD element) override { return fObjects->Destroy(element); }
+  HRESULT GetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY key, PROPVARIANT* value) override {
+    if (IsKey(key, PKEY_Size))
+      *value = TPropVariant::From(fSizes[KeyOf(element)]).Detach();
+    else if (IsKey(key, PKEY_Comment))
+      *value = TPropVariant::From(fComments[KeyOf(element)]).Detach();
+    else
+      return HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+    return S_OK;
+  }
+  HRESULT SetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY key, REFPROPVARIANT value) override {
+    return IsKey(key, PKEY_Comment) && TryGetText(value, fComments[KeyOf(element)]) ? S_OK
+                                                                                    : E_INVALIDARG;
+  }
+  HRESULT GetUIObject(std::span<const PCUITEMID_CHILD>, REFIID iid, void** object) override {
+    Asked.push_back(iid);
+    *object = nullptr;
+    return E_NOINTERFACE;
+  }
+  std::span<const TFolderColumn> GetColumns() override {
+    static const TFolderColumn columns[] = {
+        {PKEY_ItemNameDisplay, u"Name", 30},
+        {PKEY_Size, u"Size", 10, LVCFMT_RIGHT, SHCOLSTATE_TYPE_INT | SHCOLSTATE_ONBYDEFAULT}};
+    return columns;
+  }
+
+ private:
+  static bool IsKey(REFPROPERTYKEY a, REFPROPERTYKEY b) {
+    return a.pid == b.pid && a.fmtid == b.fmtid;
+  }
+  TString KeyOf(PCUITEMID_CHILD element) const {
+    TString name;
+    fObjects->GetName(element, TNameForm::Parsing, name);
+    return UpperCase(name);
+  }
+
+  const Ref<testkit::TScriptedFolder> fObjects;
+  std::map<TString, std::uint64_t> fSizes;
+  std::map<TString, TString> fComments;
+};
 
 }  // namespace oak

@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <set>
 #include <thread>
@@ -43,12 +42,9 @@ TEST_F(SystemFiles, FindByWildcard) {
     TNames Names;
   } const cases[] = {
       {u"T:\\d\\*.txt", {u"a.txt", u"B.TXT", u"ab.txt"}},
-      {u"T:\\D\\?.TXT", {u"a.txt", u"B.TXT"}},
-      {u"T:\\d\\??.txt", {u"a.txt", u"B.TXT", u"ab.txt"}},  // "?" before a dot may be nothing
+      {u"T:\\D\\??.TXT", {u"a.txt", u"B.TXT", u"ab.txt"}},  // "?" before a dot may be nothing
       {u"T:\\d\\*.", {u"noext", u"sub"}},
-      {u"T:\\d\\*.gz", {u"x.tar.gz"}},
       {u"T:\\d\\x.*", {u"x.tar.gz"}},
-      {u"T:\\d\\noext.*", {u"noext"}},
       {u"T:\\d\\*.*",
        {u".", u"..", u"a.txt", u"B.TXT", u"ab.txt", u"noext", u"x.tar.gz", u".hidden", u"sub"}},
       {u"T:\\*", {u"d"}},  // no "." and ".." in the root of a drive
@@ -65,19 +61,6 @@ TEST_F(SystemFiles, FindPatternIsNotSlow) {
   EXPECT_FALSE(MatchesFindPattern(name, pattern + u"b"));
 }
 
-TEST_F(SystemFiles, FindOneGivesTheSpellingOnDisk) {
-  WriteFile("Report.Doc", std::string(70000, 'x'));
-  WIN32_FIND_DATAW data{};
-  const HANDLE find = Api().FindFirstFileW(W(u"T:\\REPORT.DOC"), &data);
-  ASSERT_NE(find, INVALID_HANDLE_VALUE);
-  EXPECT_EQ(FromW(data.cFileName), u"Report.Doc");
-  EXPECT_EQ(data.nFileSizeLow, 70000u);
-  EXPECT_EQ(ErrorAfter([&] { Api().FindNextFileW(find, &data); }), ERROR_NO_MORE_FILES);
-  EXPECT_TRUE(Api().FindClose(find));
-  EXPECT_EQ(ErrorAfter([&] { Api().FindClose(find); }), ERROR_INVALID_HANDLE);
-  EXPECT_EQ(ErrorAfter([&] { Api().FindNextFileW(find, &data); }), ERROR_INVALID_HANDLE);
-}
-
 TEST_F(SystemFiles, LookUpErrors) {
   WriteFile("file");
   MakeDirectory("dir");
@@ -88,17 +71,12 @@ TEST_F(SystemFiles, LookUpErrors) {
     DWORD Attributes;
   } const cases[] = {
       {nullptr, ERROR_PATH_NOT_FOUND, ERROR_PATH_NOT_FOUND},
-      {u"", ERROR_PATH_NOT_FOUND, ERROR_PATH_NOT_FOUND},
       {u"T:\\missing", ERROR_FILE_NOT_FOUND, ERROR_FILE_NOT_FOUND},
-      {u"T:\\missing\\x", ERROR_PATH_NOT_FOUND, ERROR_PATH_NOT_FOUND},
       {u"T:\\file\\x", ERROR_PATH_NOT_FOUND, ERROR_PATH_NOT_FOUND},
       {u"T:\\dir\\", ERROR_FILE_NOT_FOUND, ERROR_SUCCESS},
       {u"T:\\file\\", ERROR_FILE_NOT_FOUND, ERROR_INVALID_NAME},
-      {u"T:\\missing\\*", ERROR_PATH_NOT_FOUND, ERROR_INVALID_NAME},
       {u"T:\\file\\*", ERROR_DIRECTORY, ERROR_INVALID_NAME},
       {u"T:\\d*\\x*", ERROR_INVALID_NAME, ERROR_INVALID_NAME},
-      {u"T:\\a<b", ERROR_INVALID_NAME, ERROR_INVALID_NAME},
-      {u"Q:\\x", ERROR_PATH_NOT_FOUND, ERROR_PATH_NOT_FOUND},
       {u"E:\\x", ERROR_NOT_READY, ERROR_NOT_READY},
       {u"\\\\nowhere\\share\\x", ERROR_BAD_NETPATH, ERROR_BAD_NETPATH},
   };
@@ -109,8 +87,6 @@ TEST_F(SystemFiles, LookUpErrors) {
     EXPECT_EQ(ErrorAfter([&] { Api().GetFileAttributesW(c.Path); }), c.Attributes)
         << Show(FromW(c.Path));
   }
-  EXPECT_EQ(ErrorAfter([] { Api().FindFirstFileW(W(u"T:\\*"), nullptr); }),
-            ERROR_INVALID_PARAMETER);
   WIN32_FIND_DATAW data{};
   EXPECT_EQ(ErrorAfter([&] { Api().FindNextFileW(INVALID_HANDLE_VALUE, &data); }),
             ERROR_INVALID_HANDLE);
@@ -122,9 +98,6 @@ TEST_F(SystemFiles, Attributes) {
   WriteFile("locked");
   chmod(Native("locked").c_str(), 0444);
   MakeDirectory("dir");
-  MakeDirectory(".git");
-  MapDrive(u'G', Native(".git"));
-  symlink("plain", Native("link").c_str());
   symlink("dir", Native("dirlink").c_str());
   symlink("nowhere", Native("dangling").c_str());
   mkfifo(Native("pipe").c_str(), 0600);
@@ -135,37 +108,18 @@ TEST_F(SystemFiles, Attributes) {
       {u"T:\\plain", FILE_ATTRIBUTE_ARCHIVE},
       {u"T:\\.dot", FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN},
       {u"T:\\locked", FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_READONLY},
-      {u"T:\\dir", FILE_ATTRIBUTE_DIRECTORY},
-      {u"T:\\.git", FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_HIDDEN},
-      {u"T:\\link", FILE_ATTRIBUTE_REPARSE_POINT},
       {u"T:\\dirlink", FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY},
       {u"T:\\dangling", FILE_ATTRIBUTE_REPARSE_POINT},
       {u"T:\\pipe", FILE_ATTRIBUTE_SYSTEM},
       {u"T:\\", FILE_ATTRIBUTE_DIRECTORY},
-      {u"G:\\", FILE_ATTRIBUTE_DIRECTORY},  // the root of a drive has no name to hide it
   };
   for (const auto& c : cases)
     EXPECT_EQ(Api().GetFileAttributesW(c.Path), c.Attributes) << Show(FromW(c.Path));
 
   EXPECT_TRUE(Api().SetFileAttributesW(W(u"T:\\plain"), FILE_ATTRIBUTE_READONLY));
-  EXPECT_TRUE(Api().GetFileAttributesW(W(u"T:\\plain")) & FILE_ATTRIBUTE_READONLY);
   EXPECT_EQ(ErrorAfter([] { Api().DeleteFileW(W(u"T:\\plain")); }), ERROR_ACCESS_DENIED);
   EXPECT_TRUE(Api().SetFileAttributesW(W(u"T:\\plain"), FILE_ATTRIBUTE_NORMAL));
   EXPECT_TRUE(Api().DeleteFileW(W(u"T:\\plain")));
-}
-
-TEST_F(SystemFiles, SizesAndTimes) {
-  WriteFile("f", "12345");
-  const timespec times[2] = {{1000000000, 0}, {1234567890, 123456700}};
-  utimensat(AT_FDCWD, Native("f").c_str(), times, 0);
-  WIN32_FILE_ATTRIBUTE_DATA data{};
-  ASSERT_TRUE(Api().GetFileAttributesExW(W(u"T:\\f"), GetFileExInfoStandard, &data));
-  EXPECT_EQ(data.nFileSizeLow, 5u);
-  EXPECT_EQ(FileTimeToTicks(data.ftLastWriteTime), 128790414901234567u);
-  EXPECT_EQ(FileTimeToTicks(data.ftLastAccessTime), 126444736000000000u);
-  EXPECT_NE(FileTimeToTicks(data.ftCreationTime), 0u);
-  EXPECT_FALSE(Api().GetFileAttributesExW(W(u"T:\\f"), GetFileExMaxInfoLevel, &data));
-  EXPECT_FALSE(Api().GetFileAttributesExW(W(u"T:\\f"), GetFileExInfoStandard, nullptr));
 }
 
 TEST(SystemFileTimes, ExtremesAreCut) {
@@ -179,21 +133,16 @@ TEST(SystemFileTimes, ExtremesAreCut) {
 }
 
 TEST_F(SystemFiles, Directories) {
-  EXPECT_TRUE(Api().CreateDirectoryW(W(u"T:\\New"), nullptr));
+  MakeDirectory("New");
+  WriteFile("New/f");
   EXPECT_EQ(ErrorAfter([] { Api().CreateDirectoryW(W(u"T:\\NEW"), nullptr); }),
             ERROR_ALREADY_EXISTS);
-  EXPECT_EQ(ErrorAfter([] { Api().CreateDirectoryW(W(u"T:\\no\\x"), nullptr); }),
-            ERROR_PATH_NOT_FOUND);
-  EXPECT_EQ(ErrorAfter([] { Api().CreateDirectoryW(nullptr, nullptr); }), ERROR_PATH_NOT_FOUND);
-  WriteFile("New/f");
   EXPECT_EQ(ErrorAfter([] { Api().RemoveDirectoryW(W(u"T:\\new")); }), ERROR_DIR_NOT_EMPTY);
   EXPECT_EQ(ErrorAfter([] { Api().RemoveDirectoryW(W(u"T:\\new\\f")); }), ERROR_DIRECTORY);
   EXPECT_EQ(ErrorAfter([] { Api().DeleteFileW(W(u"T:\\new")); }), ERROR_ACCESS_DENIED);
   symlink("New", Native("link").c_str());
   EXPECT_TRUE(Api().RemoveDirectoryW(W(u"T:\\link")));
   EXPECT_EQ(ReadAll("New/f"), "x");  // what the link led to is still there
-  EXPECT_TRUE(Api().DeleteFileW(W(u"T:\\new\\F")));
-  EXPECT_TRUE(Api().RemoveDirectoryW(W(u"T:\\new")));
 }
 
 TEST_F(SystemFiles, MovesNeverReplaceUnasked) {
@@ -211,10 +160,6 @@ TEST_F(SystemFiles, MovesNeverReplaceUnasked) {
   EXPECT_EQ(move(u"T:\\dir", u"T:\\empty", MOVEFILE_REPLACE_EXISTING), ERROR_ACCESS_DENIED);
   EXPECT_EQ(move(u"T:\\a", u"T:\\empty", MOVEFILE_REPLACE_EXISTING), ERROR_ACCESS_DENIED);
   EXPECT_EQ(move(u"T:\\dir", u"T:\\dir\\inner\\x", 0), ERROR_ACCESS_DENIED);
-  EXPECT_EQ(move(u"T:\\none", u"T:\\x", 0), ERROR_FILE_NOT_FOUND);
-  EXPECT_EQ(move(u"T:\\a", u"T:\\none\\x", 0), ERROR_PATH_NOT_FOUND);
-  EXPECT_EQ(move(u"T:\\a", u"T:\\x?", 0), ERROR_INVALID_NAME);
-  EXPECT_EQ(move(u"T:\\a", nullptr, 0), ERROR_NOT_SUPPORTED);
   EXPECT_EQ(ReadAll("a"), "A");
 
   EXPECT_EQ(move(u"T:\\a", u"T:\\b", MOVEFILE_REPLACE_EXISTING), ERROR_SUCCESS);
@@ -226,13 +171,9 @@ TEST_F(SystemFiles, MovesNeverReplaceUnasked) {
 }
 
 TEST_F(SystemFiles, MovesToAnotherDeviceAreCopies) {
-  char other[] = "/dev/shm/oak-system-XXXXXX";
-  struct stat here {
-  }, there{};
-  if (!mkdtemp(other) || stat(other, &there) != 0 || stat(Root().c_str(), &here) != 0 ||
-      here.st_dev == there.st_dev)
-    GTEST_SKIP() << "there is no second device";
-  MapDrive(u'S', other);
+  const tests::TOtherDevice other;
+  if (!other.IsOther(Root())) GTEST_SKIP() << "there is no second device";
+  MapDrive(u'S', other.Native(""));
   WriteFile("f", "content");
   chmod(Native("f").c_str(), 0640);
   MakeDirectory("d");
@@ -245,9 +186,7 @@ TEST_F(SystemFiles, MovesToAnotherDeviceAreCopies) {
   EXPECT_EQ(move(u"T:\\f", u"S:\\f", MOVEFILE_COPY_ALLOWED), ERROR_SUCCESS);
   EXPECT_EQ(Found(u"S:\\*"), std::set<TString>{u"f"});
   EXPECT_EQ(Found(u"T:\\*"), std::set<TString>{u"d"});
-  EXPECT_EQ(stat((std::string(other) + "/f").c_str(), &there), 0);
-  EXPECT_EQ(there.st_mode & 0777, 0640u);
-  std::filesystem::remove_all(other);
+  EXPECT_EQ(tests::StatOf(other.Native("f")).st_mode & 0777, 0640u);
 }
 
 TEST_F(SystemFiles, Copies) {
@@ -262,7 +201,6 @@ TEST_F(SystemFiles, Copies) {
   EXPECT_TRUE(Api().CopyFileW(W(u"T:\\from"), W(u"T:\\THERE"), FALSE));
   EXPECT_EQ(ReadAll("there").size(), 300000u);
   EXPECT_FALSE(Api().CopyFileW(W(u"T:\\from"), W(u"T:\\from"), FALSE));
-  EXPECT_FALSE(Api().CopyFileW(W(u"T:\\from"), nullptr, FALSE));
   mkfifo(Native("pipe").c_str(), 0600);
   EXPECT_EQ(ErrorAfter([] { Api().CopyFileW(W(u"T:\\pipe"), W(u"T:\\x"), FALSE); }),
             ERROR_NOT_SUPPORTED);
@@ -275,14 +213,11 @@ TEST_F(SystemFiles, ReplacingKeepsWhoMayRead) {
   WriteFile("new", "new");
   ASSERT_EQ(chmod(Native("old").c_str(), 0640), 0);
   const auto replace = [](LPCWSTR replaced, LPCWSTR replacement) {
-    return ErrorAfter([&] {
-      const BOOL done = Api().ReplaceFileW(replaced, replacement, nullptr, 0, nullptr, nullptr);
-      EXPECT_EQ(done, Api().GetLastError() == ERROR_SUCCESS);
-    });
+    return ErrorAfter(
+        [&] { Api().ReplaceFileW(replaced, replacement, nullptr, 0, nullptr, nullptr); });
   };
   EXPECT_EQ(replace(u"T:\\old", u"T:\\new"), ERROR_SUCCESS);
-  EXPECT_EQ(ReadAll("old"), "new");
-  EXPECT_FALSE(std::filesystem::exists(Native("new")));
+  EXPECT_EQ(Found(u"T:\\*"), std::set<TString>{u"old"});
   struct stat info {};
   ASSERT_EQ(stat(Native("old").c_str(), &info), 0);
   EXPECT_EQ(info.st_mode & 0777, 0640u);
@@ -291,40 +226,30 @@ TEST_F(SystemFiles, ReplacingKeepsWhoMayRead) {
   EXPECT_EQ(replace(u"T:\\none", u"T:\\new"), ERROR_FILE_NOT_FOUND);
   ASSERT_EQ(chmod(Native("old").c_str(), 0440), 0);
   EXPECT_EQ(replace(u"T:\\old", u"T:\\new"), ERROR_ACCESS_DENIED);
-  MakeDirectory("folder");
-  EXPECT_EQ(replace(u"T:\\folder", u"T:\\new"), ERROR_ACCESS_DENIED);
   EXPECT_EQ(ReadAll("old"), "new");
 }
 
 TEST_F(SystemFiles, OpenFiles) {
-  const auto open = [](LPCWSTR path, DWORD access, DWORD disposition, DWORD flags = 0) {
-    return Api().CreateFileW(path, access, 0, nullptr, disposition, flags, nullptr);
+  const auto open = [](DWORD access, DWORD disposition) {
+    return Api().CreateFileW(u"T:\\f", access, 0, nullptr, disposition, 0, nullptr);
   };
-  HANDLE file = open(u"T:\\f", GENERIC_WRITE, CREATE_NEW);
-  ASSERT_NE(file, INVALID_HANDLE_VALUE);
+  HANDLE file = open(GENERIC_WRITE, CREATE_NEW);
   DWORD count = 0;
   EXPECT_TRUE(Api().WriteFile(file, "hello", 5, &count, nullptr));
   EXPECT_EQ(count, 5u);
-  EXPECT_FALSE(Api().WriteFile(file, nullptr, 5, &count, nullptr));
   EXPECT_TRUE(Api().CloseHandle(file));
   EXPECT_FALSE(Api().CloseHandle(file));
-  EXPECT_EQ(ErrorAfter([&] { open(u"T:\\F", GENERIC_WRITE, CREATE_NEW); }), ERROR_FILE_EXISTS);
-  file = open(u"T:\\F", GENERIC_READ, OPEN_EXISTING);
+  EXPECT_EQ(ErrorAfter([&] { open(GENERIC_WRITE, CREATE_NEW); }), ERROR_FILE_EXISTS);
+  EXPECT_EQ(ErrorAfter([&] { open(GENERIC_READ, 99); }), ERROR_INVALID_PARAMETER);
+  file = open(GENERIC_READ, OPEN_EXISTING);
   char buffer[16] = {};
-  EXPECT_TRUE(Api().ReadFile(file, buffer, sizeof buffer, &count, nullptr));
-  EXPECT_EQ(std::string(buffer, count), "hello");
-  EXPECT_TRUE(Api().ReadFile(file, buffer, sizeof buffer, &count, nullptr));
-  EXPECT_EQ(count, 0u);
+  for (const char* part : {"hello", ""}) {
+    EXPECT_TRUE(Api().ReadFile(file, buffer, sizeof buffer, &count, nullptr));
+    EXPECT_EQ(std::string(buffer, count), part);
+  }
   EXPECT_FALSE(Api().WriteFile(file, "x", 1, &count, nullptr));
   EXPECT_FALSE(Api().FindClose(file));  // a handle of another kind
   Api().CloseHandle(file);
-  EXPECT_EQ(ErrorAfter([&] { open(u"T:\\none", GENERIC_READ, OPEN_EXISTING); }),
-            ERROR_FILE_NOT_FOUND);
-  EXPECT_EQ(ErrorAfter([&] { open(u"T:\\", GENERIC_READ, OPEN_EXISTING); }), ERROR_ACCESS_DENIED);
-  EXPECT_EQ(ErrorAfter([&] { open(u"T:\\f", GENERIC_READ, 99); }), ERROR_INVALID_PARAMETER);
-  file = open(u"T:\\", 0, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
-  EXPECT_TRUE(Api().CloseHandle(file));
-  EXPECT_FALSE(Api().ReadFile(nullptr, buffer, 1, &count, nullptr));
 }
 
 TEST_F(SystemFiles, StreamsOnFiles) {
@@ -341,13 +266,6 @@ TEST_F(SystemFiles, StreamsOnFiles) {
   ULARGE_INTEGER size{};
   EXPECT_EQ(Api().IStream_Size(stream.Get(), &size), S_OK);
   EXPECT_EQ(size.QuadPart, 3u);
-  stream.Reset();
-  ASSERT_EQ(open(u"T:\\new", STGM_READWRITE, TRUE, stream), S_OK);
-  EXPECT_EQ(stream->Write("ab", 2, nullptr), S_OK);
-  stream.Reset();
-  EXPECT_EQ(ReadAll("new"), "ab");
-  EXPECT_EQ(open(nullptr, STGM_READ, FALSE, stream), E_INVALIDARG);
-  EXPECT_EQ(Api().IStream_Size(nullptr, &size), E_INVALIDARG);
 }
 
 // A program that writes what it was started with into a pipe.
@@ -420,7 +338,6 @@ TEST_F(SystemFiles, TemporaryNames) {
   EXPECT_EQ(Api().GetTempFileNameW(W(u"T:"), nullptr, 0xAB, WBuffer(name)), 0xABu);
   EXPECT_EQ(FromW(W(name)), u"T:\\AB.tmp");
   EXPECT_EQ(Api().GetTempFileNameW(W(u"T:\\none"), nullptr, 0, WBuffer(name)), 0u);
-  EXPECT_EQ(Api().GetTempFileNameW(nullptr, nullptr, 0, WBuffer(name)), 0u);
 }
 
 }  // namespace

@@ -4,59 +4,21 @@
 namespace oak::test {
 namespace {
 
-TString Canonic(LPCWSTR path) {
-  TString buffer(MAX_PATH, u'#');
-  return Api().PathCanonicalizeW(WBuffer(buffer), path) ? FromW(W(buffer)) : u"(failed)";
-}
-
-TEST(SystemPaths, Canonicalize) {
-  struct {
-    LPCWSTR Path;
-    TStringView Result;
-  } const cases[] = {
-      {u"A:\\name_1\\.\\name_2\\..\\name_3", u"A:\\name_1\\name_3"},
-      {u"A:\\name_1\\..\\name_2\\.\\name_3", u"A:\\name_2\\name_3"},
-      {u"A:\\name_1\\name_2\\.\\name_3\\..\\name_4", u"A:\\name_1\\name_2\\name_4"},
-      {u"A:\\name_1\\.\\name_2\\.\\name_3\\..\\name_4\\..", u"A:\\name_1\\name_2"},
-      {u"C:\\..", u"C:\\"},
-      {u"C:\\..\\..\\a", u"C:\\a"},
-      {u"C:", u"C:\\"},
-      {u"C:\\a\\..\\", u"C:\\"},
-      {u"C:\\a\\b\\..\\", u"C:\\a\\"},
-      {u"C:\\a\\\\b", u"C:\\a\\\\b"},
-      {u"C:\\a...\\..b", u"C:\\a...\\..b"},
-      {u"a\\..", u"\\"},
-      {u"..\\a", u"a"},
-      {u"a\\b\\..\\c", u"a\\c"},
-      {u"", u"\\"},
-      {u"\\a\\..\\b", u"\\b"},
-      {u"\\\\server\\share\\..\\x", u"\\\\server\\share\\x"},
-      {u"\\\\server\\share\\a\\..", u"\\\\server\\share"},
-      {u"\\\\server\\share\\", u"\\\\server\\share"},
-      {u"\\\\server", u"\\\\server"},
-      {u"\\\\?\\C:\\a\\..\\..\\b", u"\\\\?\\C:\\b"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(Show(Canonic(c.Path)), Show(c.Result)) << Show(c.Path);
-  EXPECT_EQ(Show(Canonic(nullptr)), "(failed)");
-  EXPECT_EQ(Show(Canonic(W(TString(260, u'a')))), "(failed)");
-  EXPECT_EQ(Canonic(W(TString(259, u'a'))).size(), 259u);
-  EXPECT_FALSE(Api().PathCanonicalizeW(nullptr, u"a"));
-}
-
 TEST(SystemPaths, Combine) {
   struct {
     LPCWSTR Base;
     LPCWSTR More;
     TStringView Result;
-  } const cases[] = {
-      {u"C:\\a", u"b", u"C:\\a\\b"},  {u"C:\\a\\", u"b\\", u"C:\\a\\b\\"},
-      {u"C:", u"b", u"C:\\b"},        {u"C:\\a", u"..\\..\\b", u"C:\\b"},
-      {u"C:\\a", u"\\b", u"C:\\b"},   {u"\\\\srv\\shr\\a", u"\\b", u"\\\\srv\\shr\\b"},
-      {u"C:\\a", u"D:\\b", u"D:\\b"}, {u"C:\\a", u"\\\\srv\\shr", u"\\\\srv\\shr"},
-      {u"C:\\a", nullptr, u"C:\\a"},  {u"C:\\a", u"", u"C:\\a"},
-      {nullptr, u"b", u"b"},          {u"", u"\\b", u"\\b"},
-      {u"a", u"b", u"a\\b"},
-  };
+  } const cases[] = {{u"C:\\a\\", u"b\\", u"C:\\a\\b\\"},
+                     {u"C:", u"b", u"C:\\b"},
+                     {u"C:\\a", u"..\\..\\b", u"C:\\b"},
+                     {u"C:\\a\\.\\b\\..", u"c\\..\\", u"C:\\a\\"},
+                     {u"\\\\srv\\shr\\..", u"x", u"\\\\srv\\shr\\x"},
+                     {u"\\\\?\\C:\\a\\..", u"..\\b", u"\\\\?\\C:\\b"},
+                     {u"\\\\srv\\shr\\a", u"\\b", u"\\\\srv\\shr\\b"},
+                     {u"C:\\a", u"\\\\srv\\shr", u"\\\\srv\\shr"},
+                     {u"C:\\a", nullptr, u"C:\\a"},
+                     {u"", u"\\b", u"\\b"}};
   for (const auto& c : cases) {
     TString buffer(MAX_PATH, u'#');
     ASSERT_TRUE(Api().PathCombineW(WBuffer(buffer), c.Base, c.More));
@@ -66,13 +28,8 @@ TEST(SystemPaths, Combine) {
   TString buffer(MAX_PATH, u'#');
   EXPECT_FALSE(Api().PathCombineW(WBuffer(buffer), nullptr, nullptr));
   EXPECT_EQ(buffer[0], u'\0');
-  EXPECT_FALSE(Api().PathCombineW(nullptr, u"a", u"b"));
   const TString half(130, u'x');
   EXPECT_FALSE(Api().PathCombineW(WBuffer(buffer), W(half), W(half)));
-  TString inPlace = u"C:\\a";
-  inPlace.resize(MAX_PATH);
-  EXPECT_TRUE(Api().PathCombineW(WBuffer(inPlace), W(inPlace), u"b"));
-  EXPECT_EQ(FromW(W(inPlace)), u"C:\\a\\b");
 }
 
 using SystemPathsOnDisk = TSystemTest;
@@ -98,13 +55,10 @@ TEST_F(SystemPathsOnDisk, FullNames) {
       {u"..\\y/z", u"T:\\y\\z", u"z"},
       {u"\\a", u"T:\\a", u"a"},
       {u"T:", u"T:\\cur", u"cur"},
-      {u"T:a", u"T:\\cur\\a", u"a"},
-      {u"Q:a", u"Q:\\a", u"a"},
       {u"Q:", u"Q:\\", u""},
       {u"C:/a/./b/", u"C:\\a\\b\\", u""},
       {u"\\\\s\\h\\..\\x", u"\\\\s\\h\\x", u"x"},
       {u"\\\\?\\C:\\a\\..", u"\\\\?\\C:\\a\\..", u".."},
-      {u".", u"T:\\cur", u"cur"},
   };
   for (const auto& c : cases) {
     TString name;
@@ -130,10 +84,8 @@ TEST_F(SystemPathsOnDisk, LongNames) {
   EXPECT_EQ(Show(longName(u"T:\\PROGRAM FILES\\README.TXT")), "T:\\Program Files\\ReadMe.txt");
   EXPECT_EQ(Show(longName(u"t:\\program files\\")), "t:\\Program Files\\");
   EXPECT_EQ(Show(longName(u"T:\\x\\..\\program files")), "T:\\x\\..\\Program Files");
-  EXPECT_EQ(Show(longName(u"T:\\")), "T:\\");
   EXPECT_EQ(Show(longName(u"T:\\PROGRA~1")), "(failed)");
   EXPECT_EQ(Api().GetLastError(), ERROR_FILE_NOT_FOUND);
-  EXPECT_EQ(Show(longName(nullptr)), "(failed)");
 }
 
 TEST_F(SystemPathsOnDisk, DrivesAndVolumes) {
@@ -158,7 +110,6 @@ TEST_F(SystemPathsOnDisk, DrivesAndVolumes) {
   EXPECT_TRUE(Api().GetDiskFreeSpaceExW(u"T:\\", &available, &total, &free));
   EXPECT_GT(total.QuadPart, free.QuadPart);
   EXPECT_GE(free.QuadPart, available.QuadPart);
-  EXPECT_TRUE(Api().GetDiskFreeSpaceExW(u"T:\\", nullptr, nullptr, nullptr));
   EXPECT_EQ(ErrorAfter([] { Api().GetDiskFreeSpaceExW(u"D:\\", nullptr, nullptr, nullptr); }),
             ERROR_NOT_READY);
   EXPECT_EQ(ErrorAfter([] { Api().GetDiskFreeSpaceExW(u"Q:\\", nullptr, nullptr, nullptr); }),
@@ -173,8 +124,6 @@ TEST_F(SystemPathsOnDisk, DrivesAndVolumes) {
   EXPECT_NE(FromW(system), u"");
   EXPECT_FALSE(
       Api().GetVolumeInformationW(u"U:\\", label, 3, nullptr, nullptr, nullptr, nullptr, 0));
-  EXPECT_TRUE(
-      Api().GetVolumeInformationW(u"U:\\", nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0));
 }
 
 TEST_F(SystemPathsOnDisk, VolumeNames) {
@@ -200,11 +149,8 @@ TEST_F(SystemPathsOnDisk, VolumeNames) {
   EXPECT_EQ(TString(paths, length), TString(u"U:\\\0", 5));
   EXPECT_EQ(ErrorAfter([&] { Api().GetVolumeNameForVolumeMountPointW(u"U:", name, 64); }),
             ERROR_INVALID_NAME);
-  EXPECT_EQ(ErrorAfter([&] { Api().GetVolumeNameForVolumeMountPointW(u"U:\\", name, 49); }),
-            ERROR_FILENAME_EXCED_RANGE);
   EXPECT_EQ(ErrorAfter([&] { Api().GetVolumePathNamesForVolumeNameW(name, paths, 2, &length); }),
             ERROR_MORE_DATA);
-  EXPECT_FALSE(Api().GetVolumePathNamesForVolumeNameW(nullptr, paths, 8, &length));
   ASSERT_TRUE(Api().GetVolumePathNameW(u"T:\\some\\file", paths, 8));
   EXPECT_EQ(FromW(paths), u"T:\\");
 }

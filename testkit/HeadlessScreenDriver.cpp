@@ -1,21 +1,19 @@
-// The headless desktop as a screen to test controls on.
-#include <gtest/gtest.h>
-
+// The headless desktop as a screen for a driver.
 #include <algorithm>
 
 #include "oak/framework/headless/HeadlessListHeader.h"
 #include "oak/framework/headless/HeadlessListPeer.h"
 #include "oak/framework/headless/HeadlessTreePeer.h"
 #include "testkit/HeadlessForms.h"
-#include "tests/controls/ScreenDriver.h"
+#include "testkit/ScreenDriver.h"
 
-namespace oak::tests {
+namespace oak::testkit {
 namespace {
 
 /// What was drawn within a rectangle.
-class TDrawn {
+class TDrawnPart {
  public:
-  TDrawn(const THeadlessWindow& window, const TRect& place) {
+  TDrawnPart(const THeadlessWindow& window, const TRect& place) {
     for (const TDrawOperation& operation : window.GetDrawing())
       if (!operation.Rect.IsEmpty() && place.Contains(operation.Rect.Center()))
         fOperations.push_back(&operation);
@@ -55,10 +53,19 @@ class TDrawn {
   std::vector<const TDrawOperation*> fOperations;
 };
 
-class THeadlessDriver final : public IScreenDriver {
+class THeadlessScreenDriver final : public IScreenDriver {
  public:
+  explicit THeadlessScreenDriver(TScreenFailure onFailure) : fScreen(std::move(onFailure)) {
+    // A loop that the test itself begins takes what was meant for later when nothing else waits.
+    fScreen->OnWait = [this, former = fScreen->OnWait] {
+      if (fLater.empty()) return former();
+      QueueLater();
+      return true;
+    };
+  }
+
   // --- the user
-  void MoveMouse(const TWinControl& control, TPoint point) override {
+  void MouseMove(const TWinControl& control, TPoint point) override {
     Do([&] { fScreen->MouseMove(control.ClientToScreen(point)); });
   }
   void Click(const TWinControl& control, TPoint point, TShiftState shift,
@@ -72,38 +79,39 @@ class THeadlessDriver final : public IScreenDriver {
             TShiftState shift, TMouseButton button) override {
     Do([&] { fScreen->Drag(from, fromPoint, to, toPoint, shift, button); });
   }
-  void PressMouse(const TWinControl& control, TPoint point) override {
-    MoveMouse(control, point);
+  void MouseDown(const TWinControl& control, TPoint point) override {
+    MouseMove(control, point);
     Do([&] { fScreen->MouseDown(); });
   }
-  void ReleaseMouse() override {
+  void MouseUp() override {
     Do([&] { fScreen->MouseUp(); });
   }
   void Wheel(const TWinControl& control, TPoint point, int notches) override {
-    MoveMouse(control, point);
+    MouseMove(control, point);
     Do([&] { fScreen->Wheel(notches); });
   }
-  void ExtraClick(const TWinControl& control, TPoint point, bool forward) override {
-    MoveMouse(control, point);
+  void ExtraButton(const TWinControl& control, TPoint point, bool forward) override {
+    MouseMove(control, point);
     Do([&] { fScreen->ExtraButton(forward); });
   }
-  void Key(std::uint16_t key, TShiftState shift) override {
+  void KeyPress(std::uint16_t key, TShiftState shift) override {
     Do([&] { fScreen->KeyPress(key, shift); });
   }
-  void Type(TStringView text) override {
+  void TypeText(TStringView text) override {
     Do([&] { fScreen->TypeText(text); });
   }
-  void ResizeForm(TCustomForm& form, int width, int height) override {
+  void ResizeWindow(TCustomForm& form, int width, int height) override {
     fScreen->ResizeWindow(form, width, height);
   }
-  void SetFormState(TCustomForm& form, TWindowState state) override {
+  void SetWindowState(TCustomForm& form, TWindowState state) override {
     fScreen->SetWindowState(form, state);
   }
-  void CloseForm(TCustomForm& form) override { fScreen->CloseWindow(form); }
-  void SetDensity(TCustomForm&, int pixelsPerInch) override {
-    fScreen->SetPixelsPerInch(0, pixelsPerInch);
+  void CloseWindow(TCustomForm& form) override { fScreen->CloseWindow(form); }
+  void SetPixelsPerInch(TCustomForm& form, int pixelsPerInch) override {
+    fScreen->SetPixelsPerInch(fScreen->MonitorOf(form.GetBoundsRect()), pixelsPerInch);
   }
   void QueueMenuChoice(TString path) override { fScreen->QueueMenuChoice(std::move(path)); }
+  void QueueDialogAnswer(int result) override { fScreen->QueueDialogAnswer(result); }
   void Later(std::function<void()> action) override {
     if (fInputs > 0)
       fScreen->Later(std::move(action));
@@ -112,7 +120,7 @@ class THeadlessDriver final : public IScreenDriver {
   }
 
   // --- time
-  void Pump() override { fScreen.Drain(); }
+  void Drain() override { fScreen.Drain(); }
   void Advance(unsigned milliseconds) override { fScreen.Advance(milliseconds); }
 
   // --- the eye
@@ -135,7 +143,7 @@ class THeadlessDriver final : public IScreenDriver {
   std::vector<TShownNode> NodesOf(TCustomTreeView& tree) override;
   int ImageOf(TCustomComboBoxEx& combo) override {
     const THeadlessWindow& window = Drawn(combo);
-    return TDrawn(window, window.GetClientRect()).Images(combo.GetImages(), nullptr).Image;
+    return TDrawnPart(window, window.GetClientRect()).Images(combo.GetImages(), nullptr).Image;
   }
   int CountWindows() override { return static_cast<int>(fScreen->GetWindowCount()); }
   std::vector<TString> TakeExceptions() override { return std::exchange(fScreen.Exceptions(), {}); }
@@ -146,12 +154,15 @@ class THeadlessDriver final : public IScreenDriver {
   void Do(const std::function<void()>& input) {
     fScreen->SetAutoRun(false);
     input();
-    for (std::function<void()>& action : std::exchange(fLater, {}))
-      fScreen->Later(std::move(action));
+    QueueLater();
     fScreen->SetAutoRun(true);
     ++fInputs;
-    Pump();
+    Drain();
     --fInputs;
+  }
+  void QueueLater() {
+    for (std::function<void()>& action : std::exchange(fLater, {}))
+      fScreen->Later(std::move(action));
   }
   THeadlessWindow& WindowOf(const TWinControl& control) { return *fScreen->WindowOf(control); }
   /// Draws the window anew, all of it.
@@ -163,17 +174,17 @@ class THeadlessDriver final : public IScreenDriver {
 
   std::vector<std::function<void()>> fLater;
   int fInputs = 0;  // that are under way
-  testkit::THeadlessScreen fScreen{[](const std::string& text) { ADD_FAILURE() << text; }};
+  THeadlessScreen fScreen;
 };
 
-TWinControl* THeadlessDriver::Focused() {
+TWinControl* THeadlessScreenDriver::Focused() {
   const THeadlessWindow* window = fScreen->FindWindow(fScreen->GetFocusedWindow());
   for (; window; window = window->GetParentWindow())
     if (TWinControl* const control = fScreen->ControlOf(window->GetHandle())) return control;
   return nullptr;
 }
 
-TShownRow THeadlessDriver::RowOf(TCustomListView& list, int index) {
+TShownRow THeadlessScreenDriver::RowOf(TCustomListView& list, int index) {
   const THeadlessWindow& window = Drawn(list);
   const IListViewPeer& peer = *list.GetListPeer();
   TShownRow row;
@@ -181,9 +192,9 @@ TShownRow THeadlessDriver::RowOf(TCustomListView& list, int index) {
   const int columns = report ? list.Columns().GetCount() : 1;
   for (int i = 0; i < columns; ++i) {
     TRect cell = report ? peer.GetSubItemRect(index, i) : peer.GetItemRect(index, drBounds);
-    row.Cells.push_back(TDrawn(window, cell).Text());
+    row.Cells.push_back(TDrawnPart(window, cell).Text());
   }
-  const TDrawn all(window, peer.GetItemRect(index, drBounds));
+  const TDrawnPart all(window, peer.GetItemRect(index, drBounds));
   row.Marked = all.IsFilledAs({clHighlight, clBtnFace});
   row.Focused = all.Has(TDrawKind::FocusRect);
   row.Images =
@@ -191,11 +202,11 @@ TShownRow THeadlessDriver::RowOf(TCustomListView& list, int index) {
                  list.GetStateImages());
   const TRect icon = peer.GetItemRect(index, drIcon);
   const TRect box(icon.Left - icon.Height(), icon.Top, icon.Left, icon.Bottom);
-  row.Checked = TDrawn(window, box).Has(TDrawKind::Line);
+  row.Checked = TDrawnPart(window, box).Has(TDrawKind::Line);
   return row;
 }
 
-std::vector<TShownColumn> THeadlessDriver::ColumnsOf(TCustomListView& list) {
+std::vector<TShownColumn> THeadlessScreenDriver::ColumnsOf(TCustomListView& list) {
   Drawn(list);
   const auto& header = dynamic_cast<THeadlessListPeer&>(*list.GetListPeer()).GetHeader();
   std::vector<TShownColumn> columns;
@@ -204,7 +215,7 @@ std::vector<TShownColumn> THeadlessDriver::ColumnsOf(TCustomListView& list) {
     const int right = header.GetColumnLeft(i + 1);
     TShownColumn column;
     column.Width = right - left;
-    const TDrawn drawn(header, {left, 0, right, header.GetNaturalHeight()});
+    const TDrawnPart drawn(header, {left, 0, right, header.GetNaturalHeight()});
     for (const TDrawOperation* operation : drawn.Operations()) {
       if (operation->Kind == TDrawKind::Text) column.Caption += operation->Text;
       if (operation->Kind != TDrawKind::Polygon) continue;
@@ -218,14 +229,14 @@ std::vector<TShownColumn> THeadlessDriver::ColumnsOf(TCustomListView& list) {
   return columns;
 }
 
-std::vector<TShownNode> THeadlessDriver::NodesOf(TCustomTreeView& tree) {
+std::vector<TShownNode> THeadlessScreenDriver::NodesOf(TCustomTreeView& tree) {
   const THeadlessWindow& window = Drawn(tree);
   const int height = dynamic_cast<THeadlessTreePeer&>(*tree.GetTreePeer()).GetRowHeight();
   const TRect client = tree.GetClientRect();
   const int scrolled = window.GetScrollInfo(sbHorizontal).Position;
   std::vector<TShownNode> nodes;
   for (int top = 0; top + height <= client.Bottom; top += height) {
-    const TDrawn drawn(window, {0, top, client.Right, top + height});
+    const TDrawnPart drawn(window, {0, top, client.Right, top + height});
     TShownNode node;
     bool found = false;
     int left = 0;  // of the text
@@ -254,6 +265,8 @@ std::vector<TShownNode> THeadlessDriver::NodesOf(TCustomTreeView& tree) {
 
 }  // namespace
 
-std::unique_ptr<IScreenDriver> MakeScreenDriver() { return std::make_unique<THeadlessDriver>(); }
+std::unique_ptr<IScreenDriver> MakeHeadlessScreenDriver(TScreenFailure onFailure) {
+  return std::make_unique<THeadlessScreenDriver>(std::move(onFailure));
+}
 
-}  // namespace oak::tests
+}  // namespace oak::testkit

