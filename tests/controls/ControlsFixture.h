@@ -86,6 +86,7 @@ class TListUnderTest : public TNotingControl<TCustomListView> {
   ~TListUnderTest() override { BeginDestroy(); }
 
   std::function<void(TMouseButton)> OnBeginDrag;
+  std::function<bool(int from, int to)> MayDragColumn;
   int TextRequests = 0;
   int ImageRequests = 0;
 
@@ -123,7 +124,8 @@ class TListUnderTest : public TNotingControl<TCustomListView> {
       TCustomListView::ColResized(column, finished);
   }
   bool CanDragColumn(int from, int to, int x) override {
-    return Note("column drag?", false) && TCustomListView::CanDragColumn(from, to, x);
+    return Note("column drag?", false) && (!MayDragColumn || MayDragColumn(from, to)) &&
+           TCustomListView::CanDragColumn(from, to, x);
   }
   void ColDragged(int from, int to) override {
     if (Note("column drag " + std::to_string(from) + " " + std::to_string(to)))

@@ -1,12 +1,10 @@
 // Keys, mouse buttons and the wheel that controls hand to the program; forms that come and go.
-#include "oak/framework/Menus.h"
 #include "tests/controls/ControlsFixture.h"
 
 namespace oak::tests {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class ControlInput : public TControlsTest {
  protected:
@@ -49,6 +47,15 @@ class ControlInput : public TControlsTest {
     control.OnKeyPress = [this](TObject*, char16_t& key) {
       log.push_back("char " + std::to_string(static_cast<int>(key)));
     };
+  }
+  void ListenToMouse(TWinControl& control) {
+    control.OnMouseDown = [this](TObject*, TMouseButton button, TShiftState shift, int x, int y) {
+      log.push_back("down " + std::to_string(button) + " " + std::to_string(x) + "," +
+                    std::to_string(y) + (shift.Contains(ssCtrl) ? " ctrl" : ""));
+    };
+    control.OnMouseUp = [this](auto&&...) { log.push_back("up"); };
+    control.OnClick = [this](TObject*) { log.push_back("click"); };
+    control.OnDblClick = [this](TObject*) { log.push_back("double"); };
   }
   TLog Take() { return std::exchange(log, {}); }
 
@@ -253,20 +260,48 @@ TEST_F(ControlInput, MouseOfFieldsOfText) {
   for (TCustomEdit* const field : std::initializer_list<TCustomEdit*>{edit, memo, rich}) {
     SCOPED_TRACE(field->GetTop());
     field->SetText(u"some words");
-    field->OnMouseDown = [this](TObject*, TMouseButton button, TShiftState, int x, int) {
-      log.push_back("down " + std::to_string(button) + " " + std::to_string(x));
-    };
-    field->OnMouseUp = [this](TObject*, TMouseButton, TShiftState, int, int) {
-      log.push_back("up");
-    };
-    field->OnClick = [this](TObject*) { log.push_back("click"); };
-    field->OnDblClick = [this](TObject*) { log.push_back("double"); };
+    ListenToMouse(*field);
     screen->Click(*field, {20, 8});
-    EXPECT_THAT(Take(), ElementsAre("down 0 20", "click", "up"));
+    EXPECT_THAT(Take(), ElementsAre("down 0 20,8", "click", "up"));
     EXPECT_EQ(screen->Focused(), field);
     screen->DoubleClick(*field, {20, 8});
-    EXPECT_THAT(Take(), ElementsAre("down 0 20", "click", "up", "double", "down 0 20", "up"));
+    EXPECT_THAT(Take(), ElementsAre("down 0 20,8", "click", "up", "double", "down 0 20,8", "up"));
   }
+}
+
+TEST_F(ControlInput, MouseOfAPaintedControl) {
+  auto* const pad = Place<TPanel>({10, 10, 210, 110});
+  auto* const other = Place<TEdit>({10, 120, 210, 144});
+  ListenToMouse(*pad);
+  pad->OnMouseEnter = [this](TObject*) { log.push_back("enter"); };
+  pad->OnMouseLeave = [this](TObject*) { log.push_back("leave"); };
+  int paints = 0;
+  pad->OnPaint = [&](auto&&...) { ++paints; };
+  Show();
+  screen->MouseMove(*other, {5, 5});
+  Take();
+  screen->Click(*pad, {20, 30}, {ssCtrl});
+  EXPECT_THAT(Take(), ElementsAre("enter", "down 0 20,30 ctrl", "click", "up"));
+  screen->Click(*pad, {21, 30}, {}, mbRight);
+  EXPECT_THAT(Take(), ElementsAre("down 1 21,30", "up"));
+  screen->DoubleClick(*pad, {60, 30});
+  EXPECT_THAT(Take(), ElementsAre("down 0 60,30", "click", "up", "double", "down 0 60,30", "up"));
+  screen->MouseMove(*other, {5, 5});
+  screen->Advance(screen->IsNative() ? 50 : 0);
+  EXPECT_THAT(Take(), ElementsAre("leave"));
+  pad->SetMouseCapture(true);
+  EXPECT_TRUE(pad->GetMouseCapture());
+  screen->Click(*other, {5, 5});
+  EXPECT_FALSE(Take().empty());
+  pad->SetMouseCapture(false);
+  EXPECT_FALSE(pad->GetMouseCapture());
+  const int painted = paints;
+  pad->InvalidateRect({0, 0, 10, 10});
+  pad->InvalidateRect({50, 50, 60, 60});
+  EXPECT_EQ(paints, painted);
+  pad->Update();
+  EXPECT_EQ(paints, painted + 1);
+  EXPECT_EQ(pad->ScreenToClient(pad->ClientToScreen({3, 4})), TPoint(3, 4));
 }
 
 TEST_F(ControlInput, ATextIsShownAsItStands) {
@@ -283,36 +318,6 @@ TEST_F(ControlInput, ATextIsShownAsItStands) {
   screen->Drain();
   EXPECT_EQ(ToUtf8(screen->TextOf(*rich)), ToUtf8(source) + "\r\n2");
   EXPECT_FALSE(rich->GetModified());
-}
-
-TEST_F(ControlInput, KeyboardOpensTheMenuOfATree) {
-  TTreeUnderTest* const tree = PlaceTree();
-  TListUnderTest* const list = PlaceList();
-  TPopupMenu menu;
-  menu.Items().Add(u"Open", [this](TObject*) { log.push_back("open"); });
-  tree->SetPopupMenu(&menu);
-  list->SetPopupMenu(&menu);
-  Show();
-  tree->SetFocus();
-  tree->SetSelected(tree->Find(u"b"));
-  screen->QueueMenuChoice(u"Open");
-  screen->KeyPress(vkApps);
-  EXPECT_THAT(Take(), ElementsAre("open"));
-  EXPECT_EQ(menu.GetPopupComponent(), tree);
-  EXPECT_EQ(tree->GetSelected(), tree->Find(u"b"));
-  // A program that answers the key itself gets no menu besides.
-  for (TWinControl* const control : std::initializer_list<TWinControl*>{tree, list}) {
-    control->OnKeyDown = [](TObject*, std::uint16_t& key, TShiftState shift) {
-      if (key == vkF10 && shift.Contains(ssShift)) key = 0;
-    };
-    control->SetFocus();
-    tree->Take();
-    list->Take();
-    screen->KeyPress(vkF10, {ssShift});
-    EXPECT_THAT(tree->Take(), ::testing::Not(::testing::Contains("menu")));
-    EXPECT_THAT(list->Take(), ::testing::Not(::testing::Contains("menu")));
-  }
-  EXPECT_THAT(Take(), IsEmpty());
 }
 
 TEST_F(ControlInput, AFormWithoutFrameThatGoesWhenItIsLeft) {

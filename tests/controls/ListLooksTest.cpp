@@ -272,20 +272,6 @@ TEST_F(ListLooks, AnEmptyListIsDrawnByTheApplicationToo) {
   ExpectShown(*list);
 }
 
-TEST_F(ListLooks, RowsAreFoundByStates) {
-  ShowReport(6);
-  list->Row(1)->SetSelected(true);
-  list->Row(4)->SetSelected(true);
-  list->Row(4)->SetCut(true);
-  EXPECT_EQ(list->GetNextItem(nullptr, sdAll, isSelected), list->Row(1));
-  EXPECT_EQ(list->GetNextItem(list->Row(1), sdBelow, isSelected), list->Row(4));
-  EXPECT_EQ(list->GetNextItem(nullptr, sdAll, {isSelected, isCut}), list->Row(4));
-  EXPECT_EQ(list->FindCaption(0, u"row 4", false, true, false), list->Row(4));
-  list->DeleteSelected();
-  EXPECT_EQ(list->GetNextItem(nullptr, sdAll, isSelected), nullptr);
-  ExpectShown(*list);
-}
-
 TEST_F(ListLooks, SpacingAndWidthOfIcons) {
   ShowStyle(vsIcon, 6);
   list->SetIconSpacingPixels(100, 90);

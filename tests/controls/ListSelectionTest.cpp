@@ -194,6 +194,9 @@ TEST_F(ListSelection, TypedTextLeadsToARow) {
     Expect(one.Selection);
     screen->Advance(1100);
   }
+  if (screen->IsNative()) return;
+  screen->TypeText(u"bb");
+  Expect("[2]");  // a letter again goes on to the next one
 }
 
 }  // namespace

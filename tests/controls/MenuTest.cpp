@@ -52,6 +52,26 @@ TEST_F(ControlMenus, RightClickAndKeyboardOpenThem) {
   screen->KeyPress(vkF10, {ssShift});
   EXPECT_THAT(chosen, IsEmpty());
   EXPECT_EQ(screen->Focused(), list);
+  TTreeUnderTest tree;
+  tree.SetBounds(420, 10, 100, 100);
+  tree.SetParent(form.get());
+  tree.SetPopupMenu(&menu);
+  tree.SetSelected(tree.Items().Add(nullptr, u"node"));
+  screen->QueueMenuChoice(u"Open");
+  tree.SetFocus();
+  screen->KeyPress(vkApps);
+  EXPECT_THAT(chosen, ElementsAre("open"));
+  EXPECT_EQ(component, &tree);
+  // A program that answers the key itself gets no menu besides.
+  component = nullptr;
+  for (TWinControl* const control : std::initializer_list<TWinControl*>{list, &tree}) {
+    control->OnKeyDown = [](TObject*, std::uint16_t& key, TShiftState) {
+      if (key == vkF10) key = 0;
+    };
+    control->SetFocus();
+    screen->KeyPress(vkF10, {ssShift});
+    EXPECT_EQ(component, nullptr);
+  }
 }
 
 TEST_F(ControlMenus, AskFirst) {

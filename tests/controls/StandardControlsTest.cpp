@@ -1,6 +1,5 @@
 // Edits, combo boxes, buttons, labels, panels, splitters and forms.
 #include "oak/framework/Application.h"
-#include "oak/framework/Canvas.h"
 #include "tests/controls/ControlsFixture.h"
 
 namespace oak::tests {
@@ -287,25 +286,6 @@ TEST_F(StandardControls, FormsShowAndClose) {
   form->Show();
   screen->Drain();
   EXPECT_TRUE(screen->IsShown(*form));
-
-  TForm dialog;
-  dialog.SetPosition(poDesigned);
-  dialog.SetBounds(100, 100, 300, 200);
-  TButton ok;
-  ok.SetParent(&dialog);
-  ok.SetModalResult(mrOk);
-  auto* button = Place<TButton>({10, 10, 110, 40});
-  TModalResult result = mrNone;
-  bool disabled = false;
-  button->OnClick = [&](TObject*) { result = dialog.ShowModal(); };
-  screen->Later([&] {
-    disabled = Screen().GetActiveForm() == &dialog;
-    ok.PerformClick();
-  });
-  screen->Click(*button, {20, 10});
-  EXPECT_EQ(result, mrOk);
-  EXPECT_TRUE(disabled);
-  EXPECT_FALSE(screen->IsShown(dialog));
 }
 
 TEST_F(StandardControls, PrivateMessagesComeInOrder) {
@@ -348,64 +328,6 @@ TEST_F(StandardControls, HintsAppear) {
   EXPECT_GT(screen->CountWindows(), windows);
   screen->MouseMove(*form, {300, 200});
   EXPECT_EQ(Application().GetHint(), u"");
-}
-
-TEST_F(StandardControls, MouseEventsOfAPaintedControl) {
-  class TPad : public TCustomControl {
-   public:
-    ~TPad() override { BeginDestroy(); }
-    TLog Log;
-    int Paints = 0;
-
-   protected:
-    void Click() override { Log.push_back("click"); }
-    void DblClick() override { Log.push_back("double"); }
-    void MouseDown(TMouseButton button, TShiftState shift, int x, int y) override {
-      Log.push_back("down " + std::to_string(button) + " " + std::to_string(x) + "," +
-                    std::to_string(y) + (shift.Contains(ssCtrl) ? " ctrl" : ""));
-    }
-    void MouseUp(TMouseButton, TShiftState, int, int) override { Log.push_back("up"); }
-    void MouseEnter() override { Log.push_back("enter"); }
-    void MouseLeave() override { Log.push_back("leave"); }
-    bool DoMouseWheel(TShiftState, int delta, TPoint) override {
-      Log.push_back("wheel " + std::to_string(delta));
-      return true;
-    }
-    void Paint(TCanvas& canvas, const TRect& clip) override {
-      ++Paints;
-      TCustomControl::Paint(canvas, clip);
-    }
-  };
-  auto* pad = Place<TPad>({10, 10, 210, 110});
-  auto* other = Place<TEdit>({10, 120, 210, 144});
-  Show();
-  const auto take = [&] { return std::exchange(pad->Log, {}); };
-  screen->MouseMove(*other, {5, 5});
-  take();
-  screen->Click(*pad, {20, 30}, {ssCtrl});
-  EXPECT_THAT(take(), ElementsAre("enter", "down 0 20,30 ctrl", "click", "up"));
-  screen->Click(*pad, {21, 30}, {}, mbRight);
-  EXPECT_THAT(take(), ElementsAre("down 1 21,30", "up"));
-  screen->DoubleClick(*pad, {60, 30});
-  EXPECT_THAT(take(), ElementsAre("down 0 60,30", "click", "up", "double", "down 0 60,30", "up"));
-  screen->Wheel(*pad, {60, 30}, -2);
-  EXPECT_THAT(take(), ElementsAre("wheel -240"));
-  screen->MouseMove(*other, {5, 5});
-  screen->Advance(screen->IsNative() ? 50 : 0);
-  EXPECT_THAT(take(), ElementsAre("leave"));
-  pad->SetMouseCapture(true);
-  EXPECT_TRUE(pad->GetMouseCapture());
-  screen->Click(*other, {5, 5});
-  EXPECT_FALSE(take().empty());
-  pad->SetMouseCapture(false);
-  EXPECT_FALSE(pad->GetMouseCapture());
-  const int paints = pad->Paints;
-  pad->InvalidateRect({0, 0, 10, 10});
-  pad->InvalidateRect({50, 50, 60, 60});
-  EXPECT_EQ(pad->Paints, paints);
-  pad->Update();
-  EXPECT_EQ(pad->Paints, paints + 1);
-  EXPECT_EQ(pad->ScreenToClient(pad->ClientToScreen({3, 4})), TPoint(3, 4));
 }
 
 }  // namespace

@@ -131,22 +131,6 @@ TEST_F(SelectionFiles, MakesFoldersOfAnyLength) {
   EXPECT_EQ(list.GetListOfAllFiles().size(), 1u);
 }
 
-TEST_F(SelectionFiles, KnowsFoldersAbove) {
-  struct TCase {
-    const char16_t *Path, *Parent;
-  };
-  for (const TCase& c : {TCase{u"C:\\a\\b.txt", u"C:\\a\\"},
-                         {u"C:\\a\\b\\*", u"C:\\a\\"},
-                         {u"C:\\a\\", u"C:\\"},
-                         {u"C:\\*", u""},
-                         {u"\\\\s\\h\\x", u"\\\\s\\h\\"},
-                         {u"\\\\s\\h\\*", u""},
-                         {u"", u""},
-                         {u"\\\\?\\C:\\x", u"\\\\?\\C:\\"}})
-    EXPECT_EQ(TOakSelectionList::GetParentPathFromPath(c.Path), TString(c.Parent))
-        << ToUtf8(c.Path);
-}
-
 // --- totals ------------------------------------------------------------------------
 
 /// Keeps what is to be counted until the test says what came out.
@@ -209,13 +193,11 @@ TEST_F(SelectionTotals, AnEmptyListGivesUpWhatIsBeingCounted) {
   Run("+Z");
   ASSERT_EQ(jobs.size(), 1u);
   EXPECT_FALSE(jobs[0].Token->IsCancellationRequested()) << "new work has a token of its own";
-}
-
-TEST_F(SelectionTotals, NothingIsLeftOfWhatIsGone) {
-  Run("+A");
-  Finish(35, 5, 3);
-  Run("-A");
+  Finish(7, 1, 0);
+  Run("-Z");
   EXPECT_EQ(Totals(), "0 0 0") << "though the count that would take it off was given up";
+  FolderSizeJob() = nullptr;
+  EXPECT_THROW(TOakSelectionList().SetCalculateSelectedFiles(true), EInvalidOperation);
 }
 
 TEST_F(SelectionTotals, CountsMayEndInAnyOrder) {
@@ -242,13 +224,6 @@ TEST_F(SelectionTotals, ACountMayOutliveTheList) {
   ending.reset();
   EXPECT_TRUE(jobs[0].Token->IsCancellationRequested());
   Finish(1, 1, 1);
-}
-
-TEST_F(SelectionTotals, AProgramThatCannotCountSaysSo) {
-  FolderSizeJob() = nullptr;
-  TOakSelectionList other;
-  EXPECT_THROW(other.SetCalculateSelectedFiles(true), EInvalidOperation);
-  other.SetCalculateSelectedFiles(false);
 }
 
 }  // namespace

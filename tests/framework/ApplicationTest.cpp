@@ -13,8 +13,8 @@ using ::testing::ElementsAre;
 class ApplicationTest : public TScreenTest {};
 
 TEST_F(ApplicationTest, TheApplicationRunsUntilItsMainFormCloses) {
-  auto& main = Application().CreateForm<TPlainForm>();
-  auto& other = Application().CreateForm<TPlainForm>();
+  auto& main = Application().CreateForm<TProbeForm>();
+  auto& other = Application().CreateForm<TProbeForm>();
   EXPECT_EQ(Application().GetMainForm(), &main);
   int idle = 0;
   Application().OnIdle = [&](TObject*, bool& done) {
@@ -34,7 +34,7 @@ TEST_F(ApplicationTest, TheApplicationRunsUntilItsMainFormCloses) {
 
 TEST_F(ApplicationTest, TheLowerUnitsLearnOfTheApplication) {
   EXPECT_FALSE(Host().IsInteractive());
-  TPlainForm form;
+  TProbeForm form;
   auto* control = new TWatchedControl(&form);
   EXPECT_EQ(Host().WindowOf(control), nullptr);
   form.Show();
@@ -44,7 +44,7 @@ TEST_F(ApplicationTest, TheLowerUnitsLearnOfTheApplication) {
 }
 
 TEST_F(ApplicationTest, AsksInDialogs) {
-  TPlainForm form;
+  TProbeForm form;
   form.Show();
   Application().SetTitle(u"Title");
   screen->QueueDialogAnswer(mrNo);
@@ -83,7 +83,7 @@ TEST_F(ApplicationTest, AsksInDialogs) {
 }
 
 TEST_F(ApplicationTest, StylesColourWhatIsDrawn) {
-  TPlainForm form;
+  TProbeForm form;
   auto* control = new TWatchedControl(&form);
   form.Show();
   screen->Paint();

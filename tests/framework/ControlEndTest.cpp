@@ -86,7 +86,7 @@ TEST_F(ControlEnd, AControlOrItsFormMayBeDestroyedInEachOfItsEvents) {
   for (const bool withForm : {false, true})
     for (const TEndCase& c : EndCases()) {
       SCOPED_TRACE(std::string(c.Name) + (withForm ? ", form" : ", control"));
-      auto* form = new TPlainForm;
+      auto* form = new TProbeForm;
       auto* control = new TWatchedControl(form);
       auto* other = new TEdit;
       other->SetParent(form);
@@ -111,7 +111,7 @@ TEST_F(ControlEnd, AFormMayBeDestroyedInItsOwnEvents) {
                          "OnHide", "OnCloseQuery", "OnClose"};
   for (const std::string name : names) {
     SCOPED_TRACE(name);
-    auto* form = new TPlainForm;
+    auto* form = new TProbeForm;
     bool ended = false;
     auto end = [&](auto&&...) {
       delete form;
@@ -124,7 +124,7 @@ TEST_F(ControlEnd, AFormMayBeDestroyedInItsOwnEvents) {
     if (name == "OnCloseQuery") form->OnCloseQuery = end;
     if (name == "OnClose") form->OnClose = end;
     form->Show();
-    TPlainForm other;
+    TProbeForm other;
     if (!ended) other.Show();
     if (!ended) screen->CloseWindow(*form);
     screen.Drain();

@@ -2,31 +2,16 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
-#include "oak/framework/Canvas.h"
 #include "oak/framework/Events.h"
-#include "oak/framework/Forms.h"
-#include "testkit/HeadlessForms.h"
 #include "tests/framework/GeometryPrinting.h"
+#include "tests/framework/HeadlessProbe.h"
 
-namespace oak {
-namespace tests {
-
-using TLog = std::vector<std::string>;
+namespace oak::tests {
 
 class TScreenTest : public ::testing::Test {
  protected:
-  testkit::THeadlessScreen screen{[](const std::string& text) { ADD_FAILURE() << text; }};
-};
-
-/// A form of a fixed place with nothing on it.
-class TPlainForm : public TForm {
- public:
-  TPlainForm() { TForm::SetBounds(100, 100, 400, 300); }
+  testkit::THeadlessScreen screen{FailWith};
 };
 
 /// A control that writes down what it is told. Protected operations are public here.
@@ -66,7 +51,6 @@ class TWatchedControl : public TCustomControl {
     TCustomControl::Paint(canvas, clip);
   }
 
- public:
  private:
   void Note(const std::string& text) {
     if (fLog) fLog->push_back(fName.empty() ? text : fName + " " + text);
@@ -77,5 +61,4 @@ class TWatchedControl : public TCustomControl {
 
 inline TRect BoundsOf(const TControl& control) { return control.GetBoundsRect(); }
 
-}  // namespace tests
-}  // namespace oak
+}  // namespace oak::tests

@@ -15,7 +15,7 @@ class ControlInput : public TScreenTest {
 };
 
 TEST_F(ControlInput, ALostMouseEndsThePress) {
-  TPlainForm form;
+  TProbeForm form;
   auto* control = new TWatchedControl(&form, &log);
   auto* other = new TWatchedControl(&form);
   other->SetLeft(100);
@@ -37,36 +37,8 @@ TEST_F(ControlInput, ALostMouseEndsThePress) {
   EXPECT_EQ(std::count(log.begin(), log.end(), "capture lost"), 0) << "given back, not lost";
 }
 
-TEST_F(ControlInput, TheFormMaySeeKeysFirst) {
-  TPlainForm form;
-  auto* edit = new TEdit;
-  edit->SetParent(&form);
-  auto listen = [&](TWinControl& control, const std::string& name) {
-    control.OnKeyDown = [&, name](TObject*, std::uint16_t& key, TShiftState) {
-      log.push_back(name + " down");
-      if (key == u'C') key = 0;
-    };
-    control.OnKeyPress = [&, name](TObject*, char16_t& key) {
-      log.push_back(name + " char");
-      if (key == u'q') key = 0;
-    };
-  };
-  listen(form, "form");
-  listen(*edit, "edit");
-  form.SetKeyPreview(true);
-  form.Show();
-  const auto press = [&](std::uint16_t key) {
-    screen->KeyPress(key);
-    return std::exchange(log, {});
-  };
-  EXPECT_THAT(press(u'B'), ElementsAre("form down", "edit down", "form char", "edit char"));
-  EXPECT_THAT(press(u'C'), ElementsAre("form down")) << "no character follows";
-  EXPECT_THAT(press(u'Q'), ElementsAre("form down", "edit down", "form char"));
-  EXPECT_EQ(edit->GetText(), u"b");
-}
-
 TEST_F(ControlInput, TabFollowsTheOrderOfTheProgram) {
-  TPlainForm form;
+  TProbeForm form;
   auto* first = new TEdit;
   auto* panel = new TPanel;
   auto* last = new TEdit;
@@ -87,7 +59,7 @@ TEST_F(ControlInput, TabFollowsTheOrderOfTheProgram) {
 }
 
 TEST_F(ControlInput, EnterAndExitFollowTheKeyboardThroughContainers) {
-  TPlainForm form;
+  TProbeForm form;
   auto* left = new TWatchedControl(&form, &log, "left");
   auto* inLeft = new TWatchedControl(left, &log, "inLeft");
   auto* alsoInLeft = new TWatchedControl(left, &log, "alsoInLeft");
@@ -100,7 +72,7 @@ TEST_F(ControlInput, EnterAndExitFollowTheKeyboardThroughContainers) {
   EXPECT_THAT(log, ElementsAre("left enter", "inLeft enter", "inLeft exit", "alsoInLeft enter",
                                "alsoInLeft exit", "left exit", "right enter"));
   log.clear();
-  TPlainForm other;
+  TProbeForm other;
   other.Show();
   screen->ActivateWindow(form);
   EXPECT_THAT(log, IsEmpty()) << "another program part is no exit";
@@ -118,7 +90,7 @@ TEST_F(ControlInput, EnterAndExitFollowTheKeyboardThroughContainers) {
 TEST_F(ControlInput, WhatGoesAwayLeavesTheKeyboardToTheNext) {
   enum { Hide, Disable, Destroy, TakeAway };
   for (const int how : {Hide, Disable, Destroy, TakeAway}) {
-    TPlainForm form;
+    TProbeForm form;
     auto* panel = new TPanel;
     panel->SetParent(&form);
     auto* edit = new TEdit;
@@ -137,18 +109,8 @@ TEST_F(ControlInput, WhatGoesAwayLeavesTheKeyboardToTheNext) {
   }
 }
 
-TEST_F(ControlInput, WhatAHandlerThrowsIsReportedAndTheRestGoesOn) {
-  TPlainForm form;
-  auto* control = new TWatchedControl(&form);
-  form.Show();
-  control->OnClick = [](TObject*) { throw EInvalidOperation(u"Refused"); };
-  screen->Click(*control, {3, 3});
-  EXPECT_THAT(std::exchange(screen.Exceptions(), {}), ElementsAre(u"Refused"));
-  EXPECT_FALSE(control->GetMouseCapture());
-}
-
 TEST_F(ControlInput, HintsAppearWhenTheMouseRests) {
-  TPlainForm form;
+  TProbeForm form;
   auto* control = new TWatchedControl(&form);
   control->SetHint(u"Short|The long text");
   control->SetShowHint(true);

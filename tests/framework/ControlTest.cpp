@@ -113,7 +113,7 @@ TEST(ControlLook, FontAndColourComeFromTheParentUntilSet) {
 class ControlWindow : public TScreenTest {};
 
 TEST_F(ControlWindow, IsMadeWhenItIsShown) {
-  TPlainForm form;
+  TProbeForm form;
   auto* panel = new TWatchedControl(&form);
   auto* child = new TWatchedControl(panel);
   child->Hide();
@@ -128,14 +128,14 @@ TEST_F(ControlWindow, IsMadeWhenItIsShown) {
   EXPECT_TRUE(child->HandleAllocated()) << "hiding keeps windows";
   EXPECT_THROW(TWatchedControl(nullptr).GetHandle(), EInvalidOperation);
 
-  TPlainForm hidden;
+  TProbeForm hidden;
   auto* wanted = new TWatchedControl(&hidden);
   EXPECT_NE(wanted->GetHandle(), nullptr) << "a window can be had before it is seen";
   EXPECT_FALSE(wanted->IsShowing());
 }
 
 TEST_F(ControlWindow, LivesInAForeignParent) {
-  TPlainForm host;  // stands for the window of a foreign program
+  TProbeForm host;  // stands for the window of a foreign program
   host.Show();
   TWatchedControl control(nullptr);
   control.SetParentWindow(host.GetHandle());
@@ -152,7 +152,7 @@ TEST_F(ControlWindow, LivesInAForeignParent) {
 }
 
 TEST_F(ControlWindow, StacksAsTheListOfControlsSays) {
-  TPlainForm form;
+  TProbeForm form;
   auto* below = new TWatchedControl(&form);
   auto* above = new TWatchedControl(&form);
   below->Hide();
@@ -167,7 +167,7 @@ TEST_F(ControlWindow, StacksAsTheListOfControlsSays) {
 
 TEST_F(ControlWindow, GetsItsMessagesInOrderAndAfterTheApplication) {
   TLog log;
-  TPlainForm form;
+  TProbeForm form;
   auto* control = new TWatchedControl(&form, &log);
   form.Show();
   log.clear();

@@ -22,7 +22,7 @@ TEST_F(FormTest, ClosesAsItsEventsSay) {
                          {true, caMinimize, true, wsMinimized, false},
                          {true, caFree, false, wsNormal, true}};
   for (const TCase& c : cases) {
-    auto* form = new TPlainForm;
+    auto* form = new TProbeForm;
     form->OnCloseQuery = [&](TObject*, bool& canClose) { canClose = c.CanClose; };
     form->OnClose = [&](TObject*, TCloseAction& action) { action = c.Action; };
     form->Show();
@@ -40,7 +40,7 @@ TEST_F(FormTest, ClosesAsItsEventsSay) {
 }
 
 TEST_F(FormTest, IsReleasedAfterItsHandlerEvenFromALoopWithin) {
-  auto* form = new TPlainForm;
+  auto* form = new TProbeForm;
   auto* button = new TButton;
   button->SetParent(form);
   const TLifeGuard guard = form->GetLifeGuard();
@@ -60,7 +60,7 @@ TEST_F(FormTest, IsReleasedAfterItsHandlerEvenFromALoopWithin) {
 TEST_F(FormTest, ASplitterSizesItsNeighbour) {
   for (const TAlign align : {alLeft, alRight, alTop, alBottom}) {
     SCOPED_TRACE(align);
-    TPlainForm form;
+    TProbeForm form;
     form.SetFormBorderStyle(bsFormNone);
     auto* pane = new TPanel;
     auto* splitter = new TSplitter;
@@ -97,7 +97,7 @@ TEST_F(FormTest, ASplitterSizesItsNeighbour) {
 }
 
 TEST_F(FormTest, RunsModallyUntilItHasAResult) {
-  TPlainForm owner, dialog;
+  TProbeForm owner, dialog;
   owner.Show();
   auto* ok = new TButton;
   ok->SetParent(&dialog);
@@ -131,10 +131,10 @@ TEST_F(FormTest, RunsModallyUntilItHasAResult) {
 }
 
 TEST_F(FormTest, MayBeDestroyedWhileItIsModal) {
-  auto* dialog = new TPlainForm;
+  auto* dialog = new TProbeForm;
   screen->Later([&] { delete dialog; });
   EXPECT_EQ(dialog->ShowModal(), mrCancel);
-  dialog = new TPlainForm;
+  dialog = new TProbeForm;
   const TLifeGuard guard = dialog->GetLifeGuard();
   dialog->OnClose = [](TObject*, TCloseAction& action) { action = caFree; };
   screen->Later([&] { dialog->SetModalResult(mrOk); });

@@ -2,7 +2,6 @@
 
 #include <thread>
 
-#include "oak/base/Exceptions.h"
 #include "oak/framework/MainThreadQueue.h"
 #include "oak/framework/Timer.h"
 #include "tests/framework/HeadlessProbe.h"
@@ -15,44 +14,6 @@ class HeadlessDesktop : public THeadlessTest {};
 using testkit::THeadlessScreen;
 
 std::uint16_t KeyA() { return u'A'; }
-
-// --- mouse -------------------------------------------------------------------
-
-TEST_F(HeadlessDesktop, MouseReachesTheTopmostWindowAndTheCapture) {
-  TProbe low(form, {0, 0, 100, 100}, "low", &log), high(form, {50, 50, 150, 150}, "high", &log);
-  form.Show();
-  screen.Drain();
-  Take(log);
-  screen->MouseMove(form.ClientToScreen({60, 60}));
-  screen->MouseMove(form.ClientToScreen({40, 40}));
-  EXPECT_EQ(Take(log), (TLog{"high move 10,10", "high leave", "low move 40,40"}));
-
-  // A press on `low` keeps the mouse there until it is let go, and is no click elsewhere.
-  screen->MouseDown();
-  screen->MouseMove(form.ClientToScreen({80, 80}));
-  screen->MouseMove(form.ClientToScreen({-5, -200}));
-  screen->MouseUp();
-  EXPECT_EQ(Take(log), (TLog{"low down 40,40 left", "low move 80,80", "low move -5,-200",
-                             "low up -5,-200 left"}));
-
-  low.BringToFront();
-  screen->Click(form.ClientToScreen({60, 60}), {ssCtrl});
-  EXPECT_EQ(Take(log), (TLog{"low key 17 ctrl", "low move 60,60", "low down 60,60 left ctrl",
-                             "low click", "low up 60,60 left ctrl", "low keyup 17"}));
-}
-
-TEST_F(HeadlessDesktop, DisabledWindowsLeaveTheMouseToWhatTheyLieIn) {
-  TProbe outer(form, {0, 0, 100, 100}, "outer", &log);
-  TProbe inner(outer, {10, 10, 50, 50}, "inner", &log);
-  form.Show();
-  inner.SetEnabled(false);
-  screen->Click(form.ClientToScreen({20, 20}));
-  EXPECT_EQ(std::count(log.begin(), log.end(), "outer click"), 1);
-  form.SetEnabled(false);
-  Take(log);
-  screen->Click(form.ClientToScreen({20, 20}));
-  EXPECT_EQ(Take(log), TLog{});
-}
 
 // --- focus and keys ----------------------------------------------------------
 

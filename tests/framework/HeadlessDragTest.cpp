@@ -122,27 +122,6 @@ TEST(HeadlessDrag, EntersPassesOverAndDrops) {
   EXPECT_EQ(std::count(lines.begin(), lines.end(), "click"), 1);
 }
 
-TEST(HeadlessDrag, KeysAndTimeAreTold) {
-  TDragFixture f;
-  f.Screen->SetAutoRun(false);
-  f.Screen->MouseMove({10, 10});
-  f.Screen->MouseDown();
-  f.Screen->MouseMove({110, 50});
-  f.Screen->MouseMove({110, 50});
-  f.Screen->Later([&] {
-    f.Log.clear();
-    f.Screen->KeyDown(vkControl);
-    f.Screen->Later([&] {
-      f.Screen.Advance(150);  // scrolling and expanding need that
-      f.Screen->KeyUp(vkControl);
-      f.Screen->MouseUp();
-    });
-  });
-  f.Screen.Drain();
-  EXPECT_EQ(f.Count("middle over 9 110,50"), 4);
-  EXPECT_EQ(f.Count("middle drop 0 110,50"), 1);
-}
-
 TEST(HeadlessDrag, ATargetsWindowMayEndInItsCalls) {
   for (const char* call : {"enter", "over", "leave", "drop"}) {
     SCOPED_TRACE(call);

@@ -116,25 +116,6 @@ TEST(HeadlessMenu, EntriesOfOthersAreMergedAndFilledLate) {
   EXPECT_EQ(f.Screen->TrackMenu(menu, {10, 10}, &f.Probe, nullptr), 0u);
 }
 
-TEST(HeadlessMenu, TheOwnerMayEndWhileTheMenuIsOpen) {
-  THeadlessScreen screen(FailWith);
-  auto form = std::make_unique<TProbeForm>();
-  auto* const probe = new TProbe(*form, {0, 0, 100, 100}, "p");
-  auto* const menu = new TPopupMenu(form.get());
-  TMenuItem& sub = *menu->Items().Add(u"Sub");
-  sub.Add(u"Entry", [](TObject*) { ADD_FAILURE() << "chosen from a menu that is gone"; });
-  probe->SetPopupMenu(menu);
-  form->Show();
-  screen->OnMenu = [&](THeadlessMenuSession& open) {
-    form.reset();
-    EXPECT_TRUE(open.GetCaptions(u"Sub").size() <= 1);
-    open.Choose(u"Sub|Entry");
-    open.Cancel();
-  };
-  menu->Popup(10, 10);
-  EXPECT_EQ(form, nullptr);
-}
-
 TEST(HeadlessMenu, TheMenuBarOfAForm) {
   TMenuFixture f;
   TMainMenu bar;

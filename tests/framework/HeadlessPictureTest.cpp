@@ -28,17 +28,6 @@ class TDrawn : public TCustomControl {
   ~TDrawn() override { BeginDestroy(); }
 };
 
-/// Picture of one drawn control on a form without a frame.
-TString PictureOf(const TSize& size, const std::function<void(TCanvas&, const TRect&)>& draw) {
-  THeadlessScreen screen(FailWith);
-  TProbeForm form;
-  form.SetFormBorderStyle(bsFormNone);
-  form.SetBounds(0, 0, size.Width, size.Height);
-  TDrawn control(form, {0, 0, size.Width, size.Height}, draw);
-  form.Show();
-  return screen.Picture(form);
-}
-
 TEST(HeadlessPicture, AFormWithControls) {
   THeadlessScreen screen(FailWith);
   TProbeForm form(u"Search");
@@ -80,45 +69,6 @@ TEST(HeadlessPicture, AFormWithControls) {
 )";
   EXPECT_EQ(u"\n" + screen.Picture(form), expected);
   EXPECT_EQ(screen.Picture(form), screen.Picture(form));
-}
-
-TEST(HeadlessPicture, MarksOfWhatIsDrawn) {
-  const TString picture = PictureOf({280, 120}, [](TCanvas& canvas, const TRect&) {
-    constexpr TTextFormat line{tfSingleLine, tfVerticalCenter};
-    canvas.GetBrush().SetColor(clHighlight);
-    canvas.FillRect({14, 0, 140, 20});
-    canvas.GetBrush().SetStyle(bsClear);
-    canvas.DrawText({28, 0, 140, 20}, u"selected", line);
-    canvas.GetBrush().SetColor(clBtnFace);
-    canvas.FillRect({14, 20, 140, 40});
-    canvas.GetBrush().SetStyle(bsClear);
-    canvas.DrawText({28, 20, 140, 40}, u"unfocused", line);
-    canvas.DrawText({28, 40, 140, 60}, u"plain", line);
-    canvas.DrawText({140, 0, 280, 20}, u"right", line + tfRight);
-    canvas.DrawText({140, 20, 280, 40}, u"middle", line + tfCenter);
-    canvas.GetBrush().SetStyle(bsSolid);
-    canvas.GetBrush().SetColor(clWindow);
-    canvas.Rectangle({150, 44, 163, 57});
-    canvas.MoveTo(152, 50);
-    canvas.LineTo(160, 54);
-    canvas.Rectangle({190, 44, 203, 57});
-    const TPoint up[] = {{225, 54}, {231, 48}, {237, 54}},
-                 right[] = {{250, 44}, {256, 50}, {250, 56}};
-    canvas.Polygon(up);
-    canvas.Polygon(right);
-    canvas.MoveTo(0, 70);
-    canvas.LineTo(280, 70);
-    canvas.DrawText({0, 80, 35, 100}, u"shortened by its rectangle", line + tfEndEllipsis);
-    canvas.DrawText({70, 80, 280, 100}, u"\u4E2D\u6587 e\u0301 \U0001F600|", line);
-  });
-  EXPECT_EQ(u"\n" + picture,
-            uR"(
-   *selected                       right
-   +unfocused              middle
-    plain            [x]   [ ]   ^  >
-────────────────────────────────────────
-sh...     中文 é 😀|
-)");
 }
 
 TEST(HeadlessPicture, WindowsCoverEachOtherAndWhatIsScrolledOutIsCut) {

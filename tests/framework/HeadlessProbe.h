@@ -16,7 +16,7 @@ namespace oak::tests {
 
 inline void FailWith(const std::string& text) { ADD_FAILURE() << text; }
 
-/// A line for each event, "Name down 3,4 left".
+/// A line for each event, "Name key 65 shift".
 class TProbe : public TCustomControl {
  public:
   TProbe(TWinControl& parent, const TRect& bounds, std::string name,
@@ -33,20 +33,13 @@ class TProbe : public TCustomControl {
   std::function<void(TMessage& message)> OnProc;
 
  protected:
-  void MouseDown(TMouseButton button, TShiftState shift, int x, int y) override {
-    if (!Note("down", x, y, button, shift)) return;
-    if (CanFocus()) SetFocus();
+  void MouseDown(TMouseButton, TShiftState, int, int) override {
+    if (Write("down") && CanFocus()) SetFocus();
   }
-  void MouseUp(TMouseButton button, TShiftState shift, int x, int y) override {
-    Note("up", x, y, button, shift);
-  }
-  void MouseMove(TShiftState, int x, int y) override {
-    Write("move " + std::to_string(x) + "," + std::to_string(y));
-  }
-  void MouseLeave() override { Write("leave"); }
+  void MouseMove(TShiftState, int, int) override { Write("move"); }
   void Click() override { Write("click"); }
   void KeyDown(std::uint16_t& key, TShiftState shift) override {
-    Write("key " + std::to_string(key) + Shift(shift));
+    Write("key " + std::to_string(key) + (shift.Contains(ssShift) ? " shift" : ""));
   }
   void KeyUp(std::uint16_t& key, TShiftState) override { Write("keyup " + std::to_string(key)); }
   void KeyPress(char16_t& key) override { Write("char " + ToUtf8(TStringView(&key, 1))); }
@@ -66,18 +59,6 @@ class TProbe : public TCustomControl {
   TRect LastClip;
 
  private:
-  static std::string Shift(TShiftState shift) {
-    std::string text;
-    if (shift.Contains(ssShift)) text += " shift";
-    if (shift.Contains(ssCtrl)) text += " ctrl";
-    if (shift.Contains(ssAlt)) text += " alt";
-    return text;
-  }
-  bool Note(const char* what, int x, int y, TMouseButton button, TShiftState shift) {
-    constexpr const char* names[] = {" left", " right", " middle"};
-    return Write(std::string(what) + " " + std::to_string(x) + "," + std::to_string(y) +
-                 names[button] + Shift(shift));
-  }
   bool Write(const std::string& line) {
     if (fLog) fLog->push_back(fName + " " + line);
     const TLifeGuard guard = GetLifeGuard();

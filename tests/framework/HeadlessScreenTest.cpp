@@ -4,7 +4,6 @@
 
 #include "oak/base/Exceptions.h"
 #include "oak/framework/Forms.h"
-#include "oak/framework/MainThreadQueue.h"
 #include "oak/platform/MenuTable.h"
 
 namespace oak::tests {
@@ -47,24 +46,6 @@ TEST(HeadlessScreen, TellsWhatATestLeavesBehind) {
   EXPECT_EQ(TTexts(faults.begin() + 5, faults.end()), (TTexts{faults[0], faults[1], faults[4]}));
   EXPECT_EQ(&WidgetSet(), &former);
   TMenuTable::Instance().Destroy(menu);
-}
-
-TEST(HeadlessScreen, TimePassesFromTickToTick) {
-  THeadlessScreen screen([](const std::string& text) { ADD_FAILURE() << text; });
-  const std::uint64_t begin = screen.Clock().GetTicks();
-  std::vector<std::uint64_t> ticks;
-  std::unique_ptr<ITimerPeer> second;
-  const auto first = screen->CreateTimer(40, [&] {
-    ticks.push_back(screen.Clock().GetTicks() - begin);
-    if (!second)
-      second = screen->CreateTimer(15, [&] {
-        ticks.push_back(1000 + screen.Clock().GetTicks() - begin);
-        second.reset();
-      });
-  });
-  screen.Advance(99);
-  EXPECT_EQ(ticks, (std::vector<std::uint64_t>{40, 1055, 80, 1095}));
-  EXPECT_EQ(screen.Clock().GetTicks() - begin, 99u);
 }
 
 }  // namespace

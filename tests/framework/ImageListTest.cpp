@@ -77,18 +77,6 @@ TEST(ImageList, StripsMasksAndColours) {
   EXPECT_EQ(image.ScanLine(0)[0], 0xFFFF0000u);
 }
 
-TEST(ImageList, WrongIndexesRaiseAndChangeNothing) {
-  TImageList list(nullptr, 4, 4);
-  list.Add(ColourStrip(2));
-  for (const int index : {-1, 2}) EXPECT_THROW(list.Delete(index), EArgumentException);
-  EXPECT_THROW(list.Overlay(0, 16), EArgumentException);
-  EXPECT_THROW(list.SetSize(4, 1025), EInvalidArgument);
-  EXPECT_EQ(ColoursOf(list), (std::vector<TColor>{clRed, clLime}));
-  TBitmap kept = SolidImage(clAqua);
-  EXPECT_FALSE(list.GetBitmap(2, kept));
-  EXPECT_TRUE(kept.SameContents(SolidImage(clAqua)));
-}
-
 TEST(ImageList, OverlaysFollowTheirImages) {
   TImageList list(nullptr, 4, 4);
   list.Add(ColourStrip(4));

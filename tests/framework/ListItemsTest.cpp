@@ -29,20 +29,6 @@ TEST(ListItems, SubItemsForgiveReadingAndRefuseGaps) {
   EXPECT_EQ(texts[-1], u"");
 }
 
-TEST(ListItems, AddingPutsRowsWhereTheyAreAskedFor) {
-  TProbeList list;
-  list.Items().Add()->SetCaption(u"b");
-  list.Items().Insert(0)->SetCaption(u"a");
-  list.Items().Insert(2)->SetCaption(u"d");
-  list.Items().Insert(2)->SetCaption(u"c");
-  EXPECT_EQ(list.Captions(), u"a b c d ");
-  EXPECT_EQ(list.Row(4), nullptr);
-  EXPECT_EQ(list.Row(-1), nullptr);
-  TProbeList other;
-  EXPECT_THROW(list.Items().AddItem(std::make_unique<TListItem>(&other.Items())), EInvalidArgument);
-  EXPECT_THROW(list.Items().AddItem(nullptr), EInvalidArgument);
-}
-
 TEST(ListItems, RowsThatAreNotInTheListYetTellNothing) {
   TProbeList list({u"x"});
   int told = 0;
@@ -169,38 +155,6 @@ TEST(ListItems, PlacesCountsAndFocusAgreeAfterAnyChanges) {
         ASSERT_NO_FATAL_FAILURE(walk.CheckAllPlaces()) << "step " << step;
       }
     }
-  }
-}
-
-TEST(ListItems, FocusGoesOnToTheNextRow) {
-  struct TCase {
-    TString Name;
-    int Focused;
-    std::function<void(TProbeList&)> Change;
-    TString Expected;
-  };
-  const TCase cases[] = {
-      {u"the row itself", 1, [](TProbeList& l) { l.Items().Delete(1); }, u"c"},
-      {u"the last row", 4, [](TProbeList& l) { l.Items().Delete(4); }, u"d"},
-      {u"one before", 2, [](TProbeList& l) { l.Items().Delete(0); }, u"c"},
-      {u"several with it", 1,
-       [](TProbeList& l) {
-         l.Items().DeleteIf([](const TListItem& i) { return i.GetCaption() < u"d"; });
-       },
-       u"d"},
-      {u"all behind it", 1,
-       [](TProbeList& l) {
-         l.Items().DeleteIf([](const TListItem& i) { return i.GetCaption() > u"a"; });
-       },
-       u"a"},
-      {u"all", 1, [](TProbeList& l) { l.Items().Clear(); }, u"none"},
-  };
-  for (const TCase& test : cases) {
-    TProbeList list({u"a", u"b", u"c", u"d", u"e"});
-    list.SetItemFocused(list.Row(test.Focused));
-    test.Change(list);
-    const TListItem* const focused = list.GetItemFocused();
-    EXPECT_EQ(focused ? focused->GetCaption() : u"none", test.Expected) << ToUtf8(test.Name);
   }
 }
 

@@ -11,7 +11,6 @@ namespace oak::tests {
 class TProbeList : public TCustomListView {
  public:
   using TCustomListView::ChangeScale;
-  using TCustomListView::GetColumnText;
 
   /// Rows with these captions.
   explicit TProbeList(std::initializer_list<TString> captions = {}) {
@@ -30,11 +29,5 @@ class TProbeList : public TCustomListView {
     return text;
   }
 };
-
-inline void Fill(TCustomListView& list, int count) {
-  list.Items().BeginUpdate();
-  for (int i = 0; i < count; ++i) list.Items().Add()->SetCaption(IntToStr(i));
-  list.Items().EndUpdate();
-}
 
 }  // namespace oak::tests

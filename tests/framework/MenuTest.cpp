@@ -87,7 +87,7 @@ TEST(ShortCuts, AreShownAsText) {
 class PopupMenu : public TScreenTest {};
 
 TEST_F(PopupMenu, RunsTheChoiceAfterItHasClosed) {
-  TPlainForm form;
+  TProbeForm form;
   form.Show();
   TPopupMenu menu;
   TLog log;
@@ -113,12 +113,14 @@ TEST_F(PopupMenu, RunsTheChoiceAfterItHasClosed) {
 }
 
 TEST_F(PopupMenu, MayBeDestroyedAtAnyMoment) {
-  enum { InPopup, WhileOpen, EntryWhileOpen, InClick, EntryInClick };
-  for (const int when : {InPopup, WhileOpen, EntryWhileOpen, InClick, EntryInClick}) {
+  enum { InPopup, WhileOpen, EntryWhileOpen, FormWhileOpen, InClick, EntryInClick };
+  for (const int when :
+       {InPopup, WhileOpen, EntryWhileOpen, FormWhileOpen, InClick, EntryInClick}) {
     SCOPED_TRACE(when);
-    TPlainForm form;
-    form.Show();
-    auto* menu = new TPopupMenu(&form);
+    auto form = std::make_unique<TProbeForm>();
+    form->Show();
+    auto* menu = new TPopupMenu(form.get());
+    menu->SetPopupComponent(form.get());
     TMenuItem* item = menu->Items().Add(u"Item");
     bool clicked = false;
     item->OnClick = [&](TObject*) {
@@ -130,19 +132,21 @@ TEST_F(PopupMenu, MayBeDestroyedAtAnyMoment) {
     screen->OnMenu = [&](THeadlessMenuSession& session) {
       if (when == WhileOpen) delete std::exchange(menu, nullptr);
       if (when == EntryWhileOpen) delete item;
+      if (when == FormWhileOpen) menu = nullptr, form.reset();
       if (!session.IsFinished() && !session.Choose(u"Item")) session.Cancel();
     };
     menu->Popup(10, 10);
     screen->OnMenu = nullptr;
     EXPECT_EQ(clicked, when == InClick || when == EntryInClick);
-    form.SetPopupMenu(menu);
+    if (!form) continue;
+    form->SetPopupMenu(menu);
     delete menu;
-    EXPECT_EQ(form.GetPopupMenu(), nullptr);
+    EXPECT_EQ(form->GetPopupMenu(), nullptr);
   }
 }
 
 TEST_F(PopupMenu, OfAFormRunsByItsNumbers) {
-  TPlainForm form;
+  TProbeForm form;
   auto* bar = new TMainMenu;
   int clicks = 0;
   TMenuItem* item = bar->Items().Add(u"File")->Add(u"Open", [&](TObject*) { ++clicks; });

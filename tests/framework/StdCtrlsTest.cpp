@@ -15,7 +15,7 @@ class StdCtrls : public TScreenTest {
     control->SetParent(&form);
     return control;
   }
-  TPlainForm form;
+  TProbeForm form;
 };
 
 TEST_F(StdCtrls, EditsTellOfChangesOnce) {

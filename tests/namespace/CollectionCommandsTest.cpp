@@ -2,15 +2,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "oak/framework/Forms.h"
 #include "oak/namespace/NamespaceHooks.h"
 #include "oak/namespace/Oak.Shell.ItemIdListCollection.h"
 #include "oak/namespace/Oak.Shell.Types.h"
 #include "oak/namespace/OakItemIdList.h"
-#include "testkit/HeadlessForms.h"
-#include "testkit/ScopedApi.h"
 #include "tests/EmptyObjects.h"
-#include "tests/namespace/TestFolder.h"
+#include "tests/namespace/FakeContextMenu.h"
+#include "tests/namespace/ScriptedRegistry.h"
 
 namespace oak {
 namespace {
@@ -21,43 +19,21 @@ using ::testing::IsEmpty;
 using testkit::TScopedApi;
 using tests::TTestFolder;
 
-/// Writes down what it is asked to do.
-class TFakeMenu : public TInterfacedObject<IContextMenu> {
- public:
-  std::vector<std::string> Calls;
-  HRESULT QueryResult = S_OK;
-  HRESULT InvokeResult = S_OK;
+using tests::TFakeContextMenu;
+using TEntries = std::vector<tests::TFakeEntry>;
 
-  HRESULT STDMETHODCALLTYPE QueryContextMenu(HMENU, UINT index, UINT first, UINT last,
-                                             UINT flags) override {
-    Calls.push_back("query " + std::to_string(index) + " " + std::to_string(first) + ".." +
-                    std::to_string(last) + ((flags & CMF_OPTIMIZEFORINVOKE) != 0 ? " quick" : ""));
-    return QueryResult;
-  }
-  HRESULT STDMETHODCALLTYPE InvokeCommand(CMINVOKECOMMANDINFO* info) override {
-    const auto& full = *reinterpret_cast<CMINVOKECOMMANDINFOEX*>(info);
-    Calls.push_back("invoke " + ToUtf8(FromW(full.lpVerbW)) +
-                    ((full.fMask & CMIC_MASK_SHIFT_DOWN) != 0 ? " shift" : "") +
-                    ((full.fMask & CMIC_MASK_FLAG_NO_UI) != 0 ? " silent" : ""));
-    return InvokeResult;
-  }
-  HRESULT STDMETHODCALLTYPE GetCommandString(UINT_PTR id, UINT, UINT*, CHAR*, UINT) override {
-    Calls.push_back("name " + std::to_string(id));
-    return S_FALSE;
-  }
-};
+const std::string QuickQuery = "query 1..32767 at 0 flags " + std::to_string(CMF_OPTIMIZEFORINVOKE);
 
-/// Data in memory: what was put in comes out again.
-class TFakeData : public tests::TEmptyDataObject<> {
+/// Data in memory, which lists its own formats.
+class TFakeData : public tests::TEmptyDataObject<IEnumFORMATETC> {
  public:
   std::vector<CLIPFORMAT> Formats;
-  std::vector<CLIPFORMAT> Broken;  ///< Told of, but not rendered.
+  CLIPFORMAT Broken = 0;  ///< Told of, but not rendered.
   HRESULT SetResult = S_OK;
 
   HRESULT STDMETHODCALLTYPE GetData(FORMATETC* format, STGMEDIUM* medium) override {
     *medium = {};
-    for (CLIPFORMAT broken : Broken)
-      if (broken == format->cfFormat) return DV_E_FORMATETC;
+    if (format->cfFormat == Broken) return DV_E_FORMATETC;
     medium->tymed = TYMED_HGLOBAL;
     medium->hGlobal = Api().GlobalAlloc(0, 16);
     return S_OK;
@@ -68,15 +44,14 @@ class TFakeData : public tests::TEmptyDataObject<> {
     if (release) Api().ReleaseStgMedium(medium);
     return S_OK;
   }
-  HRESULT STDMETHODCALLTYPE EnumFormatEtc(DWORD, IEnumFORMATETC** formats) override;
-};
-
-class TFakeFormats : public TInterfacedObject<IEnumFORMATETC> {
- public:
-  explicit TFakeFormats(std::vector<CLIPFORMAT> formats) : fFormats(std::move(formats)) {}
+  HRESULT STDMETHODCALLTYPE EnumFormatEtc(DWORD, IEnumFORMATETC** formats) override {
+    fNext = 0;
+    *formats = Ref<IEnumFORMATETC>::Share(this).Detach();
+    return S_OK;
+  }
   HRESULT STDMETHODCALLTYPE Next(ULONG, FORMATETC* format, ULONG*) override {
-    if (fNext == fFormats.size()) return S_FALSE;
-    *format = {fFormats[fNext++], nullptr, DVASPECT_CONTENT, -1, TYMED_HGLOBAL};
+    if (fNext == Formats.size()) return S_FALSE;
+    *format = {Formats[fNext++], nullptr, DVASPECT_CONTENT, -1, TYMED_HGLOBAL};
     // A device that the format is for; whoever asks frees it.
     format->ptd = static_cast<DVTARGETDEVICE*>(CoTaskMemAlloc(64));
     return S_OK;
@@ -86,21 +61,14 @@ class TFakeFormats : public TInterfacedObject<IEnumFORMATETC> {
   HRESULT STDMETHODCALLTYPE Clone(IEnumFORMATETC**) override { return E_NOTIMPL; }
 
  private:
-  std::vector<CLIPFORMAT> fFormats;
   std::size_t fNext = 0;
 };
-
-HRESULT STDMETHODCALLTYPE TFakeData::EnumFormatEtc(DWORD, IEnumFORMATETC** formats) {
-  std::vector<CLIPFORMAT> all = Broken;
-  all.insert(all.end(), Formats.begin(), Formats.end());
-  *formats = MakeRef<TFakeFormats>(all).Detach();
-  return S_OK;
-}
 
 /// A folder that has a menu and data for its objects, and nothing else.
 class TFakeFolder : public tests::TEmptyShellFolder {
  public:
-  Ref<TFakeMenu> Menu = MakeRef<TFakeMenu>();
+  tests::TLog Calls;  ///< Of the menu.
+  Ref<TFakeContextMenu> Menu = MakeRef<TFakeContextMenu>(Calls, TEntries());
   Ref<TFakeData> Data = MakeRef<TFakeData>();
   HRESULT Result = S_OK;
   UINT SeenCount = 0;
@@ -150,20 +118,22 @@ TEST_F(CollectionCommands, ManyItemsShareOneMenu) {
   struct TCase {
     TShellCommand Command;
     const char* Invoked;
+    DWORD Mask = 0;
   };
   const TCase cases[] = {
       {saOpen, "invoke OPEN"},
       {saCut, "invoke CUT"},
       {saDelete, "invoke DELETE"},
-      {saDeleteNoUndo, "invoke DELETE shift"},
-      {WithoutUi(saDeleteNoUndo), "invoke DELETE shift silent"},
+      {saDeleteNoUndo, "invoke DELETE", CMIC_MASK_SHIFT_DOWN},
+      {WithoutUi(saDeleteNoUndo), "invoke DELETE", CMIC_MASK_SHIFT_DOWN | CMIC_MASK_FLAG_NO_UI},
       {u"DELETE", "invoke DELETE"},
       {u"extension.verb", "invoke extension.verb"},
   };
   for (const TCase& c : cases) {
-    shell->Menu->Calls.clear();
+    shell->Calls.clear();
     EXPECT_TRUE(Faked({u"one", u"two"})->InvokeCommand(c.Command));
-    EXPECT_THAT(shell->Menu->Calls, ElementsAre("query 0 1..32767 quick", c.Invoked));
+    EXPECT_THAT(shell->Calls, ElementsAre(QuickQuery, c.Invoked));
+    EXPECT_EQ(shell->Menu->Info.fMask & (CMIC_MASK_SHIFT_DOWN | CMIC_MASK_FLAG_NO_UI), c.Mask);
     EXPECT_EQ(shell->SeenCount, 2u);
   }
 }
@@ -172,14 +142,14 @@ TEST_F(CollectionCommands, AnEmptySelectionDoesNothing) {
   EXPECT_FALSE(Faked({})->InvokeCommand(saDelete));
   EXPECT_FALSE(Faked({})->InvokeCommand(saDefault));
   EXPECT_FALSE(Faked({})->InvokeCommandOnAll(saCopyPath));
-  EXPECT_THAT(shell->Menu->Calls, IsEmpty());
+  EXPECT_THAT(shell->Calls, IsEmpty());
 }
 
 TEST_F(CollectionCommands, FailuresComeThrough) {
   const auto list = Faked({u"one", u"two"});
   shell->Menu->QueryResult = E_ACCESSDENIED;
   EXPECT_THROW(list->InvokeCommand(saCut), EFolderTrekError);
-  EXPECT_THAT(shell->Menu->Calls, ElementsAre("query 0 1..32767 quick")) << "not carried out";
+  EXPECT_THAT(shell->Calls, ElementsAre(QuickQuery)) << "not carried out";
   shell->Menu->QueryResult = S_OK;
   shell->Menu->InvokeResult = HRESULT_FROM_WIN32(ERROR_CANCELLED);
   try {
@@ -207,26 +177,16 @@ TEST_F(CollectionCommands, DataGoesToTheClipboardAndToTheProperties) {
   EXPECT_EQ(copied, Ref<IDataObject>(shell->Data));
   EXPECT_TRUE(Faked({u"one"})->InvokeCommand(saProperties)) << "of one item, too";
   EXPECT_EQ(shown, Ref<IDataObject>(shell->Data));
-  EXPECT_THAT(shell->Menu->Calls, IsEmpty());
-}
-
-TEST_F(CollectionCommands, PathsGoToTheClipboardAsText) {
-  testkit::THeadlessScreen screen([](const std::string& text) { ADD_FAILURE() << text; });
-  EXPECT_TRUE(Absolute({u"one", u"two\\file.txt"})->InvokeCommand(saCopyPath));
-  EXPECT_EQ(Clipboard().GetAsText(), folder.Path(u"one") + u"\r\n" + folder.Path(u"two\\file.txt"));
+  EXPECT_THAT(shell->Calls, IsEmpty());
 }
 
 TEST_F(CollectionCommands, ItemByItemUntilOneFails) {
-  std::vector<TString> folders;
-  const TScopedApi execute(Api().ShellExecuteW,
-                           [&](HWND, LPCWSTR, LPCWSTR, LPCWSTR, LPCWSTR directory, int) {
-                             folders.push_back(FromW(directory));
-                             return reinterpret_cast<HINSTANCE>(std::intptr_t{33});
-                           });
+  tests::TStarted started;
   EXPECT_TRUE(Absolute({u"one", u"two"})->InvokeCommand(saOpenCommandPrompt));
-  EXPECT_THAT(folders, ElementsAre(folder.Path(u"one"), folder.Path(u"two")));
+  const std::string one = "CMD.EXE||" + ToUtf8(folder.Path(u"one"));
+  EXPECT_THAT(started.Calls, ElementsAre(one, "CMD.EXE||" + ToUtf8(folder.Path(u"two"))));
 
-  folders.clear();
+  started.Calls.clear();
   const auto list = Absolute({u"one", u"missing", u"two"});
   try {
     list->InvokeCommand(saOpenCommandPrompt);
@@ -236,7 +196,7 @@ TEST_F(CollectionCommands, ItemByItemUntilOneFails) {
     EXPECT_THAT(ToUtf8(error.GetMessage()), HasSubstr(".InvokeCommandOnEach(cmd)"));
     EXPECT_THAT(ToUtf8(error.GetMessage()), HasSubstr("missing")) << "and the item's own text";
   }
-  EXPECT_THAT(folders, ElementsAre(folder.Path(u"one"))) << "the first failure ends it";
+  EXPECT_THAT(started.Calls, ElementsAre(one)) << "the first failure ends it";
 }
 
 TEST_F(CollectionCommands, TheTitleOfWhatIsSharedNamesTheFirstTwo) {
@@ -259,8 +219,8 @@ TEST_F(CollectionCommands, TheTitleOfWhatIsSharedNamesTheFirstTwo) {
 }
 
 TEST_F(CollectionCommands, FormatsAreCopiedOneByOne) {
-  shell->Data->Formats = {CF_HDROP, 77};
-  shell->Data->Broken = {5};
+  shell->Data->Formats = {5, CF_HDROP, 77};
+  shell->Data->Broken = 5;
   const auto list = Faked({u"one"});
   const auto target = MakeRef<TFakeData>();
   list->CopyTo(target.Get());
@@ -277,7 +237,8 @@ TEST_F(CollectionCommands, FormatsAreCopiedOneByOne) {
 
 /// Plays the function that makes menus out of parts.
 struct TMenuMaker {
-  Ref<TFakeMenu> Menu = MakeRef<TFakeMenu>();
+  tests::TLog Log;
+  Ref<TFakeContextMenu> Menu = MakeRef<TFakeContextMenu>(Log, TEntries{{u"copy", u"Copy"}});
   int Calls = 0;
   UINT Count = 0;
   UINT KeyCount = 0;
@@ -297,67 +258,54 @@ struct TMenuMaker {
     *menu = Ref<IContextMenu>(Menu).Detach();
     return S_OK;
   }
+
+  TScopedApi<decltype(TApi::CDefFolderMenu_Create2)> Entry{
+      Api().CDefFolderMenu_Create2,
+      [this](PCIDLIST_ABSOLUTE root, HWND, UINT count, PCUITEMID_CHILD_ARRAY pidls,
+             IShellFolder* desktop, LPFNDFMCALLBACK callback, UINT keyCount, const HKEY*,
+             IContextMenu** menu) {
+        EXPECT_EQ(PidlDepth(root), 0);
+        return Make(count, pidls, desktop, callback, keyCount, menu);
+      }};
 };
 
 TEST_F(CollectionCommands, ItemsOfSeveralFoldersGetAMenuOfTheirOwn) {
   TMenuMaker maker;
-  const TScopedApi create(Api().CDefFolderMenu_Create2,
-                          [&](PCIDLIST_ABSOLUTE root, HWND, UINT count, PCUITEMID_CHILD_ARRAY pidls,
-                              IShellFolder* desktop, LPFNDFMCALLBACK callback, UINT keyCount,
-                              const HKEY*, IContextMenu** menu) {
-                            EXPECT_EQ(PidlDepth(root), 0);
-                            return maker.Make(count, pidls, desktop, callback, keyCount, menu);
-                          });
-  int opened = 0, closed = 0;
-  const HKEY key = reinterpret_cast<HKEY>(std::intptr_t{4711});
-  const TScopedApi open(Api().RegOpenKeyExW,
-                        [&](HKEY root, LPCWSTR name, DWORD, REGSAM, HKEY* result) -> LSTATUS {
-                          EXPECT_EQ(root, HKEY_CLASSES_ROOT);
-                          EXPECT_EQ(FromW(name), u"AllFilesystemObjects");
-                          *result = key;
-                          return ++opened == 1 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
-                        });
-  const TScopedApi close(Api().RegCloseKey, [&](HKEY closing) -> LSTATUS {
-    EXPECT_EQ(closing, key);
-    ++closed;
-    return ERROR_SUCCESS;
-  });
+  tests::TScriptedRegistry registry;
+  registry.SetText(HKEY_CLASSES_ROOT, u"AllFilesystemObjects\\", u"");
 
   const auto list = Absolute({u"one\\file.txt", u"two\\file.txt"});
   EXPECT_TRUE(list->InvokeCommand(saCut));
-  EXPECT_THAT(maker.Menu->Calls, ElementsAre("query 0 1..32767 quick", "invoke CUT"));
+  EXPECT_THAT(maker.Log, ElementsAre(QuickQuery, "invoke CUT"));
   EXPECT_EQ(maker.Count, 2u);
   EXPECT_EQ(maker.KeyCount, 1u);
   EXPECT_TRUE(maker.HasDataObject);
   EXPECT_THAT(maker.CallbackResults, ElementsAre(S_OK, S_FALSE, E_NOTIMPL));
-  EXPECT_EQ(closed, 1);
+  EXPECT_EQ(registry.OpenKeys, 0);
 
+  registry.Clear();
   EXPECT_TRUE(list->GetContextMenuMultiple());
   EXPECT_EQ(maker.KeyCount, 0u) << "a menu without the extensions is better than none";
-  EXPECT_EQ(closed, 1) << "what was not opened is not closed";
 }
 
 TEST_F(CollectionCommands, IsAContextMenuItself) {
   TMenuMaker maker;
-  const TScopedApi create(
-      Api().CDefFolderMenu_Create2,
-      [&](PCIDLIST_ABSOLUTE, HWND, UINT count, PCUITEMID_CHILD_ARRAY pidls, IShellFolder* desktop,
-          LPFNDFMCALLBACK callback, UINT keyCount, const HKEY*, IContextMenu** menu) {
-        return maker.Make(count, pidls, desktop, callback, keyCount, menu);
-      });
   const auto list = Absolute({u"one", u"two\\file.txt"});
   const Ref<IContextMenu> menu = list.As<IContextMenu>();
   ASSERT_TRUE(menu);
-  EXPECT_EQ(menu->QueryContextMenu(nullptr, 2, 10, 20, 0), S_OK);
-  EXPECT_EQ(menu->GetCommandString(3, 0, nullptr, nullptr, 0), S_FALSE);
+  EXPECT_EQ(menu->QueryContextMenu(nullptr, 2, 10, 20, 0), 1);
+  WCHAR verb[8]{};
+  EXPECT_EQ(menu->GetCommandString(0, GCS_VERBW, nullptr, reinterpret_cast<CHAR*>(verb), 8), S_OK);
+  EXPECT_EQ(FromW(verb), u"copy");
   CMINVOKECOMMANDINFOEX info{};
-  info.lpVerbW = W(u"verb");
+  info.cbSize = sizeof info;
+  info.lpVerb = "verb";
   maker.Menu->InvokeResult = E_ACCESSDENIED;
   EXPECT_EQ(menu->InvokeCommand(reinterpret_cast<CMINVOKECOMMANDINFO*>(&info)), E_ACCESSDENIED);
-  EXPECT_THAT(maker.Menu->Calls, ElementsAre("query 2 10..20", "name 3", "invoke verb"));
+  EXPECT_THAT(maker.Log, ElementsAre("query 10..20 at 2 flags 0", "invoke verb"));
   EXPECT_EQ(maker.Calls, 1) << "one menu for a conversation";
   list->Add(Item(u"three"));
-  EXPECT_EQ(menu->QueryContextMenu(nullptr, 0, 1, 2, 0), S_OK);
+  EXPECT_EQ(menu->QueryContextMenu(nullptr, 0, 1, 2, 0), 1);
   EXPECT_EQ(maker.Count, 3u) << "another one for another selection";
   list->Clear();
   EXPECT_TRUE(FAILED(menu->QueryContextMenu(nullptr, 0, 1, 2, 0))) << "no exception leaves";

@@ -158,8 +158,7 @@ TEST(NavigationPane, SettingsCanBeAnsweredByTheProgram) {
   EXPECT_FALSE(THelper::ShellExpandToCurrentFolder());
   registry.SetNumber(HKEY_CURRENT_USER, AllFolders, 1);
   EXPECT_TRUE(THelper::ShellShowAllFolders()) << "read at each call";
-  EXPECT_FALSE(THelper::ShellExpandToCurrentFolder());
-  registry.SetText(HKEY_CURRENT_USER, Expand, u"1");
+  registry.SetNumber(HKEY_CURRENT_USER, Expand, 1);
   EXPECT_TRUE(THelper::ShellExpandToCurrentFolder());
   registry.SetText(HKEY_CURRENT_USER, Expand, u"no number");
   registry.SetNumber(HKEY_CURRENT_USER, AllFolders, 2);

@@ -7,10 +7,8 @@
 #include <thread>
 
 #include "oak/framework/Forms.h"
-#include "oak/framework/GraphicsSystem.h"
 #include "oak/framework/ListView.h"
 #include "oak/framework/StdCtrls.h"
-#include "oak/framework/Styles.h"
 #include "oak/framework/TreeView.h"
 #include "oak/namespace/Oak.Shell.SystemImageList.h"
 #include "oak/namespace/OakItemIdList.h"
@@ -265,20 +263,6 @@ TEST(ControlHelper, FindsTheEntryOfANodeForItsHeight) {
   EXPECT_FALSE(THelper::SetNodeIntegralHeight(*inner, 2));
 }
 
-TEST(ControlHelper, FontsOfIconTitles) {
-  testkit::THeadlessScreen screen([](const std::string& text) { ADD_FAILURE() << text; });
-  TFont expected;
-  TForm form;
-  form.GetFont().SetColor(clBlue);
-  form.GetFont().SetHeight(-40);
-  THelper::ApplyExplorerFont(form);
-  GraphicsSystem().GetSystemFont(TSystemFont::IconTitle, form.GetCurrentPPI(), expected);
-  EXPECT_TRUE(form.GetFont().SameFace(expected));
-  EXPECT_EQ(form.GetFont().GetColor(), clBlue);
-  EXPECT_EQ(THelper::GetTextWidth(expected, u"abc"),
-            THelper::GetTextExtent(expected, u"abc").Width);
-}
-
 TEST(ControlHelper, OwningWindows) {
   testkit::THeadlessScreen screen([](const std::string& text) { ADD_FAILURE() << text; });
   TForm form;
@@ -297,7 +281,6 @@ TEST(ControlHelper, OwningWindows) {
 TEST(ControlHelper, InvokesLaterUnlessTheControlHasGone) {
   testkit::THeadlessScreen screen([](const std::string& text) { ADD_FAILURE() << text; });
   TForm form;
-  form.SetCaption(u"Caption");
   auto panel = std::make_unique<TPanel>(nullptr);
   panel->SetParent(&form);
   form.Show();
@@ -314,8 +297,6 @@ TEST(ControlHelper, InvokesLaterUnlessTheControlHasGone) {
   panel.reset();
   screen.Drain();
   EXPECT_EQ(log, "form thread ");
-  EXPECT_EQ(TControlHelper::GetCaption(form), u"Caption");
-  EXPECT_EQ(&TControlHelper::StyleServices(form), &TStyleManager::ActiveStyle());
 }
 
 // --- data --------------------------------------------------------------------------------

@@ -11,6 +11,7 @@
 #include "oak/namespace/OakItemIdList.h"
 #include "oak/platform/MenuTable.h"
 #include "testkit/ScopedApi.h"
+#include "tests/EmptyObjects.h"
 #include "tests/namespace/FakeShellItem.h"
 #include "tests/namespace/TestFolder.h"
 
@@ -141,7 +142,7 @@ class TFakeView final : public TInterfacedObject<IShellView> {
 };
 
 /// A real folder whose objects have the menus of the test.
-class TMenuFolder final : public TInterfacedObject<IShellFolder> {
+class TMenuFolder final : public TEmptyShellFolder {
  public:
   TMenuFolder(TLog& log, Ref<IShellFolder> real) : fLog(log), fReal(std::move(real)) {}
 
@@ -155,16 +156,9 @@ class TMenuFolder final : public TInterfacedObject<IShellFolder> {
                                              ULONG* attributes) override {
     return fReal->ParseDisplayName(window, context, name, eaten, pidl, attributes);
   }
-  HRESULT STDMETHODCALLTYPE EnumObjects(HWND window, SHCONTF flags, IEnumIDList** list) override {
-    return fReal->EnumObjects(window, flags, list);
-  }
   HRESULT STDMETHODCALLTYPE BindToObject(PCUIDLIST_RELATIVE pidl, IBindCtx* context, REFIID iid,
                                          void** out) override {
     return fReal->BindToObject(pidl, context, iid, out);
-  }
-  HRESULT STDMETHODCALLTYPE BindToStorage(PCUIDLIST_RELATIVE pidl, IBindCtx* context, REFIID iid,
-                                          void** out) override {
-    return fReal->BindToStorage(pidl, context, iid, out);
   }
   HRESULT STDMETHODCALLTYPE CompareIDs(LPARAM hint, PCUIDLIST_RELATIVE a,
                                        PCUIDLIST_RELATIVE b) override {
@@ -190,10 +184,6 @@ class TMenuFolder final : public TInterfacedObject<IShellFolder> {
   HRESULT STDMETHODCALLTYPE GetDisplayNameOf(PCUITEMID_CHILD pidl, SHGDNF form,
                                              STRRET* name) override {
     return fReal->GetDisplayNameOf(pidl, form, name);
-  }
-  HRESULT STDMETHODCALLTYPE SetNameOf(HWND window, PCUITEMID_CHILD pidl, LPCWSTR name, SHGDNF form,
-                                      PITEMID_CHILD* renamed) override {
-    return fReal->SetNameOf(window, pidl, name, form, renamed);
   }
 
  protected:
@@ -228,6 +218,18 @@ class TMenusAsData {
         for (const TMenuEntry& entry : Table().GetEntries(menu))
           if (entry.IsDefault) return entry.Command;
         return static_cast<UINT>(-1);
+      }};
+};
+
+/// Keeps what ShellExecuteW was asked to start.
+struct TStarted {
+  std::vector<std::string> Calls;
+  testkit::TScopedApi<decltype(TApi::ShellExecuteW)> Entry{
+      Api().ShellExecuteW,
+      [this](HWND, LPCWSTR, LPCWSTR file, LPCWSTR parameters, LPCWSTR directory, int) {
+        Calls.push_back(ToUtf8(TString(FromW(file)) + u"|" + TString(FromW(parameters)) + u"|" +
+                               TString(FromW(directory))));
+        return reinterpret_cast<HINSTANCE>(std::uintptr_t{33});
       }};
 };
 

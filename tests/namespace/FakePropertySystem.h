@@ -1,20 +1,10 @@
 // A property system whose answers the test chooses.
 #pragma once
 
-#include "oak/base/InterfacedObject.h"
-#include "oak/base/Text.h"
-#include "oak/platform/Api.h"
 #include "testkit/ScopedApi.h"
+#include "tests/namespace/FakeShellItem.h"
 
 namespace oak::test {
-
-/// A copy in task memory.
-inline LPWSTR TaskText(TStringView text) {
-  auto* memory = static_cast<char16_t*>(CoTaskMemAlloc((text.size() + 1) * sizeof(char16_t)));
-  text.copy(memory, text.size());
-  memory[text.size()] = 0;
-  return reinterpret_cast<LPWSTR>(memory);
-}
 
 /// Describes nothing, formats every value as FormattedText and remembers how it was asked.
 class TFakePropertySystem final : public TInterfacedObject<IPropertySystem> {
@@ -36,7 +26,7 @@ class TFakePropertySystem final : public TInterfacedObject<IPropertySystem> {
     FormattedKey = key;
     FormatFlags = static_cast<int>(flags);
     if (FormattedText.empty()) return E_FAIL;
-    *text = TaskText(FormattedText);
+    *text = tests::TaskText(FormattedText);
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE GetPropertyDescriptionByName(LPCWSTR, REFIID, void**) override {

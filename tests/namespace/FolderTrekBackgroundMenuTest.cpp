@@ -116,11 +116,6 @@ TEST_F(BackgroundMenu, Failures) {
   EXPECT_THAT(World.Log, IsEmpty());
 }
 
-TEST_F(BackgroundMenu, QueryingShowsNothing) {
-  EXPECT_TRUE(Cursor->QueryBackgroundMenu({10, 10}));
-  EXPECT_THAT(World.Log, ElementsAre("query 1..255 at 0 flags 4"));
-}
-
 TEST_F(BackgroundMenu, TheCursorMayEndMeanwhile) {
   Screen->OnMenu = [this](THeadlessMenuSession& menu) {
     Cursor.Cursor.reset();

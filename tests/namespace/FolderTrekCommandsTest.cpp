@@ -201,23 +201,18 @@ TEST_F(CursorCommands, ExploreShowsObjectsOfOneFolderOnce) {
 }
 
 TEST_F(CursorCommands, CommandPromptsOpenWhereTheFirstObjectLies) {
-  std::vector<std::string> started;
-  const TScopedApi execute(
-      Api().ShellExecuteW, [&](HWND, LPCWSTR, LPCWSTR, LPCWSTR text, LPCWSTR directory, int) {
-        started.push_back(ToUtf8(TString(FromW(text)) + u"|" + TString(FromW(directory))));
-        return reinterpret_cast<HINSTANCE>(std::uintptr_t{33});
-      });
+  TStarted started;
   const std::string path = ToUtf8(World.Files.Path());
   const std::string inner = path + "\\sub";
   EXPECT_TRUE(Cursor->InvokeContextMenuCommand(saOpenCommandPrompt));
   Cursor.Select(u"sub");
   EXPECT_TRUE(Cursor->InvokeContextMenuCommand(saOpenCommandPrompt));
-  EXPECT_THAT(started,
-              ElementsAre("/K CD \"" + path + "\"|" + path, "/K CD \"" + inner + "\"|" + inner));
+  EXPECT_THAT(started.Calls, ElementsAre("CMD.EXE|/K CD \"" + path + "\"|" + path,
+                                         "CMD.EXE|/K CD \"" + inner + "\"|" + inner));
   Cursor->SetSpecialFolder(SF_DESKTOP);
   Cursor->SetAbsoluteItemIdList(TOakItemIdList::CreateForSpecialFolder(SF_DRIVES, false));
   EXPECT_FALSE(Cursor->InvokeContextMenuCommand(saOpenCommandPrompt)) << "no path, no prompt";
-  EXPECT_EQ(started.size(), 2u);
+  EXPECT_EQ(started.Calls.size(), 2u);
 }
 
 TEST_F(CursorCommands, PinningDependsOnTheSystem) {

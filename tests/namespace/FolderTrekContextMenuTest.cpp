@@ -86,7 +86,6 @@ TEST_F(ContextMenu, VerbsGoTheirOwnWays) {
       {u"Nameless", {"invoke #3"}, {"invoke #3"}, u""},
       {u"Rename", {"rename"}, {"rename"}, u"rename"},
       {u"Cut", {"invoke #6"}, {"menu of 2", "invoke cut"}, u"cut"},
-      {u"Paste", {"invoke PASTE"}, {"invoke PASTE"}, u"paste"},
       {u"Unlock",
        {"menu of 1", "invoke unlock-bde"},
        {"menu of 2", "invoke unlock-bde"},
@@ -95,11 +94,10 @@ TEST_F(ContextMenu, VerbsGoTheirOwnWays) {
       {u"Copy", {"invoke #7"}, {}, u"copy"},
       {u"Share", {"invoke #10"}, {"invoke #10"}, u"Windows.ModernShare"},
   };
-  // The folder itself pastes: it lies in a folder with the same menu.
   for (const bool two : {false, true}) {
     if (two) Cursor.SelectBoth();
     for (const auto& row : rows) {
-      if ((two && row.DoneToTwo.empty()) || row.Verb == u"paste") continue;
+      if (two && row.DoneToTwo.empty()) continue;
       SCOPED_TRACE(ToUtf8(row.Caption) + (two ? " two" : ""));
       Choose(row.Caption);
       World.TakeLog();
@@ -279,21 +277,6 @@ TEST_F(ContextMenu, MenusOfTheApplicationTakeTheEntriesOfTheShell) {
   EXPECT_THAT(senders, ElementsAre(anchor, inner)) << "handlers see their own entries";
   EXPECT_TRUE(anchor->GetChecked());
   EXPECT_THAT(World.Log, Not(::testing::Contains("select  menu")));
-}
-
-TEST_F(ContextMenu, EntriesOfTheApplicationFillThemselvesLate) {
-  TPopupMenu menu;
-  int opened = 0;
-  TMenuItem* const more = menu.Items().Add(u"More");
-  more->OnPopup = [&](TObject*) {
-    more->Clear();
-    more->Add(u"Entry " + IntToStr(++opened));
-  };
-  Choose(u"", [&](THeadlessMenuSession& session) {
-    EXPECT_THAT(session.GetCaptions(u"More"), ElementsAre(u"Entry 1"));
-    EXPECT_FALSE(session.Choose(u"More|Entry 1")) << "it is the second by now";
-  });
-  Cursor->ShowContextMenu({10, 10}, &menu.Items());
 }
 
 TEST_F(ContextMenu, AMenuMayExchangeTheAnchorWhileItFillsItself) {

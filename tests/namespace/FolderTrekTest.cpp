@@ -69,9 +69,6 @@ TEST(FolderTrekPaths, ProtocolsAndSearches) {
 TEST(FolderTrekPaths, Compared) {
   EXPECT_TRUE(SamePath(u"C:\\Ä\\", u"c:\\ä"));
   EXPECT_FALSE(SamePath(u"C:\\a\\\\", u"C:\\a"));
-  EXPECT_TRUE(IsSubPathOf(u"C:\\a", u"c:\\A\\b"));
-  EXPECT_FALSE(IsSubPathOf(u"C:\\a", u"C:\\ab"));
-  EXPECT_FALSE(IsSubPathOf(u"C:\\a", u"C:\\a\\"));
   EXPECT_TRUE(HasFileExtension(u"C:\\a\\b.TXT\\", u"txt"));
   EXPECT_FALSE(HasFileExtension(u"C:\\a.txt\\b", u".txt"));
   EXPECT_LT(CompareFilenames(u"a2", u"A10"), 0);
@@ -218,20 +215,6 @@ TEST(FolderTrekFailures, AnInvalidFolderLeavesTheCursorWhereItWas) {
   EXPECT_TRUE(cursor.Next());
   EXPECT_TRUE(EndsWith(MessageOf([&] { cursor.SetAbsoluteItemIdList(missing); }),
                        folder.Path(u"missing") + u"\r\n"));
-}
-
-// --- changes ------------------------------------------------------------------
-
-TEST(FolderTrek, RenamesTheObject) {
-  TTestFolder folder;
-  folder.MakeFile(u"old.txt");
-  TFolderTrek cursor(folder.Path(u"old.txt"));
-  TString name = u"new ä.txt";
-  cursor.RenameObject(name);
-  EXPECT_EQ(name, u"new ä.txt");
-  EXPECT_TRUE(folder.Exists(u"new ä.txt"));
-  EXPECT_FALSE(folder.Exists(u"old.txt"));
-  EXPECT_EQ(cursor.GetFullPath(), folder.Path(u"new ä.txt")) << "the object follows its name";
 }
 
 }  // namespace

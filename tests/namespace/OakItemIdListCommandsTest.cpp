@@ -4,7 +4,6 @@
 
 #include "oak/framework/ComApartment.h"
 #include "oak/framework/Forms.h"
-#include "oak/framework/Registry.h"
 #include "oak/namespace/FolderTrek.Paths.h"
 #include "oak/namespace/NamespaceHooks.h"
 #include "oak/namespace/Oak.Shell.Types.Commands.h"
@@ -12,6 +11,7 @@
 #include "testkit/OldWindows.h"
 #include "tests/MessageOf.h"
 #include "tests/namespace/FakeContextMenu.h"
+#include "tests/namespace/ScriptedRegistry.h"
 
 namespace oak::tests {
 namespace {
@@ -20,47 +20,6 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using testkit::TScopedApi;
-
-/// Keeps what ShellExecuteW was asked to start.
-struct TStarted {
-  std::vector<std::string> Calls;
-  TScopedApi<decltype(TApi::ShellExecuteW)> Entry{
-      Api().ShellExecuteW,
-      [this](HWND, LPCWSTR, LPCWSTR file, LPCWSTR parameters, LPCWSTR directory, int) {
-        Calls.push_back(ToUtf8(TString(FromW(file)) + u"|" + TString(FromW(parameters)) + u"|" +
-                               TString(FromW(directory))));
-        return reinterpret_cast<HINSTANCE>(std::uintptr_t{33});
-      }};
-};
-
-/// A text in the registry for the span of a test.
-class TRegistryText {
- public:
-  TRegistryText(TStringView key, TStringView value) : fKey(key) {
-    TRegistry registry;
-    registry.SetRootKey(HKEY_CLASSES_ROOT);
-    fWasThere = registry.KeyExists(fKey);
-    if (!registry.OpenKey(fKey, true)) return;
-    fFormer = registry.ReadString({});
-    registry.WriteString({}, value);
-    IsWritten = true;
-  }
-  ~TRegistryText() {
-    TRegistry registry;
-    registry.SetRootKey(HKEY_CLASSES_ROOT);
-    if (!IsWritten) return;
-    if (!fWasThere) {
-      registry.DeleteKey(fKey);
-    } else if (registry.OpenKey(fKey, false)) {
-      registry.WriteString({}, fFormer);
-    }
-  }
-  bool IsWritten = false;
-
- private:
-  TString fKey, fFormer;
-  bool fWasThere = false;
-};
 
 class ItemCommands : public testing::Test {
  protected:
@@ -234,8 +193,8 @@ TEST_F(ItemCommands, DrivesAreUnlockedByTheRegisteredProgram) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(ToUtf8(row.Value));
-    const TRegistryText value(u"Drive\\shell\\unlock-bde\\command", row.Value);
-    if (!value.IsWritten) GTEST_SKIP() << "the registry of classes can't be written";
+    TScriptedRegistry registry;
+    registry.SetText(HKEY_CLASSES_ROOT, u"Drive\\shell\\unlock-bde\\command\\", row.Value);
     parameters.clear();
     World.TakeLog();
     EXPECT_TRUE(World[u"a.txt"]->InvokeCommand(saBdeUnlock));
@@ -279,8 +238,8 @@ TEST_F(ItemCommands, ElevatedProcessesLetTheExplorerOpenDocumentsOfSomeViewers) 
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(ToUtf8(row.Name + u" " + row.ClassName));
-    const TRegistryText value(u".PDF", row.ClassName);
-    if (!value.IsWritten) GTEST_SKIP() << "the registry of classes can't be written";
+    TScriptedRegistry registry;
+    registry.SetText(HKEY_CLASSES_ROOT, u".PDF\\", row.ClassName);
     const TScopedApi admin(Api().IsUserAnAdmin, [&] { return BOOL{row.IsElevated}; });
     TStarted started;
     World.TakeLog();

@@ -64,18 +64,13 @@ TEST_F(OakItemIdListObject, EachFormOfNameAsksForItsOwn) {
     fFake->Names = {{c.asked, u"asked"}};
     EXPECT_EQ(Item()->DisplayName(c.format), u"asked") << c.format;
   }
-}
-
-TEST_F(OakItemIdListObject, MissingNamesFallBack) {
+  // What the shell doesn't name is named by its path.
+  fFake->Names.clear();
   fPath = u"C:\\dir\\file.txt";
   EXPECT_EQ(Item()->Name(), u"file.txt");
-  EXPECT_EQ(Item()->DisplayName(dnfPath), u"C:\\dir\\file.txt");
+  for (const TItemIdListDisplayNameFormat format : {dnfPath, dnfPreferPhysical})
+    EXPECT_EQ(Item()->DisplayName(format), fPath);
   EXPECT_EQ(Item()->DisplayName(dnfNormal), u"file.txt");
-  EXPECT_EQ(Item()->DisplayName(dnfPreferPhysical), u"C:\\dir\\file.txt");
-  fPath.clear();
-  fFake->Names = {{SIGDN_DESKTOPABSOLUTEEDITING, u"Computer\\Phone"}};
-  EXPECT_EQ(Item()->DisplayName(dnfPreferPhysical), u"Computer\\Phone");
-  EXPECT_EQ(Item()->DisplayPath(), u"Computer\\Phone");
 }
 
 TEST_F(OakItemIdListObject, NamesThatAreWorkedOver) {
@@ -111,16 +106,6 @@ TEST_F(OakItemIdListObject, NamesThatAreWorkedOver) {
                     {SIGDN_PARENTRELATIVE, u"Shown"}};
     EXPECT_TRUE(EndsWith(Item()->DisplayName(dnfForExplorer), shown)) << ToUtf8(parsing);
   }
-}
-
-TEST_F(OakItemIdListObject, DebugTextTellsStateAndNames) {
-  const auto unresolved = TItem::Create(u"C:\\x");
-  EXPECT_EQ(unresolved.As<IHasDebugInfo>()->GetInfo(TItemIdListInfoLevel::Verbose),
-            u"FPath: C:\\x, fSpecialFolder: SF_INVALID, Not Resolved yet");
-  fFake->Names = {{SIGDN_PARENTRELATIVE, u"n"}};
-  EXPECT_EQ(
-      TItem::Create(TestPidl({1, 2})).As<IHasDebugInfo>()->GetInfo(TItemIdListInfoLevel::Verbose),
-      u"FPath: -, fSpecialFolder: SF_INVALID, Valid, Depth: 2, n\\n\\n");
 }
 
 TEST_F(OakItemIdListObject, HelpersJudgeArchivesAndSubFolders) {
@@ -171,6 +156,25 @@ TEST_F(OakItemIdListObject, BindingReportsItsFailure) {
   fFake->BindResult = S_FALSE;  // neither an object nor a failure
   EXPECT_EQ(TItem::FolderOf(item), nullptr);
   EXPECT_EQ(item->QueryInterface(IidOf<IShellFolder>(), folder.PutVoid()), E_NOINTERFACE);
+}
+
+TEST_F(OakItemIdListObject, EqualsStopsAtThePathsAndCompareToGoesOn) {
+  fFake->CompareResult = S_OK;
+  const auto withPath = [this](TStringView path) {
+    fPath = path;
+    const auto item = Item();
+    EXPECT_EQ(item->Path(), path);
+    return item;
+  };
+  const auto a = withPath(u"C:\\a"), b = withPath(u"C:\\b");
+  EXPECT_FALSE(a->Equals(b, ilcDisplay));
+  EXPECT_EQ(a->CompareTo(b, ilcDisplay), 0) << "the shell says so here";
+  EXPECT_EQ(fFake->SeenHint, static_cast<SICHINTF>(SICHINT_DISPLAY));
+  fFake->Order = -5;
+  EXPECT_EQ(a->CompareTo(b, ilcExact), -5);
+  EXPECT_EQ(fFake->SeenHint, static_cast<SICHINTF>(SICHINT_CANONICAL));
+  EXPECT_EQ(a->CompareTo(nullptr, ilcExact), -1);
+  EXPECT_FALSE(a->Equals(nullptr, ilcDisplay));
 }
 
 TEST_F(OakItemIdListObject, ReloadTakesTheFreshListOfAnUpdatedItem) {

@@ -34,24 +34,16 @@ std::vector<int> Elements(const Ref<IItemIdList>& item) {
 
 // --- cost and size -------------------------------------------------------------
 
-TEST(OakItemIdList, PathsAndTheirComparisonAskNobody) {
-  const TCallCounter calls;
-  const auto item = TItem::Create(u"C:\\Dir");
-  EXPECT_EQ(item->Path(), u"C:\\Dir");
-  EXPECT_EQ(item->DisplayPath(), u"C:\\Dir");
-  EXPECT_TRUE(item->Equals(TItem::Create(u"c:\\dir\\"), ilcDisplay));
-  EXPECT_FALSE(item->Equals(TItem::Create(u"C:\\Dir2"), ilcDisplay));
-  EXPECT_EQ(item->CompareTo(TItem::Create(u"c:\\DIR"), ilcDisplay), 0);
-  EXPECT_FALSE(item->IsSpecialFolder(SF_DESKTOP));
-  EXPECT_FALSE(item->IsResolved());
-  EXPECT_EQ(calls.Total(), 0) << calls.ToString();
-}
-
-TEST(OakItemIdList, FileSystemAttributeOfAKnownPathIsOneLookUp) {
+TEST(OakItemIdList, PathsAskNobodyAndTheirAttributeIsOneLookUp) {
   const TTestFolder folder;
   folder.MakeFile(u"a.txt");
-  const auto item = TItem::Create(folder.Path(u"a.txt"));
   TCallCounter calls;
+  const auto item = TItem::Create(folder.Path(u"a.txt"));
+  EXPECT_EQ(item->DisplayPath(), folder.Path(u"a.txt"));
+  EXPECT_TRUE(item->Equals(TItem::Create(UpperCase(item->Path()) + u"\\"), ilcDisplay));
+  EXPECT_EQ(item->CompareTo(TItem::Create(item->Path()), ilcDisplay), 0);
+  EXPECT_FALSE(item->IsSpecialFolder(SF_DESKTOP));
+  EXPECT_EQ(calls.Total(), 0) << calls.ToString();
   EXPECT_TRUE(item->HasAttributes(SFGAO_FILESYSTEM));
   EXPECT_EQ(calls.Count("FindFirstFileW"), 1);
   EXPECT_EQ(calls.Count("SHParseDisplayName") + calls.Count("ILCreateFromPathW") +
@@ -126,31 +118,6 @@ TEST(OakItemIdList, ParentIsJudgedByListThenByPath) {
   EXPECT_FALSE(directory->IsParentOf(itself, false, ilcDisplay));
 }
 
-TEST(OakItemIdList, EqualsStopsAtThePathsAndCompareToGoesOn) {
-  const auto fake = MakeRef<TFakeShellItem>();
-  fake->CompareResult = S_OK;
-  fake->Order = 0;
-  const TScopedApi make(Api().SHCreateShellItem,
-                        [&](PCIDLIST_ABSOLUTE, IShellFolder*, PCUITEMID_CHILD, IShellItem** item) {
-                          *item = Ref<IShellItem>(fake).Detach();
-                          return S_OK;
-                        });
-  const TTestFolder folder;
-  folder.MakeFile(u"a");
-  folder.MakeFile(u"b");
-  const auto a = TItem::Create(folder.Path(u"a"));
-  const auto b = TItem::Create(folder.Path(u"b"));
-  EXPECT_FALSE(a->Equals(b, ilcDisplay));
-  EXPECT_EQ(a->CompareTo(b, ilcDisplay), 0);  // the shell says so here
-  EXPECT_EQ(fake->SeenHint, static_cast<SICHINTF>(SICHINT_DISPLAY));
-  EXPECT_EQ(a->CompareTo(b, ilcExact), 0);
-  EXPECT_EQ(fake->SeenHint, static_cast<SICHINTF>(SICHINT_CANONICAL));
-  fake->Order = -5;
-  EXPECT_EQ(a->CompareTo(b, ilcExact), -5);
-  EXPECT_EQ(a->CompareTo(nullptr, ilcExact), -1);
-  EXPECT_FALSE(a->Equals(nullptr, ilcDisplay));
-}
-
 // --- special folders -----------------------------------------------------------
 
 TEST(OakItemIdList, SpecialFoldersAreSharedButForTwo) {
@@ -203,18 +170,15 @@ TEST(OakItemIdList, ParseOfWhatDoesNotExist) {
   const auto absolute = TItem::Parse(u"C:\\no such directory\\x\\");
   EXPECT_TRUE(absolute->IsInvalid());
   EXPECT_EQ(absolute->Path(), u"C:\\no such directory\\x");
+  const auto simple = TItem::CreateSimpleIdList(absolute->Path());
+  EXPECT_FALSE(simple->IsInvalid()) << "it needs no object";
+  EXPECT_EQ(simple->Path(), absolute->Path());
   for (const TStringView text : {u"no such name", u"no such name\\below", u"\\", u" ", u"a/b"}) {
     const auto relative = TItem::Parse(text, nullptr, true);
     ASSERT_NE(relative, nullptr);
     EXPECT_TRUE(relative->IsInvalid()) << ToUtf8(text);
     EXPECT_EQ(relative->DisplayPath(), text);
   }
-}
-
-TEST(OakItemIdList, AbsolutePathsAreNeverWalked) {
-  const TCallCounter calls;
-  EXPECT_TRUE(TItem::Parse(u"C:\\no such directory\\x", nullptr, true)->IsInvalid());
-  EXPECT_EQ(calls.Count("IShellFolder::EnumObjects"), 0) << calls.ToString();
 }
 
 // --- replacing -----------------------------------------------------------------
@@ -251,14 +215,6 @@ TEST(OakItemIdList, ShellItemWithoutListIsFoundByItsName) {
   EXPECT_FALSE(item->IsInvalid());
   EXPECT_EQ(item->Path(), folder.Path(u"a.txt"));
   EXPECT_TRUE(TItem::Create(MakeRef<TFakeShellItem>().Get())->IsInvalid());
-}
-
-TEST(OakItemIdList, SimpleListsNeedNoObject) {
-  const TString path = u"C:\\no such directory\\a.txt";
-  const auto item = TItem::CreateSimpleIdList(path);
-  EXPECT_FALSE(item->IsInvalid());
-  EXPECT_EQ(item->Path(), path);
-  EXPECT_EQ(item->Name(), u"a.txt");
 }
 
 }  // namespace

@@ -46,9 +46,11 @@ class OakItemIdListThreads : public ::testing::Test {
   TTestFolder fFolder;
 };
 
-TEST_F(OakItemIdListThreads, AllSeeTheOneListThatWasFound) {
+TEST_F(OakItemIdListThreads, AllSeeTheOneListAndPathThatWereFound) {
+  const auto folder = TItem::Create(fFolder.Path());
   for (int round = 0; round < kRounds; ++round) {
     const auto item = TItem::Create(fFolder.Path(u"a.txt"));
+    const auto list = TItem::Create(folder->WindowsPointer(), iloCopyMemory);
     PItemIdList seen[kThreads];
     OnThreads(kThreads, [&](int i) {
       seen[i] = item->WindowsPointer();
@@ -56,21 +58,12 @@ TEST_F(OakItemIdListThreads, AllSeeTheOneListThatWasFound) {
       EXPECT_EQ(item->Name(), u"a.txt");
       EXPECT_EQ(item->SpecialFolder(), SF_FILESYSTEMFOLDER);
       EXPECT_TRUE(item->HasAttributes(SFGAO_FILESYSTEM));
+      EXPECT_EQ(list->Path(), fFolder.Path());
+      EXPECT_EQ(list->DisplayName(dnfInFolder), ExtractFileName(fFolder.Path()));
+      EXPECT_TRUE(list->Equals(folder, ilcDisplay));
+      EXPECT_NE(list.As<IShellFolder>(), nullptr);
     });
     for (const PItemIdList pidl : seen) EXPECT_EQ(pidl, item->WindowsPointer());
-  }
-}
-
-TEST_F(OakItemIdListThreads, PathsOfListsAreFoundByAll) {
-  const auto folder = TItem::Create(fFolder.Path());
-  for (int round = 0; round < kRounds; ++round) {
-    const auto item = TItem::Create(folder->WindowsPointer(), iloCopyMemory);
-    OnThreads(kThreads, [&](int) {
-      EXPECT_EQ(item->Path(), fFolder.Path());
-      EXPECT_EQ(item->DisplayName(dnfInFolder), ExtractFileName(fFolder.Path()));
-      EXPECT_TRUE(item->Equals(folder, ilcDisplay));
-      EXPECT_NE(item.As<IShellFolder>(), nullptr);
-    });
   }
 }
 

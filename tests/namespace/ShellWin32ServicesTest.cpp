@@ -12,6 +12,7 @@
 #include "oak/namespace/Shell_Win32.Input.h"
 #include "oak/namespace/Shell_Win32.h"
 #include "testkit/ScopedApi.h"
+#include "tests/namespace/TestFolder.h"
 
 namespace oak {
 namespace {
@@ -148,17 +149,6 @@ TEST(Clipboard, DroppedPathsAreReadAsFarAsTheBlockReaches) {
   EXPECT_EQ(GetFilenamesFromHandle(block.Handle()), TStringArray());
 }
 
-TEST(Clipboard, HoldsFilesInEitherFormat) {
-  UINT available = 0;
-  const TScopedApi format(Api().IsClipboardFormatAvailable,
-                          [&](UINT asked) { return BOOL{asked == available}; });
-  for (const auto& [held, expected] :
-       {std::pair{UINT{15}, true}, {CF_FILEDESCRIPTORW(), true}, {CF_FILEDESCRIPTORA(), false}}) {
-    available = held;
-    EXPECT_EQ(FilesInClipboard(), expected) << held;
-  }
-}
-
 // --- input -------------------------------------------------------------------
 
 TEST(Input, ModifiersEmbraceTheKey) {
@@ -197,49 +187,28 @@ TEST(Input, WindowsGetKeyMessages) {
                                       {0x105, VK_MENU, 0xE01C0001u}}));
 }
 
-TEST(Input, DrawStatesAreTheSystemsBits) {
-  EXPECT_EQ(GetOwnerDrawState(0x0001 | 0x0010 | 0x1000),
-            (TOwnerDrawState{odSelected, odFocused, odComboBoxEdit}));
-  EXPECT_EQ(GetOwnerDrawState(0xFFFFE000), TOwnerDrawState());
-}
-
 // --- objects -----------------------------------------------------------------
 
 TEST(Shortcuts, TheAssistantGetsANewFile) {
-  TStringArray deleted, run;
-  TString taken;
+  const tests::TTestFolder folder;
+  TStringArray run;
   BOOL starts = TRUE;
-  const TScopedApi create(Api().CreateFileW,
-                          [&](LPCWSTR path, DWORD, DWORD, SECURITY_ATTRIBUTES*, DWORD disposition,
-                              DWORD, HANDLE) -> HANDLE {
-                            EXPECT_EQ(disposition, DWORD{CREATE_NEW});
-                            if (FromW(path) == taken) {
-                              detail::SetLastErrorDirect(ERROR_FILE_EXISTS);
-                              return INVALID_HANDLE_VALUE;
-                            }
-                            return reinterpret_cast<HANDLE>(std::uintptr_t{1});
-                          });
-  const TScopedApi close(Api().CloseHandle, [](HANDLE) { return BOOL{1}; });
-  const TScopedApi remove(Api().DeleteFileW, [&](LPCWSTR path) {
-    deleted.push_back(FromW(path));
-    return BOOL{1};
-  });
   const TScopedApi execute(Api().ShellExecuteExW, [&](SHELLEXECUTEINFOW* info) {
     run.push_back(FromW(info->lpFile) + u" " + FromW(info->lpParameters));
     EXPECT_EQ(info->lpVerb, nullptr);
     return starts;
   });
-
-  EXPECT_TRUE(CreateShortcutShowDialog(u"C:\\dir\\"));
-  EXPECT_EQ(run, TStringArray{u"rundll32.exe AppWiz.Cpl, NewLinkHere C:\\dir\\newShortcut.lnk"});
-  taken = u"C:\\dir\\newShortcut.lnk";
-  EXPECT_TRUE(CreateShortcutShowDialog(u"C:\\dir"));
-  EXPECT_EQ(run.back(), u"rundll32.exe AppWiz.Cpl, NewLinkHere C:\\dir\\newShortcut (1).lnk");
-  EXPECT_EQ(deleted, TStringArray());
+  EXPECT_TRUE(CreateShortcutShowDialog(folder.Path() + u"\\"));
+  EXPECT_TRUE(CreateShortcutShowDialog(folder.Path()));
+  const TString command = u"rundll32.exe AppWiz.Cpl, NewLinkHere " + folder.Path();
+  EXPECT_EQ(run,
+            (TStringArray{command + u"\\newShortcut.lnk", command + u"\\newShortcut (1).lnk"}));
+  EXPECT_TRUE(folder.Exists(u"newShortcut.lnk") && folder.Exists(u"newShortcut (1).lnk"));
 
   starts = FALSE;
-  EXPECT_FALSE(CreateShortcutShowDialog(u"D:\\dir"));
-  EXPECT_EQ(deleted, TStringArray{u"D:\\dir\\newShortcut.lnk"});
+  EXPECT_FALSE(CreateShortcutShowDialog(folder.Path()));
+  EXPECT_EQ(run.size(), 3u);
+  EXPECT_FALSE(folder.Exists(u"newShortcut (2).lnk")) << "what nobody fills is taken away";
   EXPECT_THROW(CreateShortcutShowDialog(u""), EArgumentException);
 }
 

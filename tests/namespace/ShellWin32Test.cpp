@@ -7,6 +7,7 @@
 #include <map>
 #include <mutex>
 #include <thread>
+#include <tuple>
 
 #include "oak/base/InterfacedObject.h"
 #include "testkit/OldWindows.h"
@@ -153,31 +154,14 @@ HRESULT GiveCountedFolder(IShellFolder** folder) {
   return S_OK;
 }
 
-TEST(Desktop, IsMadeOnceOnAThreadOfItsOwn) {
-  FinalizeShell();
-  int made = 0;
-  std::thread::id maker;
-  {
-    const TScopedApi desktop(Api().SHGetDesktopFolder, [&](IShellFolder** folder) {
-      ++made;
-      maker = std::this_thread::get_id();
-      return GiveCountedFolder(folder);
-    });
-    EXPECT_EQ(Desktop(), Desktop());
-    EXPECT_EQ(made, 1);
-    EXPECT_NE(maker, std::this_thread::get_id());
-    FinalizeShell();
-    EXPECT_EQ(TCountedFolder::Alive, 0);
-  }
-  EXPECT_TRUE(Desktop());
-}
-
 TEST(Desktop, OfRacingThreadsOneWinsAndTheOtherIsDropped) {
   FinalizeShell();
+  const std::thread::id asking = std::this_thread::get_id();
   std::mutex lock;
   std::condition_variable changed;
   int inside = 0;
   const TScopedApi desktop(Api().SHGetDesktopFolder, [&](IShellFolder** folder) {
+    EXPECT_NE(std::this_thread::get_id(), asking) << "it is made on a thread of its own";
     std::unique_lock guard(lock);
     ++inside;
     changed.notify_all();
@@ -189,6 +173,8 @@ TEST(Desktop, OfRacingThreadsOneWinsAndTheOtherIsDropped) {
   second = Desktop();
   other.join();
   EXPECT_EQ(first, second);
+  EXPECT_EQ(Desktop(), first);
+  EXPECT_EQ(inside, 2);
   EXPECT_EQ(TCountedFolder::Alive, 1);
   first = second = nullptr;
   FinalizeShell();
@@ -231,18 +217,14 @@ TEST(ErrorMessages, AreTheSystemsExceptForInternetCodes) {
 }
 
 TEST(WindowsVersion, DecidesWhatTheShellHas) {
-  const struct {
-    DWORD Major, Build;
-    bool Is10, IsDark;
-  } rows[] = {{6, 9600, false, false},
-              {10, 17134, true, false},
-              {10, 17135, true, true},
-              {11, 1, true, false}};
-  for (const auto& row : rows) {
-    const TWindowsVersion version(row.Major, 0, row.Build);
-    EXPECT_EQ(IsWindows10OrLater(), row.Is10) << row.Major << " " << row.Build;
-    EXPECT_EQ(IsDarkModeSupported(), row.IsDark) << row.Major << " " << row.Build;
-    EXPECT_EQ(GetWindowsBuildNumber(), row.Build);
+  for (const auto& [major, build, isDark] : {std::tuple{6u, 9600u, false},
+                                             {10u, 17134u, false},
+                                             {10u, 17135u, true},
+                                             {11u, 1u, false}}) {
+    const TWindowsVersion version(major, 0, build);
+    EXPECT_EQ(IsWindows10OrLater(), major >= 10) << build;
+    EXPECT_EQ(IsDarkModeSupported(), isDark) << build;
+    EXPECT_EQ(GetWindowsBuildNumber(), build);
   }
   const TScopedApi missing(Api().RtlGetVersion, nullptr);
   EXPECT_FALSE(IsWindows10OrLater());
@@ -251,17 +233,16 @@ TEST(WindowsVersion, DecidesWhatTheShellHas) {
 
 TEST(DpiAwareness, OfTheThreadElseOfTheProcess) {
   std::intptr_t present = 0;
-  const auto context = [](std::intptr_t value) {
-    return reinterpret_cast<DPI_AWARENESS_CONTEXT>(value);
-  };
-  const TScopedApi thread(Api().GetThreadDpiAwarenessContext, [&] { return context(present); });
   const TScopedApi equal(
       Api().AreDpiAwarenessContextsEqual,
       [](DPI_AWARENESS_CONTEXT a, DPI_AWARENESS_CONTEXT b) { return BOOL{a == b}; });
-  for (const auto& [value, expected] :
-       {std::pair{-4, 3}, std::pair{-3, 2}, std::pair{-2, 1}, std::pair{-1, 0}, std::pair{-5, 0}}) {
-    present = value;
-    EXPECT_EQ(GetDpiAwareness(), expected) << value;
+  {
+    const TScopedApi thread(Api().GetThreadDpiAwarenessContext,
+                            [&] { return reinterpret_cast<DPI_AWARENESS_CONTEXT>(present); });
+    for (const int expected : {0, 0, 1, 2, 3}) {
+      EXPECT_EQ(GetDpiAwareness(), expected) << present;
+      --present;
+    }
   }
   const TScopedApi noThread(Api().GetThreadDpiAwarenessContext, nullptr);
   {

@@ -2,7 +2,6 @@
 #include <thread>
 
 #include "oak/framework/Finalizers.h"
-#include "testkit/ManualWorkerPool.h"
 #include "tests/threading/PoolKit.h"
 
 namespace oak::tests {
@@ -10,7 +9,6 @@ namespace {
 
 using testing::ElementsAre;
 using testkit::TScopedApi;
-using testkit::TScopedWorkerPool;
 
 class GlobalPool : public TPoolTest {
  protected:
@@ -55,19 +53,6 @@ TEST_F(GlobalPool, IsMadeOnceWhoeverComesFirst) {
   for (const auto* pool : found) EXPECT_EQ(pool, found[0]);
 }
 
-TEST_F(GlobalPool, NamesItsThreads) {
-  TString name;
-  TScopedApi description(Api().SetThreadDescription, [&](HANDLE, LPCWSTR text) -> HRESULT {
-    name = FromW(text);
-    return S_OK;
-  });
-  TAsyncProcedure::CreateAndQueue([this] { Trace.Add("ran"); });
-  ASSERT_TRUE(Clock.Settle());
-  EXPECT_EQ(name, u"TWorkerThread in GlobalThreadPool");
-  EXPECT_THAT(Trace.Take(), ElementsAre("ran"));
-  RunFinalizers();
-}
-
 TEST_F(GlobalPool, IsEndedExplicitlyAndMadeAgain) {
   TEvent gate;
   const Ref<IWorkItem> running = TAsyncProcedure::CreateAndQueue([&] { gate.WaitFor(10'000); });
@@ -89,23 +74,16 @@ TEST_F(GlobalPool, IsEndedExplicitlyAndMadeAgain) {
   gate.SetEvent();
   EXPECT_TRUE(Clock.Advance(10'000));
   EXPECT_TRUE(TThread::AwaitNone(20'000));
+  TString name;
+  TScopedApi description(Api().SetThreadDescription, [&](HANDLE, LPCWSTR text) -> HRESULT {
+    name = FromW(text);
+    return S_OK;
+  });
   TAsyncProcedure::CreateAndQueue([this] { Trace.Add("again"); });
   ASSERT_TRUE(Clock.Settle());
+  EXPECT_EQ(name, u"TWorkerThread in GlobalThreadPool");
   EXPECT_THAT(Trace.Take(), ElementsAre("again"));
-}
-
-TEST_F(GlobalPool, IsReplacedForATest) {
-  {
-    TScopedWorkerPool outer;
-    {
-      TScopedWorkerPool inner;
-      TAsyncProcedure::CreateAndQueue([] {});
-      EXPECT_EQ(inner->GetPending(), 1u);
-    }
-    TAsyncProcedure::CreateAndQueue([] {});
-    EXPECT_EQ(outer->GetPending(), 1u);
-  }
-  EXPECT_EQ(TWorkerPool::GlobalInstance(), TWorkerThreadPool::Instance());
+  RunFinalizers();
 }
 
 }  // namespace

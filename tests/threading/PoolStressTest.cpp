@@ -11,16 +11,6 @@ namespace {
 using testkit::TMainQueue;
 using TSteady = std::chrono::steady_clock;
 
-/// Numbers by chance, the same ones for the same seed.
-class TDice {
- public:
-  explicit TDice(unsigned seed) : fEngine(seed) {}
-  unsigned operator()() { return static_cast<unsigned>(fEngine()); }
-
- private:
-  std::mt19937 fEngine;
-};
-
 /// The ends that items come to.
 struct TAccount {
   std::atomic<int> Made{0}, Ran{0}, Failed{0}, Delivered{0}, Freed{0}, RanTwice{0};
@@ -62,7 +52,7 @@ class TProducer {
       : fAccount(account), fDice(seed), fPauses(pauses) {}
 
   void Step(TWorkerThreadPool& pool) {
-    const unsigned die = fDice();
+    const unsigned die = Roll();
     switch (die % 64) {
       case 0:
         fToken.Reset();
@@ -74,19 +64,19 @@ class TProducer {
         if (fPauses) pool.SetPaused(die % 512 == 2);  // mostly ends a pause
         break;
       case 3:
-        pool.SetMaxRunningThreads(static_cast<int>(1 + fDice() % 6));
+        pool.SetMaxRunningThreads(static_cast<int>(1 + Roll() % 6));
         break;
       case 4:
-        pool.SetMinWorkerThreads(static_cast<int>(1 + fDice() % 4));
+        pool.SetMinWorkerThreads(static_cast<int>(1 + Roll() % 4));
         break;
       case 5:
         pool.TerminateWorkItems();
         break;
       case 6:
-        if (fDice() % 4 == 0) pool.TerminateAllThreads(false);
+        if (Roll() % 4 == 0) pool.TerminateAllThreads(false);
         break;
       case 7:
-        pool.SetMaxIdleTime(fDice() % 3);
+        pool.SetMaxIdleTime(Roll() % 3);
         break;
       case 8:
         (void)pool.Dump();
@@ -104,23 +94,23 @@ class TProducer {
         pool.AddWorkItem(Make(), die % 5 == 0 ? TPriority::Highest : TPriority::Normal);
     }
   }
-  TDice& Dice() { return fDice; }
+  unsigned Roll() { return static_cast<unsigned>(fDice()); }
 
  private:
   Ref<IWorkItem> Make() {
-    const unsigned kind = fDice();
+    const unsigned kind = Roll();
     const auto item = MakeRef<TAccounted>(fAccount, kind, kind % 2 ? fToken.GetToken() : nullptr);
     if (kind % 13 == 0) item->Cancel();
     return item;
   }
   void AddBatch(TWorkerThreadPool& pool) {
-    IWorkItems items(fDice() % 8);
+    IWorkItems items(Roll() % 8);
     for (Ref<IWorkItem>& item : items) item = Make();
     pool.AddWorkItems(items, TPriority::Normal);
   }
 
   TAccount& fAccount;
-  TDice fDice;
+  std::mt19937 fDice;
   const bool fPauses;
   CancellationToken fToken;
 };
@@ -147,7 +137,7 @@ class WorkerPoolStress : public ::testing::Test {
           if (rough) {
             producer.Step(pool);
           } else {
-            pool.AddWorkItem(MakeRef<TAccounted>(fAccount, producer.Dice()(), nullptr),
+            pool.AddWorkItem(MakeRef<TAccounted>(fAccount, producer.Roll(), nullptr),
                              TPriority::Normal);
           }
           if (pool.QueueLength() > 1000) std::this_thread::yield();
@@ -208,7 +198,7 @@ TEST_F(WorkerPoolStress, NothingIsLostWhateverComesTogether) {
 TEST_F(WorkerPoolStress, PoolsMayEndAtAnyMoment) {
   constexpr std::chrono::milliseconds time{400};
   const auto end = TSteady::now() + time;
-  TDice dice(fSeed);
+  std::mt19937 dice(fSeed);
   int pools = 0;
   for (; TSteady::now() < end; ++pools) {
     TWorkerPoolConfig config;
@@ -217,7 +207,7 @@ TEST_F(WorkerPoolStress, PoolsMayEndAtAnyMoment) {
     auto pool = TWorkerPool::CreateInstance(config);
     std::vector<std::thread> producers;
     for (unsigned i = 0; i < 2; ++i) {
-      producers.emplace_back([&, held = pool, seed = dice()]() mutable {
+      producers.emplace_back([&, held = pool, seed = static_cast<unsigned>(dice())]() mutable {
         // A paused pool whose last references wait in its queue would wait for ever.
         TProducer producer(fAccount, seed, false);
         for (int step = 0; step < 40; ++step) producer.Step(static_cast<TWorkerThreadPool&>(*held));

@@ -1,6 +1,5 @@
-// What only the headless tree knows: where its parts lie, what it asks for, how far it scrolls.
+// What only the headless tree knows: what it asks for, where keys and presses lead.
 #include "oak/framework/headless/CanvasHeadless.h"
-#include "oak/framework/headless/HeadlessDesktop.h"
 #include "oak/framework/headless/HeadlessTreePeer.h"
 #include "tests/controls/ControlsFixture.h"
 
@@ -30,53 +29,6 @@ class HeadlessTree : public TTreeTest {
   TString Selected() { return tree->GetSelected() ? tree->GetSelected()->GetText() : TString(); }
 };
 
-TEST_F(HeadlessTree, PlacesItsParts) {
-  const auto states = MakeImages(12, 4);
-  Build({u"a", u" ab", u"  abc", u"d"});
-  tree->SetStateImages(states.get());
-  Node(u"a|ab")->SetStateIndex(2);
-  tree->FullExpand();
-  ShowTree();
-  const auto width = [](int letters) { return letters * 7 + 4; };
-  EXPECT_EQ(Node(u"a")->DisplayRect(true), TRect(19 + 19, 0, 38 + width(1), 20));
-  EXPECT_EQ(Node(u"a|ab")->DisplayRect(true), TRect(38 + 15 + 19, 20, 72 + width(2), 40));
-  EXPECT_EQ(Node(u"a|ab|abc")->DisplayRect(true), TRect(57 + 19, 40, 76 + width(3), 60));
-  EXPECT_EQ(Node(u"d")->DisplayRect(false), TRect(0, 60, 200, 80));
-  const struct {
-    TPoint Point;
-    THitTestFlag Flag;
-    TStringView Node;
-  } cases[] = {
-      {{9, 10}, htOnButton, u"a"},      {{28, 30}, htOnButton, u"ab"}, {{5, 30}, htOnIndent, u"ab"},
-      {{44, 30}, htOnStateIcon, u"ab"}, {{60, 30}, htOnIcon, u"ab"},   {{74, 30}, htOnLabel, u"ab"},
-      {{150, 30}, htOnRight, u"ab"},    {{9, 70}, htOnIndent, u"d"},   {{9, 90}, htNowhere, u""},
-      {{9, -1}, htAbove, u""},          {{9, 100}, htBelow, u""},      {{-1, 9}, htToLeft, u""},
-      {{200, 9}, htToRight, u""},
-  };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(std::to_string(test.Point.X) + "," + std::to_string(test.Point.Y));
-    const TTreeHitTest hit = tree->GetHitTest(test.Point.X, test.Point.Y);
-    EXPECT_TRUE(hit.Flags.Contains(test.Flag));
-    EXPECT_EQ(hit.Node ? hit.Node->GetText() : TString(), test.Node);
-  }
-  tree->SetShowRoot(false);
-  EXPECT_EQ(Node(u"a")->DisplayRect(true).Left, 19);
-  EXPECT_TRUE(tree->GetHitTest(1, 10).Flags.Contains(htOnIcon)) << "roots have no button";
-  tree->SetShowButtons(false);
-  EXPECT_TRUE(tree->GetHitTest(9, 30).Flags.Contains(htOnIndent));
-  tree->SetIndent(30);
-  tree->SetImages(nullptr);
-  EXPECT_EQ(Node(u"a|ab|abc")->DisplayRect(true), TRect(60, 38, 60 + width(3), 57));
-  // A wide row brings a scroll bar, once it was seen.
-  Node(u"d")->SetText(TString(60, u'x'));
-  screen->Paint();
-  int position = -1, page = 0, range = 0;
-  ASSERT_TRUE(Peer().GetScroll(sbHorizontal, &position, &page, &range));
-  EXPECT_EQ(range, width(60));
-  Peer().ScrollLines(sbHorizontal, 2);
-  EXPECT_EQ(tree->Items().GetLastNode()->DisplayRect(true).Left, -32);
-}
-
 TEST_F(HeadlessTree, AsksForWhatItDraws) {
   Fill(1000);
   ShowTree();
@@ -95,12 +47,6 @@ TEST_F(HeadlessTree, AsksForWhatItDraws) {
   EXPECT_EQ(requests(), 1);
   Node(u"node 900")->SetText(u"out of sight");
   EXPECT_EQ(requests(), 0);
-  tree->Items().BeginUpdate();
-  Node(u"changed")->Delete();
-  tree->Invalidate();
-  EXPECT_EQ(requests(), 0) << "nothing is drawn within a bracket";
-  tree->Items().EndUpdate();
-  EXPECT_EQ(requests(), 5);
   // What is disabled is grey, unless it is selected.
   const auto colorOf = [&](TStringView text) {
     screen->Paint();

@@ -1,5 +1,4 @@
-// Modal forms, dialogs, hints and the clipboard in real windows.
-#include "oak/framework/Dialogs.h"
+// Modal forms, hints and the clipboard in real windows.
 #include "oak/framework/Timer.h"
 #include "tests/framework/win32/Win32Fixture.h"
 
@@ -50,25 +49,6 @@ TEST_F(ServicesWindows, ModalFormHoldsTheOthers) {
   });
   EXPECT_EQ(dialog.ShowModal(), mrCancel);
   EXPECT_TRUE(::IsWindowEnabled(main.GetHandle()));
-}
-
-TEST_F(ServicesWindows, DialogGivesTheChosenButton) {
-  TTestForm form;
-  form.Show();
-  TString text;
-  const auto press = [&](WPARAM button) {
-    Soon([&, button] {
-      const HWND dialog = ::GetLastActivePopup(form.GetHandle());
-      ASSERT_NE(dialog, form.GetHandle());
-      text = WindowText(dialog);
-      ::PostMessageW(dialog, WM_COMMAND, button, 0);
-    });
-  };
-  press(IDNO);
-  EXPECT_EQ(TaskMessageDlg(u"Instruction", u"Text", mtConfirmation, {mbYes, mbNo}, mbNo), mrNo);
-  press(IDCANCEL);
-  EXPECT_EQ(MessageDlg(u"Text", mtWarning, {mbOK, mbCancel}), mrCancel);
-  EXPECT_FALSE(text.empty());
 }
 
 TEST_F(ServicesWindows, ClipboardKeepsText) {

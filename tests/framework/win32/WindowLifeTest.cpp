@@ -117,30 +117,6 @@ TEST_F(WindowLife, AnEditWithANewWindowGoesOnWhereItWas) {
   EXPECT_EQ(WindowText(edit.GetHandle()), u"ab");
 }
 
-TEST_F(WindowLife, PostedMessagesComeInOrderAfterTheHandler) {
-  class TReceiver : public TPanel {
-   public:
-    ~TReceiver() override { BeginDestroy(); }
-    std::vector<WPARAM> Received;
-
-   protected:
-    void WndProc(TMessage& message) override {
-      if (message.Msg < FirstPrivateMessage) return TPanel::WndProc(message);
-      if (message.WParam == 1) PostMessage(FirstPrivateMessage, 3);
-      Received.push_back(message.WParam);
-    }
-  };
-  TTestForm form;
-  TReceiver receiver;
-  receiver.SetParent(&form);
-  form.Show();
-  receiver.PostMessage(FirstPrivateMessage, 1);
-  ::PostMessageW(receiver.GetHandle(), FirstPrivateMessage + 5, 2, 0);  // another program part
-  EXPECT_TRUE(receiver.Received.empty());
-  Pump();
-  EXPECT_THAT(receiver.Received, ::testing::ElementsAre(1, 2, 3));
-}
-
 TEST_F(WindowLife, TimersEndAtOnce) {
   int ticks = 0;
   auto other = std::make_unique<TTimer>();

@@ -4,6 +4,7 @@
 #include "oak/framework/headless/HeadlessMenu.h"
 #include "oak/namespace/FolderTrek.BeforeCommand.h"
 #include "oak/namespace/FolderTrek.h"
+#include "oak/namespace/Oak.Shell.ItemIdListCollection.h"
 #include "oak/namespace/Oak.Shell.Types.Commands.h"
 #include "oak/namespace/OakItemIdList.h"
 #include "testkit/FaultInjection.h"
@@ -39,6 +40,11 @@ class CommandsOnFiles : public testing::Test {
     TString verb;
     Target.ShowBackgroundMenu({10, 10}, nullptr, verb);
     return verb;
+  }
+  Ref<TItemIdListCollection> Collection(const TStringArray& names) {
+    const auto list = MakeRef<TItemIdListCollection>();
+    for (const TString& name : names) list->Add(Files.Path(name));
+    return list;
   }
   bool HasAll(TStringView folder, bool expected) const {
     for (const TString& name : Names)
@@ -98,19 +104,22 @@ TEST_F(CommandsOnFiles, DeletingCanBeRefusedAndDone) {
   EXPECT_TRUE(Files.Exists(u"from\\" + Names[3]));
 }
 
-TEST_F(CommandsOnFiles, ItemsMakeFoldersAndDeleteForGood) {
-  const auto folder = TOakItemIdList::Create(Files.Path(u"to"));
-  EXPECT_TRUE(folder->InvokeCommand(TShellCommand(saCreateNewFolder, u"inner")));
-  EXPECT_TRUE(Files.Exists(u"to\\inner"));
-  const auto file = TOakItemIdList::Create(Files.Path(u"from\\" + Names[2]));
-  EXPECT_TRUE(file->InvokeCommand(saDeleteNoUndo));
-  EXPECT_FALSE(Files.Exists(u"from\\" + Names[2]));
-}
-
 TEST_F(CommandsOnFiles, NewFoldersComeFromTheBackground) {
   EXPECT_EQ(ChooseOnBackground(u"New|Folder"), u"newfolder");
   EXPECT_TRUE(Files.Exists(u"to\\New folder"));
   EXPECT_TRUE(Target.QueryBackgroundMenu({10, 10}));
+}
+
+TEST_F(CommandsOnFiles, CollectionsDeleteWhatLiesInSeveralFolders) {
+  Files.MakeFolder(u"to\\deep");
+  Files.MakeFile(u"to\\deep\\c.txt");
+  TShellCommand command(saDeleteNoUndo);
+  command.OperationOptions.Include(soSilent);
+  EXPECT_TRUE(Collection({u"from\\" + Names[0], u"to\\deep"})->InvokeCommand(command));
+  EXPECT_FALSE(Files.Exists(u"from\\" + Names[0]));
+  EXPECT_FALSE(Files.Exists(u"to\\deep"));
+  EXPECT_TRUE(Files.Exists(u"from\\" + Names[1]));
+  EXPECT_TRUE(Files.Exists(u"to"));
 }
 
 // --- faults ------------------------------------------------------------------------------
@@ -176,6 +185,26 @@ TEST_F(CommandsOnFiles, CommandsLoseNothingWhateverFails) {
   }
 }
 
+TEST_F(CommandsOnFiles, CollectionsGiveTheirObjectsOrRaise) {
+  for (const TString& second : {u"from\\" + Names[1], TString(u"to")}) {
+    const int failed = SweepFaults([&] {
+      TOakItemIdList::ClearCaches();
+      const auto list = Collection({u"from\\" + Names[0], second});
+      // Each question by itself, so that a failure of one does not spare the others.
+      Raising([&] { EXPECT_TRUE(list->GetUIObject(IidOf<IDataObject>())); })();
+      Raising([&] { EXPECT_TRUE(list->GetUIObject(IidOf<IContextMenu>())); })();
+      Raising([&] { EXPECT_TRUE(list->InvokeCommandOnAll(saCopy)); })();
+      // No exception may leave here.
+      const HMENU menu = Api().CreatePopupMenu();
+      list.As<IContextMenu>()->QueryContextMenu(menu, 0, 1, 255, CMF_NORMAL);
+      Api().DestroyMenu(menu);
+    });
+    EXPECT_GT(failed, 10);
+  }
+  TOakItemIdList::ClearCaches();
+  Api().OleSetClipboard(nullptr);
+}
+
 TEST(FaultSweep, Enumerate) {
   TTestFolder folder;
   folder.MakeFile(u"a.txt");
@@ -195,23 +224,6 @@ TEST(FaultSweep, Enumerate) {
     EXPECT_LE(count, 2);
   }));
   EXPECT_GT(failed, 10);
-}
-
-TEST(FaultSweep, RenameKeepsTheFile) {
-  TTestFolder folder;
-  const int failed = SweepFaults(
-      Raising([&] {
-        folder.MakeFile(u"old.txt", "content");
-        const Ref<IItemIdList> item = TOakItemIdList::Create(folder.Path(u"old.txt"));
-        item->Rename(u"new.txt", nullptr, true);
-      }),
-      [&](const std::string& call) {
-        EXPECT_TRUE(folder.Exists(u"old.txt") || folder.Exists(u"new.txt")) << call;
-        TOakItemIdList::ClearCaches();
-        if (folder.Exists(u"new.txt"))
-          TOakItemIdList::From(TOakItemIdList::Create(folder.Path(u"new.txt")))->RemoveStorage();
-      });
-  EXPECT_GT(failed, 3);
 }
 
 }  // namespace

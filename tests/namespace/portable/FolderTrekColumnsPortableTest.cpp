@@ -63,10 +63,6 @@ TEST_F(FolderTrekColumnsPortable, DatesByIdentifierFollowTheUsersLanguage) {
   TVariant value;
   const TString text = fCursor.GetColumnText(TShellColumns::WriteTime(), false, value);
   EXPECT_EQ(text, FormatDateTime(u"dd.mm.yyyy hh:nn:ss", value.Get().date + 0.5 / 86400));
-  EXPECT_NE(fCursor.GetColumnText(TShellColumns::ItemDate(), false), u"");
-  EXPECT_EQ(fCursor.GetColumnText(TShellColumns::Title(), false, value), u"");
-  EXPECT_TRUE(value.IsEmpty());
-  fCursor.GetColumnText(TShellColumns::WriteTime(), false, value);
   fCursor.SetItemIdList(nullptr);
   fCursor.GetColumnText(TShellColumns::WriteTime(), false, value);
   EXPECT_TRUE(value.IsEmpty());  // nothing is left of the object before
@@ -99,15 +95,6 @@ TEST_F(FolderTrekColumnsPortable, TheRecycleBinTellsWhereFromAndWhen) {
   EXPECT_EQ(rows, (std::map<TString, TString>{{u"old.txt", u"|C:\\here|1/2/2020 3:04 AM|"},
                                               {u"stray", u"|||"}}));
   EXPECT_EQ(fCursor.GetColumnText(1, true), u"Original location");
-}
-
-TEST_F(FolderTrekColumnsPortable, TheBarOfDrivesHasACaptionByNumberToo) {
-  fCursor.SetSpecialFolder(SF_DRIVES);
-  EXPECT_EQ(fCursor.GetColumnText(256, true),
-            u"% " + fCursor.GetColumnText(TShellColumns::FreeSize(), true));
-  EXPECT_GT(fCursor.GetColumnText(256, true).size(), 2u);
-  ASSERT_TRUE(fCursor.Next());
-  EXPECT_EQ(fCursor.GetColumnText(256, false), u"");
 }
 
 TEST_F(FolderTrekColumnsPortable, WhatFailsIsNotSearchedFor) {

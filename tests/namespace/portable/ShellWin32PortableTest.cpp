@@ -1,35 +1,14 @@
-// What the portable shell answers to the small services.
+// Names of properties, and queries made of them.
 #include <gtest/gtest.h>
+
+#include <cstring>
 
 #include "oak/namespace/Oak.Shell.Types.h"
 #include "oak/namespace/Shell_Win32.h"
+#include "testkit/ScopedApi.h"
 
 namespace oak {
 namespace {
-
-TEST(PortablePatterns, MeanWhatUsersExpect) {
-  const struct {
-    TStringView Name, Pattern;
-    bool Expected;
-  } rows[] = {
-      {u"a.txt", u"*.*", true},
-      {u"README", u"*.*", false},
-      {u".hidden", u"*.*", true},
-      {u"a.txt", u"a*.*", true},
-      {u"README", u"*.", true},
-      {u"a.txt", u"*.", false},
-      {u"a.", u"*.", true},
-      {u"Ä.TXT", u"ä.txt", true},
-      {u"a.txt", u"*.doc; *.txt", true},
-      {u"README", u"*.txt;*.*", false},
-      {u"a.txt", u"?.txt", true},
-      {u"", u"*", true},
-      {u"x", u";", false},
-  };
-  for (const auto& row : rows)
-    EXPECT_EQ(MatchPattern(row.Name, row.Pattern), row.Expected)
-        << ToUtf8(row.Name) << " in " << ToUtf8(row.Pattern);
-}
 
 TEST(PortableColumns, AreFoundByNameAndLabel) {
   for (const TShellColumnId& column : {TShellColumns::Name(), TShellColumns::Size(),
@@ -40,9 +19,33 @@ TEST(PortableColumns, AreFoundByNameAndLabel) {
         << ToUtf8(column.DisplayName());
   }
   EXPECT_EQ(TShellColumns::WriteTime().GetDisplayType(), PDDT_DATETIME);
+}
+
+TEST(SearchOptions, BecomeAQuery) {
+  const testkit::TScopedApi dates(
+      Api().GetDateFormatW, [](LCID, DWORD, const SYSTEMTIME* date, LPCWSTR, LPWSTR buffer, int) {
+        const TString text =
+            IntToStr(date->wDay) + u"." + IntToStr(date->wMonth) + u"." + IntToStr(date->wYear);
+        std::memcpy(buffer, text.c_str(), (text.size() + 1) * sizeof(char16_t));
+        return static_cast<int>(text.size() + 1);
+      });
   TOakSearchOptions options;
-  options.SetMinFileSize(1);
-  EXPECT_EQ(options.ToAQS(), u"System.Size:>=1 *");
+  EXPECT_EQ(options.ToAQS(), u"*");
+  options.SetMinFileSize(5'000'000'000);
+  EXPECT_EQ(options.ToAQS(), u"System.Size:>=5000000000 *");
+  options.SetMaxFileSize(0);
+  options.SetCreationDateMin(EncodeDate(2024, 5, 1));
+  options.SetCreationDateMax(EncodeDate(2024, 5, 2));
+  options.SetAccessDateMin(EncodeDate(2024, 5, 3));
+  options.SetAccessDateMax(EncodeDate(2024, 5, 4));
+  options.SetLastWriteDateMin(EncodeDate(2024, 5, 5));
+  options.SetLastWriteDateMax(EncodeDate(2024, 5, 6));
+  options.SetFilter(u"a;b");
+  EXPECT_EQ(options.ToAQS(),
+            u"System.Size:>=5000000000 & System.Size:<=0 & "
+            u"System.DateCreated:>=1.5.2024 & System.DateCreated:<=2.5.2024 & "
+            u"System.DateAccessed:>=3.5.2024 & System.DateAccessed:<=4.5.2024 & "
+            u"System.DateModified:>=5.5.2024 & System.DateModified:<=6.5.2024 a;b");
 }
 
 }  // namespace

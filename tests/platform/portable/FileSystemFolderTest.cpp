@@ -132,20 +132,6 @@ TEST(FileSystemFolder, ParsesExactlyThenIgnoringCase) {
   EXPECT_EQ(NameOf(source, Parse(source, u"both").Get()), u"both");
   EXPECT_EQ(NameOf(source, Parse(source, u"Both").Get()), u"Both");
   EXPECT_EQ(NameOf(source, Parse(source, u"GRÜßE").Get()), u"Grüße");
-  const struct {
-    TStringView Name;
-    bool HasRest;
-    DWORD Error;
-  } cases[] = {{u"missing", false, ERROR_FILE_NOT_FOUND}, {u"missing", true, ERROR_PATH_NOT_FOUND},
-               {u"", false, ERROR_INVALID_NAME},          {u"..", true, ERROR_INVALID_NAME},
-               {u"a/b", false, ERROR_INVALID_NAME},       {u"a*", false, ERROR_INVALID_NAME}};
-  for (const auto& test : cases) {
-    TPidl element;
-    TParseOptions options;
-    options.HasRest = test.HasRest;
-    EXPECT_EQ(source->ParseName(test.Name, options, element), Win32(test.Error))
-        << ToUtf8(test.Name);
-  }
 }
 
 // Elements come from files and other processes: any bytes are answered.

@@ -20,26 +20,19 @@ namespace fs = std::filesystem;
 
 TEST(FileTransferNames, FreeOnes) {
   const std::string longest(255, 'x');
-  const std::string wide = [] {  // 3 bytes each, 255 in all
-    std::string text;
-    for (int i = 0; i < 85; ++i) text += "\xE2\x82\xAC";
-    return text;
-  }();
   const struct {
     std::string Name;
     bool Folder;
     TFreeName Form;
     unsigned Attempt;
     std::string Expected;
-  } cases[] = {{"a.txt", false, TFreeName::Number, 0, "a.txt"},
-               {"a.txt", false, TFreeName::Number, 1, "a (2).txt"},
+  } cases[] = {{"a.txt", false, TFreeName::Number, 1, "a (2).txt"},
                {"a.tar.gz", false, TFreeName::Number, 2, "a.tar (3).gz"},
-               {"a.txt", false, TFreeName::Copy, 1, "a - Copy (2).txt"},
                {"v1.5", true, TFreeName::Copy, 0, "v1.5 - Copy"},
                {".profile", false, TFreeName::Copy, 0, ".profile - Copy"},
-               {"a.txt", false, TFreeName::Shortcut, 1, "a.txt - Shortcut (2).lnk"},
                {longest, false, TFreeName::Copy, 0, std::string(248, 'x') + " - Copy"},
-               {wide, true, TFreeName::Number, 1, wide.substr(0, 249) + " (2)"},
+               {std::string(249, 'x') + "\xE2\x82\xACxyz", true, TFreeName::Number, 1,
+                std::string(249, 'x') + " (2)"},  // no half of a character
                {"a." + std::string(253, 'e'), false, TFreeName::Number, 1,
                 ("a (2)." + std::string(253, 'e')).substr(0, 255)}};
   for (const auto& test : cases) {

@@ -82,23 +82,6 @@ TEST(UserDirs, Parsing) {
   EXPECT_EQ(dirs, expected);
 }
 
-TEST_F(KnownFoldersTest, ByNumber) {
-  const std::pair<int, GUID> cases[] = {{CSIDL_DESKTOP, FOLDERID_Desktop},
-                                        {CSIDL_ALTSTARTUP, FOLDERID_Startup},
-                                        {CSIDL_PERSONAL | CSIDL_FLAG_CREATE, FOLDERID_Documents},
-                                        {CSIDL_BITBUCKET, FOLDERID_RecycleBinFolder},
-                                        {-1, GUID_NULL}};
-  for (const auto& [csidl, id] : cases) {
-    GUID found = GUID_NULL;
-    EXPECT_EQ(SUCCEEDED(Manager()->FolderIdFromCsidl(csidl, &found)), id != GUID_NULL) << csidl;
-    EXPECT_EQ(found, id) << csidl;
-  }
-  int csidl = 0;
-  EXPECT_EQ(Manager()->FolderIdToCsidl(FOLDERID_Downloads, &csidl), E_INVALIDARG);
-  EXPECT_EQ(Manager()->FolderIdToCsidl(FOLDERID_Fonts, &csidl), S_OK);
-  EXPECT_EQ(csidl, CSIDL_FONTS);
-}
-
 // The two download directories of this user differ in case alone.
 TEST_F(KnownFoldersTest, FromPath) {
   const struct {
@@ -139,21 +122,6 @@ TEST_F(KnownFoldersTest, FolderObjects) {
     CoTaskMemFree(text);
   ASSERT_EQ(Manager()->GetFolder(FOLDERID_ComputerFolder, folder.Put()), S_OK);
   EXPECT_EQ(folder->GetPath(0, path.Put()), E_INVALIDARG);
-}
-
-// A missing directory is made when told so; those of our own even without.
-TEST_F(KnownFoldersTest, MissingDirectories) {
-  const auto path = [&](REFGUID id, DWORD flags) {
-    Ref<IKnownFolder> folder;
-    Manager()->GetFolder(id, folder.Put());
-    TTaskMemory<WCHAR> text;
-    return folder->GetPath(flags, text.Put());
-  };
-  EXPECT_EQ(path(FOLDERID_Videos, 0), Win32(ERROR_FILE_NOT_FOUND));
-  EXPECT_EQ(path(FOLDERID_Videos, KF_FLAG_CREATE), S_OK);
-  EXPECT_TRUE(fTree.Exists("home/Videos"));
-  EXPECT_EQ(path(FOLDERID_SendTo, 0), S_OK);
-  EXPECT_TRUE(fTree.Exists("home/.local/share/oak-shell/SendTo"));
 }
 
 }  // namespace

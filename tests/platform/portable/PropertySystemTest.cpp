@@ -35,48 +35,6 @@ TEST(PropertySystem, TableIsConsistent) {
   }
 }
 
-TEST(PropertySystem, NamesAndKeys) {
-  TTaskMemory<WCHAR> name;
-  ASSERT_EQ(Api().PSGetNameFromPropertyKey(PKEY_Size, name.Put()), S_OK);
-  EXPECT_EQ(FromW(name.Get()), u"System.Size");
-  PROPERTYKEY key{};
-  ASSERT_EQ(Api().PSGetPropertyKeyFromName(u"system.datemodified", &key), S_OK);
-  EXPECT_TRUE(TPropertyKeyEqual{}(key, PKEY_DateModified));
-  EXPECT_EQ(Api().PSGetPropertyKeyFromName(u"System.NoSuch", &key), TYPE_E_ELEMENTNOTFOUND);
-  EXPECT_EQ(Api().PSGetPropertyKeyFromName(u"", &key), TYPE_E_ELEMENTNOTFOUND);
-  EXPECT_EQ(Api().PSGetPropertyKeyFromName(nullptr, &key), E_INVALIDARG);
-  EXPECT_EQ(Api().PSGetNameFromPropertyKey(PROPERTYKEY{GUID_NULL, 7}, name.Put()),
-            TYPE_E_ELEMENTNOTFOUND);
-  EXPECT_EQ(name.Get(), nullptr);
-}
-
-TEST(PropertySystem, Descriptions) {
-  const struct {
-    const PROPERTYKEY& Key;
-    TStringView Label;
-    PROPDESC_DISPLAYTYPE Display;
-    VARTYPE Type;
-  } cases[] = {{PKEY_Size, u"Size", PDDT_NUMBER, VT_UI8},
-               {PKEY_DateModified, u"Date modified", PDDT_DATETIME, VT_FILETIME},
-               {PKEY_ItemNameDisplay, u"Name", PDDT_STRING, VT_LPWSTR},
-               {PKEY_IsFolder, u"Is folder", PDDT_BOOLEAN, VT_BOOL}};
-  for (const auto& test : cases) {
-    Ref<IPropertyDescription> description;
-    ASSERT_EQ(Api().PSGetPropertyDescription(test.Key, IidOf<IPropertyDescription>(),
-                                             description.PutVoid()),
-              S_OK);
-    TTaskMemory<WCHAR> label;
-    PROPDESC_DISPLAYTYPE display{};
-    VARTYPE type = 0;
-    EXPECT_EQ(description->GetDisplayName(label.Put()), S_OK);
-    EXPECT_EQ(FromW(label.Get()), test.Label);
-    EXPECT_EQ(description->GetDisplayType(&display), S_OK);
-    EXPECT_EQ(display, test.Display);
-    EXPECT_EQ(description->GetPropertyType(&type), S_OK);
-    EXPECT_EQ(type, test.Type);
-  }
-}
-
 TEST(PropertySystem, EnumeratesAndReadsLists) {
   Ref<IPropertySystem> system;
   ASSERT_EQ(Api().PSGetPropertySystem(IidOf<IPropertySystem>(), system.PutVoid()), S_OK);
@@ -161,17 +119,6 @@ TEST(PropertySystem, DatesAreShownInLocalTime) {
   EXPECT_EQ(date + u" " + clock, local);
 }
 
-TEST(PropertySystem, FormatsIntoABuffer) {
-  Ref<IPropertySystem> system;
-  ASSERT_EQ(Api().PSGetPropertySystem(IidOf<IPropertySystem>(), system.PutVoid()), S_OK);
-  const TPropVariant value = TPropVariant::From(u"12345");
-  WCHAR text[6];
-  EXPECT_EQ(system->FormatForDisplay(PKEY_Title, value, PDFF_DEFAULT, text, 6), S_OK);
-  EXPECT_EQ(FromW(text), u"12345");
-  EXPECT_EQ(system->FormatForDisplay(PKEY_Title, value, PDFF_DEFAULT, text, 5),
-            HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER));
-}
-
 TEST(PropertySystem, Compares) {
   const auto time = [](int hour, int minute) {
     return TPropVariant::From(
@@ -211,16 +158,6 @@ TEST(PropertySystem, Converts) {
       Api().PropVariantChangeType(&text, TPropVariant::From(u"nonsense"), PVCHF_DEFAULT, VT_I4),
       DISP_E_TYPEMISMATCH);
   EXPECT_EQ(text.vt, VT_EMPTY);
-  TVariant variant;
-  ASSERT_EQ(Api().PropVariantToVariant(&TPropVariant::From(u"text").Get(), variant.Put()), S_OK);
-  EXPECT_EQ(variant.GetType(), VT_BSTR);
-  VARIANT number = TVariant::From(u"42").Detach();
-  ASSERT_EQ(Api().VariantChangeType(&number, &number, 0, VT_I4), S_OK);
-  EXPECT_EQ(number.vt, VT_I4);
-  EXPECT_EQ(number.lVal, 42);
-  TTaskMemory<WCHAR> made;
-  ASSERT_EQ(Api().PropVariantToStringAlloc(TPropVariant::From(7), made.Put()), S_OK);
-  EXPECT_EQ(FromW(made.Get()), u"7");
 }
 
 }  // namespace

@@ -173,13 +173,7 @@ TEST_F(ShellChanges, TheWholeNamespaceAndGlobalEvents) {
 
 // One directory, several ways to it: each watcher gets the way that it knows.
 TEST_F(ShellChanges, OnePlaceUnderSeveralNames) {
-  const TPidl desktop = TPidl::Copy([] {
-    static const USHORT none = 0;
-    return reinterpret_cast<PCItemIdList>(&none);
-  }());
-  const SHChangeNotifyEntry entry{desktop.Get(), FALSE};
-  fIds.push_back(Api().SHChangeNotifyRegister(Window(1), SHCNRF_NewDelivery, SHCNE_ALLEVENTS,
-                                              Message, 1, &entry));
+  Watch(u"shell:Desktop");
   Notify(SHCNE_CREATE, u"C:\\home\\me\\Desktop\\new.txt");
   PIDLIST_ABSOLUTE* lists = nullptr;
   const HANDLE lock = LockFirst(lists);
@@ -264,15 +258,20 @@ TEST_F(ShellChanges, FoldersAndPropertiesTellWhatTheyDid) {
   EXPECT_EQ(storage->DestroyElement(u"old"), S_OK);
   EXPECT_EQ(Taken(), (TLines{"mkdir C:\\Dir\\new", "renamedir C:\\Dir\\new C:\\Dir\\old",
                              "rmdir C:\\Dir\\old"}));
+  const auto item = Item(u"C:\\Dir\\b.txt");
+  const auto time = TPropVariant::From(FILETIME{0, 0x01C00000});
   Ref<IPropertyStore> store;
-  ASSERT_EQ(
-      Item(u"C:\\Dir\\b.txt")->GetPropertyStore(GPS_READWRITE, IID_IPropertyStore, store.PutVoid()),
-      S_OK);
-  FILETIME time{0, 0x01C00000};
-  EXPECT_EQ(store->SetValue(PKEY_DateModified, TPropVariant::From(time)), S_OK);
+  ASSERT_EQ(item->GetPropertyStore(GPS_DEFAULT, IID_IPropertyStore, store.PutVoid()), S_OK);
+  EXPECT_EQ(store->SetValue(PKEY_DateModified, time), STG_E_ACCESSDENIED);
+  ASSERT_EQ(item->GetPropertyStore(GPS_READWRITE, IID_IPropertyStore, store.PutVoid()), S_OK);
+  EXPECT_EQ(store->SetValue(PKEY_DateModified, time), S_OK);
   EXPECT_EQ(Taken(), TLines{});  // nothing is done before it is committed
   EXPECT_EQ(store->Commit(), S_OK);
   EXPECT_EQ(Taken(), TLines{"update C:\\Dir\\b.txt"});
+  // What the object refuses comes out of each attempt.
+  EXPECT_EQ(store->SetValue(PKEY_Size, TPropVariant::From(1)), S_OK);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(store->Commit(), HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED));
+  EXPECT_EQ(Taken(), TLines{});
 }
 
 }  // namespace

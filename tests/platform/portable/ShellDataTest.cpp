@@ -65,25 +65,6 @@ TEST_F(ShellData, FormatsOfFilesAndOfOtherObjects) {
   EXPECT_FALSE(Api().IsClipboardFormatAvailable(CF_UNICODETEXT));
 }
 
-TEST_F(ShellData, AnswersWhatItLacks) {
-  const auto data = Data({u"C:\\Dir\\file.txt"});
-  const struct {
-    FORMATETC Wanted;
-    HRESULT Result;
-  } cases[] = {{Format(CF_UNICODETEXT), DV_E_FORMATETC},
-               {Format(CF_HDROP, TYMED_ISTREAM), DV_E_TYMED},
-               {Format(CF_HDROP, TYMED_ISTREAM | TYMED_HGLOBAL), S_OK},
-               {Format(FormatOf(TShellFormat::FileContents), TYMED_ISTREAM, 1), DV_E_LINDEX},
-               {{CF_HDROP, nullptr, 4, -1, TYMED_HGLOBAL}, DV_E_DVASPECT}};
-  for (const auto& test : cases) {
-    FORMATETC wanted = test.Wanted;
-    STGMEDIUM medium{};
-    EXPECT_EQ(data->GetData(&wanted, &medium), test.Result) << wanted.cfFormat;
-    EXPECT_EQ(medium.tymed != 0, test.Result == S_OK);
-    Api().ReleaseStgMedium(&medium);
-  }
-}
-
 // What is set is taken, whatever it is called, and goes before what the shell would say.
 TEST_F(ShellData, TakesDataOfAnyFormat) {
   const auto data = Data({u"C:\\Dir\\file.txt"});

@@ -1,7 +1,6 @@
 // The drawn icons, the image lists that hold them, and which object has which one.
 #include "oak/platform/portable/ShellIcons.h"
 
-#include <algorithm>
 #include <set>
 
 #include "oak/platform/portable/IconDrawings.h"
@@ -77,52 +76,6 @@ class TShellIconsTest : public TShellTest {
     ASSERT_EQ(link.As<IPersistFile>()->Save(W(path), TRUE), S_OK);
   }
 };
-
-TEST_F(TShellIconsTest, ListsOfTheSystem) {
-  for (const auto& [size, side] : std::initializer_list<std::pair<int, int>>{{SHIL_LARGE, 32},
-                                                                             {SHIL_SMALL, 16},
-                                                                             {SHIL_EXTRALARGE, 48},
-                                                                             {SHIL_SYSSMALL, 16},
-                                                                             {SHIL_JUMBO, 256}}) {
-    const Ref<IImageList> list = List(size);
-    int width = 0, height = 0, count = 0;
-    EXPECT_EQ(list->GetIconSize(&width, &height), S_OK);
-    EXPECT_EQ(width, side);
-    EXPECT_EQ(height, side);
-    EXPECT_EQ(list->GetImageCount(&count), S_OK);
-    EXPECT_EQ(count, iconCount);
-    TPixels pixels(static_cast<std::size_t>(side * side));
-    const auto source = list.As<IImageListPixels>();
-    ASSERT_TRUE(source);
-    for (int i = 0; i < 2; ++i) {  // drawn, and kept
-      std::fill(pixels.begin(), pixels.end(), 1u);
-      EXPECT_EQ(source->GetPixels(iconFolder, pixels.data(), pixels.size()), S_OK);
-      EXPECT_EQ(pixels, DrawShellIcon(iconFolder, side));
-    }
-    EXPECT_EQ(source->GetPixels(iconFolder, pixels.data(), pixels.size() - 1), E_INVALIDARG);
-    EXPECT_EQ(source->GetPixels(-1, pixels.data(), pixels.size()), E_INVALIDARG);
-  }
-  void* out = &out;
-  EXPECT_EQ(Api().SHGetImageList(5, IidOf<IImageList>(), &out), E_INVALIDARG);
-  EXPECT_EQ(out, nullptr);
-}
-
-TEST_F(TShellIconsTest, TellOverlaysAndRefuseChanges) {
-  const Ref<IImageList> list = List(SHIL_SMALL);
-  int index = -1;
-  EXPECT_EQ(list->GetOverlayImage(LinkOverlayNumber, &index), S_OK);
-  EXPECT_EQ(index, iconLinkOverlay);
-  for (const int none : {-1, 0, 3, 16})
-    EXPECT_EQ(list->GetOverlayImage(none, &index), E_INVALIDARG);
-  RECT rect{9, 9, 9, 9};
-  EXPECT_EQ(list->GetImageRect(iconCount, &rect), E_INVALIDARG);
-  EXPECT_EQ(list->GetImageRect(0, &rect), S_OK);
-  EXPECT_EQ(rect.right, 16);
-  EXPECT_TRUE(FAILED(list->Remove(-1))) << "programs share the lists";
-  HICON icon = reinterpret_cast<HICON>(&icon);
-  EXPECT_TRUE(FAILED(list->GetIcon(0, 0, &icon)));
-  EXPECT_EQ(icon, nullptr);
-}
 
 TEST_F(TShellIconsTest, FilesByType) {
   const std::pair<const char*, TShellIcon> files[] = {

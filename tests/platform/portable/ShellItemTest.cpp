@@ -111,25 +111,6 @@ TEST_F(TShellItems, EveryWayToAnItem) {
       E_INVALIDARG);
 }
 
-TEST_F(TShellItems, Handlers) {
-  const Ref<IShellItem2> inner = Item(u"Memory\\Inner"), deep = Item(u"Memory\\Inner\\deep");
-  Ref<IUnknown> object;
-  EXPECT_EQ(inner->BindToHandler(nullptr, BHID_Storage, IID_IStorage, object.PutVoid()), S_OK);
-  EXPECT_EQ(inner->BindToHandler(nullptr, BHID_PropertyStore, IID_IPropertyStore, object.PutVoid()),
-            S_OK);
-  Ref<IEnumShellItems> items;
-  ASSERT_EQ(inner->BindToHandler(nullptr, BHID_EnumItems, IID_IEnumShellItems, items.PutVoid()),
-            S_OK);
-  Ref<IShellItem> first;
-  ASSERT_EQ(items->Next(1, first.Put(), nullptr), S_OK);
-  EXPECT_EQ(items->Next(1, first.Put(), nullptr), S_FALSE);
-  for (const GUID* handler :
-       {&BHID_SFObject, &BHID_EnumItems, &BHID_Stream, &BHID_LinkTargetItem}) {
-    EXPECT_TRUE(FAILED(deep->BindToHandler(nullptr, *handler, IID_IShellFolder, object.PutVoid())));
-    EXPECT_FALSE(object);
-  }
-}
-
 TEST_F(TShellItems, PropertiesOfTheSourceAndOfTheShell) {
   const Ref<IShellItem2> item = Item(u"Memory\\A2");
   ULONGLONG size = 0;
@@ -156,38 +137,6 @@ TEST_F(TShellItems, PropertiesOfTheSourceAndOfTheShell) {
   EXPECT_EQ(item->GetFileTime(PKEY_ItemNameDisplay, &time), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(item->GetString(PKEY_ItemUrl, text.Put()), HRESULT_FROM_WIN32(1168));
   EXPECT_FALSE(text);
-}
-
-TEST_F(TShellItems, PropertyStores) {
-  const Ref<IShellItem2> item = Item(u"Memory\\A2");
-  const auto comment = TPropVariant::From(u"blue");
-  const auto open = [&](GETPROPERTYSTOREFLAGS flags) {
-    Ref<IPropertyStore> store;
-    EXPECT_EQ(
-        item->GetPropertyStoreForKeys(&PKEY_Comment, 1, flags, IID_IPropertyStore, store.PutVoid()),
-        S_OK);
-    return store;
-  };
-  const auto told = [&] {
-    TTaskMemory<WCHAR> text;
-    EXPECT_EQ(item->GetString(PKEY_Comment, text.Put()), S_OK);
-    return Show(FromW(text.Get()));
-  };
-  EXPECT_EQ(open(GPS_DEFAULT)->SetValue(PKEY_Comment, comment), STG_E_ACCESSDENIED);
-  const Ref<IPropertyStore> store = open(GPS_READWRITE);
-  DWORD count = 0;
-  ASSERT_EQ(store->GetCount(&count), S_OK);
-  EXPECT_EQ(count, 1u);
-  ASSERT_EQ(store->SetValue(PKEY_Comment, comment), S_OK);
-  EXPECT_EQ(told(), "") << "nothing is written before Commit";
-  ASSERT_EQ(store->Commit(), S_OK);
-  EXPECT_EQ(told(), "blue");
-  // A value that the object refuses comes out of Commit, again and again.
-  ASSERT_EQ(store->SetValue(PKEY_Size, TPropVariant::From(1)), S_OK);
-  for (int i = 0; i < 2; ++i) EXPECT_EQ(store->Commit(), E_INVALIDARG);
-  TPropVariant missing;
-  EXPECT_EQ(store->GetValue(PKEY_Author, missing.Put()), S_OK);
-  EXPECT_TRUE(missing.IsEmpty());
 }
 
 TEST_F(TShellItems, Arrays) {
@@ -221,19 +170,6 @@ TEST_F(TShellItems, Arrays) {
   DWORD count = 0;
   ASSERT_EQ(array->GetCount(&count), S_OK);
   EXPECT_EQ(count, 4u);
-}
-
-TEST_F(TShellItems, DataOfLists) {
-  const TPidl share = Parse(u"\\\\server\\share");
-  BYTE buffer[512];
-  const auto get = [&](int bytes) {
-    return Api().SHGetDataFromIDListW(Desktop().Get(), share.Get(), SHGDFIL_NETRESOURCE, buffer,
-                                      bytes);
-  };
-  ASSERT_EQ(get(sizeof buffer), S_OK);
-  EXPECT_EQ(Show(FromW(reinterpret_cast<NETRESOURCEW*>(buffer)->lpRemoteName)),
-            "\\\\server\\share");
-  EXPECT_TRUE(FAILED(get(sizeof(NETRESOURCEW) + 4)));
 }
 
 }  // namespace

@@ -41,15 +41,9 @@ class TMemoryFolder final : public TFolderSource {
   HRESULT GetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY key, PROPVARIANT* value) override {
     if (IsKey(key, PKEY_Size))
       *value = TPropVariant::From(fSizes[KeyOf(element)]).Detach();
-    else if (IsKey(key, PKEY_Comment))
-      *value = TPropVariant::From(fComments[KeyOf(element)]).Detach();
     else
       return HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
     return S_OK;
-  }
-  HRESULT SetProperty(PCUITEMID_CHILD element, REFPROPERTYKEY key, REFPROPVARIANT value) override {
-    return IsKey(key, PKEY_Comment) && TryGetText(value, fComments[KeyOf(element)]) ? S_OK
-                                                                                    : E_INVALIDARG;
   }
   HRESULT GetUIObject(std::span<const PCUITEMID_CHILD>, REFIID iid, void** object) override {
     Asked.push_back(iid);
@@ -75,7 +69,6 @@ class TMemoryFolder final : public TFolderSource {
 
   const Ref<testkit::TScriptedFolder> fObjects;
   std::map<TString, std::uint64_t> fSizes;
-  std::map<TString, TString> fComments;
 };
 
 }  // namespace oak

@@ -85,40 +85,6 @@ TEST_F(ShellMenu, ReadOnlyFoldersGreyWhatChangesThem) {
   });
 }
 
-// Ids are offsets from the first one, wherever the caller wants the entries.
-TEST_F(ShellMenu, IdentifiersAndPlaces) {
-  const auto menu = Menu({u"C:\\Dir\\file.txt"});
-  const struct {
-    UINT Index, First, Last;
-    std::size_t Entries;  // those of the menu itself included
-    HRESULT Result;
-  } cases[] = {{0, 1, 255, 12, 7},
-               {99, 1, 255, 12, 7},
-               {0xFFFFFFFF, 500, 0x7FFF, 12, 7},
-               {0, 10, 12, 6, 3},  // no more than the range holds
-               {0, 10, 9, 2, E_INVALIDARG},
-               {0, 0xFFFFFFFF, 0xFFFFFFFF, 2, E_INVALIDARG}};
-  for (const auto& test : cases) {
-    const HMENU shown = Api().CreatePopupMenu();
-    for (const UINT own : {7000u, 7001u})
-      Api().InsertMenuW(shown, 0xFFFFFFFFu, MF_BYPOSITION, own, u"Mine");
-    EXPECT_EQ(menu->QueryContextMenu(shown, test.Index, test.First, test.Last, CMF_NORMAL),
-              test.Result);
-    const auto entries = TMenuTable::Instance().GetEntries(shown);
-    EXPECT_EQ(entries.size(), test.Entries) << test.First << " to " << test.Last;
-    UINT expected = test.First;
-    for (const TMenuEntry& entry : entries)
-      if (entry.Command >= 1 && entry.Command < 7000 && !entry.IsSeparator) {
-        EXPECT_EQ(entry.Command, expected++);
-        EXPECT_LE(entry.Command, test.Last);
-      }
-    if (test.Entries > 2) {
-      EXPECT_EQ(entries[std::min<std::size_t>(test.Index, 2)].Text, u"&Open");
-    }
-    Api().DestroyMenu(shown);
-  }
-}
-
 TEST_F(ShellMenu, CommandStrings) {
   const auto menu = Menu({u"C:\\Dir\\file.txt"});
   ASSERT_EQ(Shown(menu.Get()).substr(0, 5), u"*open");
@@ -135,6 +101,14 @@ TEST_F(ShellMenu, CommandStrings) {
   EXPECT_EQ(menu->GetCommandString(6, GCS_VALIDATEW, nullptr, nullptr, 0), S_OK);
   EXPECT_EQ(menu->GetCommandString(7, GCS_VALIDATEW, nullptr, nullptr, 0), S_FALSE);
   EXPECT_EQ(menu->GetCommandString(7, GCS_VERBW, nullptr, raw, 260), E_INVALIDARG);
+  // No more commands than the range of the caller holds.
+  for (const auto& [last, result] : {std::pair<UINT, HRESULT>{12, 3}, {9, E_INVALIDARG}}) {
+    const HMENU shown = Api().CreatePopupMenu();
+    EXPECT_EQ(menu->QueryContextMenu(shown, 0, 10, last, CMF_NORMAL), result);
+    for (const TMenuEntry& entry : TMenuTable::Instance().GetEntries(shown))
+      EXPECT_TRUE(entry.IsSeparator || (entry.Command >= 10 && entry.Command <= last));
+    Api().DestroyMenu(shown);
+  }
 }
 
 TEST_F(ShellMenu, InvokesByOffsetAndByBothTexts) {

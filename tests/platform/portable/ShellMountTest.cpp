@@ -113,18 +113,6 @@ TEST_F(TShellMount, NamesPathsAndAttributesAreComposed) {
   EXPECT_EQ(Show(List(u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}", AllObjects).front()), "Volume");
 }
 
-TEST_F(TShellMount, ANewerMountHidesTheOlderOne) {
-  const auto tree = TScriptedFolder::Make();
-  tree->AddFile(u"new");
-  const TMountHandle first = MountFolder(Mount());
-  const TMountHandle second = MountFolder(Mount({}, u"Memory", tree));
-  EXPECT_EQ(Show(Join(List(u"memory", AllObjects), u" ")), "new");
-  EXPECT_TRUE(UnmountFolder(second));
-  EXPECT_FALSE(UnmountFolder(second));
-  EXPECT_EQ(List(u"memory", AllObjects).size(), 7u);
-  EXPECT_TRUE(UnmountFolder(first));
-}
-
 TEST_F(TShellMount, ObjectsOutliveTheMount) {
   const TMountHandle handle = MountFolder(Mount());
   const Ref<IShellItem2> item = Item(u"Memory\\Inner\\deep.txt");

@@ -92,19 +92,9 @@ TEST_F(TShellNames, TextsThatLeadToAPlace) {
     EXPECT_EQ(Show(Name(test.Text, SIGDN_DESKTOPABSOLUTEPARSING)), Show(test.Place))
         << Show(test.Text);
   }
-}
-
-TEST_F(TShellNames, VolumeNamesLeadToTheDrive) {
   TString volume(64, u'\0');
   ASSERT_TRUE(Api().GetVolumeNameForVolumeMountPointW(W(u"C:\\"), WBuffer(volume), 64));
-  TString text = TString(volume.c_str()) + u"Dir";
-  EXPECT_EQ(Show(Name(text, SIGDN_DESKTOPABSOLUTEPARSING)), "C:\\Dir");
-  TPidl relative;
-  ASSERT_EQ(
-      Folder(u"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}")
-          ->ParseDisplayName(nullptr, nullptr, WBuffer(text), nullptr, relative.Put(), nullptr),
-      S_OK);
-  EXPECT_EQ(PidlDepth(relative.Get()), 2);
+  EXPECT_EQ(Show(Name(FromW(W(volume)) + u"Dir", SIGDN_DESKTOPABSOLUTEPARSING)), "C:\\Dir");
 }
 
 TEST_F(TShellNames, TextsThatLeadNowhere) {
@@ -121,22 +111,6 @@ TEST_F(TShellNames, TextsThatLeadNowhere) {
                 result == E_NOTIMPL)
         << Show(text) << std::hex << result;
   }
-}
-
-TEST_F(TShellNames, ParsingInAFolderIsRelative) {
-  const Ref<IShellFolder2> drive = Folder(u"C:\\");
-  ULONG eaten = 99, attributes = SFGAO_FOLDER | SFGAO_FILESYSTEM;
-  TPidl child;
-  const auto parse = [&](TString text) {
-    return drive->ParseDisplayName(nullptr, nullptr, WBuffer(text), &eaten, child.Put(),
-                                   &attributes);
-  };
-  ASSERT_EQ(parse(u"Dir\\file.txt"), S_OK);
-  EXPECT_EQ(eaten, 12u);
-  EXPECT_EQ(attributes, SFGAO_FILESYSTEM);
-  EXPECT_EQ(PidlDepth(child.Get()), 2);
-  EXPECT_TRUE(FAILED(parse(u"C:\\Dir")));
-  EXPECT_FALSE(child);
 }
 
 // Known folders as places: by number, by identifier, created on demand.
@@ -203,16 +177,6 @@ TEST_F(TShellNames, BindDataStandsForTheObject) {
               S_OK);
     EXPECT_EQ(PidlDepth(child.Get()), 2);
   }
-}
-
-// Pinned are the folders that the user has; each leads to the real one.
-TEST_F(TShellNames, QuickAccess) {
-  const TString place = u"::{679F85CB-0220-4080-B29B-5540CC05AAB6}";
-  EXPECT_EQ(Show(Join(List(place, AllObjects), u" ")), "Desktop Downloads Documents");
-  EXPECT_EQ(Show(Name(place + u"\\Documents", SIGDN_DESKTOPABSOLUTEPARSING)),
-            "C:\\home\\me\\Documents");
-  MakeFile("home/me/Documents/letter.txt");
-  EXPECT_EQ(Show(Join(List(place + u"\\Documents", AllObjects), u" ")), "letter.txt");
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include <thread>
 
 #include "oak/base/DateTime.h"
-#include "oak/base/Ref.h"
 #include "oak/platform/portable/PortableRegistry.h"
 #include "oak/platform/portable/SystemFiles.h"
 #include "tests/platform/portable/SystemTest.h"
@@ -227,45 +226,6 @@ TEST_F(SystemFiles, ReplacingKeepsWhoMayRead) {
   ASSERT_EQ(chmod(Native("old").c_str(), 0440), 0);
   EXPECT_EQ(replace(u"T:\\old", u"T:\\new"), ERROR_ACCESS_DENIED);
   EXPECT_EQ(ReadAll("old"), "new");
-}
-
-TEST_F(SystemFiles, OpenFiles) {
-  const auto open = [](DWORD access, DWORD disposition) {
-    return Api().CreateFileW(u"T:\\f", access, 0, nullptr, disposition, 0, nullptr);
-  };
-  HANDLE file = open(GENERIC_WRITE, CREATE_NEW);
-  DWORD count = 0;
-  EXPECT_TRUE(Api().WriteFile(file, "hello", 5, &count, nullptr));
-  EXPECT_EQ(count, 5u);
-  EXPECT_TRUE(Api().CloseHandle(file));
-  EXPECT_FALSE(Api().CloseHandle(file));
-  EXPECT_EQ(ErrorAfter([&] { open(GENERIC_WRITE, CREATE_NEW); }), ERROR_FILE_EXISTS);
-  EXPECT_EQ(ErrorAfter([&] { open(GENERIC_READ, 99); }), ERROR_INVALID_PARAMETER);
-  file = open(GENERIC_READ, OPEN_EXISTING);
-  char buffer[16] = {};
-  for (const char* part : {"hello", ""}) {
-    EXPECT_TRUE(Api().ReadFile(file, buffer, sizeof buffer, &count, nullptr));
-    EXPECT_EQ(std::string(buffer, count), part);
-  }
-  EXPECT_FALSE(Api().WriteFile(file, "x", 1, &count, nullptr));
-  EXPECT_FALSE(Api().FindClose(file));  // a handle of another kind
-  Api().CloseHandle(file);
-}
-
-TEST_F(SystemFiles, StreamsOnFiles) {
-  WriteFile("there", "old");
-  const auto open = [](LPCWSTR path, DWORD mode, BOOL create, Ref<IStream>& stream) {
-    return Api().SHCreateStreamOnFileEx(path, mode, 0, create, nullptr, stream.Put());
-  };
-  Ref<IStream> stream;
-  EXPECT_EQ(open(u"T:\\there", STGM_READWRITE, TRUE, stream),
-            HRESULT_FROM_WIN32(ERROR_FILE_EXISTS));
-  EXPECT_TRUE(FAILED(open(u"T:\\none", STGM_READ, FALSE, stream)));
-  EXPECT_FALSE(stream);
-  ASSERT_EQ(open(u"T:\\THERE", STGM_READ, FALSE, stream), S_OK);
-  ULARGE_INTEGER size{};
-  EXPECT_EQ(Api().IStream_Size(stream.Get(), &size), S_OK);
-  EXPECT_EQ(size.QuadPart, 3u);
 }
 
 // A program that writes what it was started with into a pipe.

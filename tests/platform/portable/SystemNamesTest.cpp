@@ -147,26 +147,5 @@ TEST_F(SystemPathMapping, LettersOfOtherCaseAreFound) {
   for (const auto& c : cases) EXPECT_EQ(Relative(NativePath(c.Path)), c.Native) << Show(c.Path);
 }
 
-TEST_F(SystemPathMapping, RelativePathsStartAtTheCurrentDirectory) {
-  const auto before = std::filesystem::current_path();
-  std::filesystem::current_path(Root() + "/inner/deep");
-  EXPECT_EQ(Relative(NativePathText(u"..\\x")), "~/inner/x");
-  EXPECT_EQ(Relative(NativePathText(u"\\x")), "~/inner/x");
-  EXPECT_EQ(Relative(NativePathText(u"U:x")), "~/inner/deep/x");
-  EXPECT_EQ(Relative(NativePathText(u"T:x")), "~/x");
-  std::filesystem::current_path("/");  // where no drive leads to
-  EXPECT_EQ(Relative(NativePathText(u"x")), "~/x");
-  std::filesystem::current_path(before);
-}
-
-TEST_F(SystemPathMapping, BadDrivesAreRefused) {
-  EXPECT_FALSE(MapDrive(u'1', Root()));
-  EXPECT_FALSE(MapDrive(u'Ä', Root()));
-  EXPECT_FALSE(MapShare(u"a\\b", u"c", Root()));
-  EXPECT_FALSE(UnmapDrive(u'Q'));
-  EXPECT_TRUE(UnmapDrive(u'u'));
-  EXPECT_FALSE(NativePathText(u"U:\\"));
-}
-
 }  // namespace
 }  // namespace oak::test

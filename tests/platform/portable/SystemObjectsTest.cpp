@@ -73,22 +73,6 @@ TEST(SystemRegistry, Enumeration) {
   EXPECT_EQ(GetRegistryNumber(HKEY_CURRENT_USER, u"Enum", u"beta"), std::nullopt);
 }
 
-TEST(SystemRegistry, ExplorerOptionsAreStored) {
-  ResetRegistry();
-  constexpr DWORD mask = SSF_SHOWEXTENSIONS | SSF_SHOWALLOBJECTS;
-  SHELLSTATEW state{}, again{};
-  Api().SHGetSetSettings(&state, mask, FALSE);
-  EXPECT_TRUE(state.fShowExtensions);
-  EXPECT_FALSE(state.fShowAllObjects);
-  state.fShowExtensions = 0;
-  state.fShowAllObjects = -1;
-  Api().SHGetSetSettings(&state, SSF_SHOWEXTENSIONS, TRUE);
-  Api().SHGetSetSettings(&again, mask, FALSE);
-  EXPECT_FALSE(again.fShowExtensions);
-  EXPECT_FALSE(again.fShowAllObjects);  // not asked to be set
-  ResetRegistry();
-}
-
 // --- memory ------------------------------------------------------------------
 
 TEST(SystemMemory, Blocks) {
