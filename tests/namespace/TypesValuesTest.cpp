@@ -108,7 +108,6 @@ TEST(ShellPropertyValue, NumbersAreWholeOrNothing) {
       {TPropVariant::From(~std::uint64_t{0}), 0},
   };
   for (const auto& row : rows) EXPECT_EQ(row.Value.ToInt64(), row.Expected) << row.Value.GetType();
-  EXPECT_EQ(rows[0].Value.ToString(), IntToStr(big + 1));
 }
 
 TEST(ShellPropertyValue, FailedConversionsAreNullAndMissingOnesOurs) {

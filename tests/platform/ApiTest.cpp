@@ -110,8 +110,10 @@ TEST(ApiTable, CallsThatThePlatformMakesToItselfAreNotSeen) {
 
 TEST(ApiTable, LastErrorBelongsToTheThread) {
   Api().SetLastError(ERROR_SHARING_VIOLATION);
-  std::thread([] { detail::SetLastErrorDirect(ERROR_FILE_NOT_FOUND); }).join();
   EXPECT_EQ(Api().GetLastError(), DWORD{ERROR_SHARING_VIOLATION});
+  DWORD seenByOther = ERROR_SHARING_VIOLATION;
+  std::thread([&] { seenByOther = detail::GetLastErrorDirect(); }).join();
+  EXPECT_NE(seenByOther, DWORD{ERROR_SHARING_VIOLATION});
 }
 
 }  // namespace
