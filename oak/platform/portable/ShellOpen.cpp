@@ -73,6 +73,7 @@ HRESULT OpenObjectsWith(const TShellObjects& objects, const TVerbCall& call) {
   const auto hooks = ShellHooks();
   bool isCancelled = false;
   const HRESULT result = OpenEach(objects, call, [&](const TOpened& opened) -> HRESULT {
+    if (opened.Path.empty()) return HRESULT_FROM_WIN32(ERROR_NO_ASSOCIATION);
     if (hooks->OnOpenWith) {
       isCancelled = !hooks->OnOpenWith(opened.Path, call.Window);
       return S_OK;

@@ -267,6 +267,13 @@ TEST_F(ShellDrop, OpenWith) {
   hooks.OnFailure = [](const TShellFailure&) { ADD_FAILURE() << "cancelling is no failure"; };
   SetShellHooks(std::move(hooks));
   EXPECT_EQ(InvokeOn({u"C:\\Dir\\file.txt"}, u"openas"), HRESULT_FROM_WIN32(ERROR_CANCELLED));
+  // A link to what is no file leaves nothing to choose a program for.
+  ASSERT_EQ(InvokeOn({DropBin}, u"link"), S_OK);
+  hooks = {};
+  hooks.OnOpenWith = [&](const TString& path, HWND) { return asked.push_back(path), true; };
+  SetShellHooks(std::move(hooks));
+  const TString link = u"C:\\home\\me\\Desktop\\" + FromUtf8(Names("home/me/Desktop"));
+  EXPECT_EQ(InvokeOn({TStringView(link)}, u"openas"), HRESULT_FROM_WIN32(ERROR_NO_ASSOCIATION));
   EXPECT_EQ(asked, TStringArray{u"C:\\Dir\\file.txt"});
 }
 
